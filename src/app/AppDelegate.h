@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "app/PlatformServices.h"
+#include "bar/BarItem.h"
+#include "bar/Settings.h"
+#include "collector/CollectorRunner.h"
+#include "collector/SnapshotCycle.h"
+#include "core/LifeToken.h"
+#include "history/OstrelHistory.h"
+#include "panel/LiveRegistry.h"
+#include "panel/LiveValues.h"
+#include "panel/PanelController.h"
+#include "panel/PanelFrame.h"
+#include "readings/CPUSampler.h"
+#include "readings/NativeTick.h"
+
+#include <memory>
+#include <string>
+
+namespace ostrel {
+
+/// The one application object: it makes every long-lived object once, wires them, and carries the start and the end.
+/// Constructing it starts no timer, shows nothing and launches no child, so the command-line routes run with an idle
+/// one. Main thread.
+class AppDelegate final : private TickSink {
+public:
+    explicit AppDelegate(const PlatformServices& services);
+    AppDelegate(const AppDelegate&) = delete;
+    AppDelegate& operator=(const AppDelegate&) = delete;
+    ~AppDelegate() override;
+
+    /// The start sequence; the event loop's application object exists. With `backgroundLaunch` no panel opens.
+    void applicationDidFinishLaunching(bool backgroundLaunch);
+    /// The end: no further tick or fetch, and the collector's children are asked to end.
+    void applicationWillTerminate();
+
+    /// The processor sampler that all of the process shares.
+    [[nodiscard]] CPUSampler& cpuSampler() { return cpuSampler_; }
+    [[nodiscard]] const PlatformServices& services() const { return services_; }
+    [[nodiscard]] NativeTick& tick() { return tick_; }
+    [[nodiscard]] SnapshotCycle& snapshots() { return snapshots_; }
+    [[nodiscard]] PanelFrame& frame() { return frame_; }
+    [[nodiscard]] PanelController& panel() { return panel_; }
+    [[nodiscard]] BarItem& barItem() { return barItem_; }
+    [[nodiscard]] const OstrelHistory& history() const { return history_; }
+
+private:
+    void recordMinute(const MinuteReading& reading) override;
+    void updateStatusButton() override;
+    void considerCompanion() override;
+    [[nodiscard]] bool panelShown() const override;
+    void refreshPanel() override;
+
+    PlatformServices services_;
+    std::string historyFilePath_;
+    OstrelHistory history_;
+    CPUSampler cpuSampler_;
+    NativeTick tick_;
+    Settings settings_;
+    std::shared_ptr<CollectorRunner> collector_;
+    SnapshotCycle snapshots_;
+    LiveRegistry liveRegistry_;
+    PanelState panelState_;
+    PanelFrame frame_;
+    PanelController panel_;
+    BarItem barItem_;
+    LiveValues liveValues_;
+};
+
+} // namespace ostrel

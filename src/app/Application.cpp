@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "app/Application.h"
+
+#include "core/Version.h"
+#include "design/Utf8.h"
+#include "platform/qt/DisplayProbe.h"
+#include "platform/qt/QtTerminationSignals.h"
+
+#include <clocale>
+#include <csignal>
+#include <cstdio>
+
+#include <QApplication>
+#include <QByteArray>
+#include <QString>
+#include <fmt/format.h>
+
+namespace ostrel {
+
+namespace {
+
+void choosePlatform()
+{
+    if (qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+        return;
+    const std::string platform = platform::chooseQtPlatform();
+    qputenv("QT_QPA_PLATFORM", QByteArray::fromStdString(platform));
+    if (platform == "offscreen")
+        fmt::print(stderr, "ostrel: no display answers; the panel can't be seen\n");
+}
+
+} // namespace
+
+int runApplication(int& argc, char** argv, bool background, RealPlatform& platform, AppDelegate& delegate)
+{
+    // A child that ends before it has read its input must not take the instrument with it.
+    std::signal(SIGPIPE, SIG_IGN);
+    choosePlatform();
+    QApplication application(argc, argv);
+    // The toolkit takes over the user's locale; figures in files and on the wire keep their point.
+    std::setlocale(LC_NUMERIC, "C");
+    QApplication::setApplicationName("ostrel");
+    QApplication::setApplicationDisplayName("OSTREL");
+    QApplication::setApplicationVersion(utf16(appVersion));
+    QApplication::setDesktopFileName(utf16(appIdentifier));
+    QApplication::setQuitOnLastWindowClosed(false);
+    const platform::QtTerminationSignals signals([] { QApplication::quit(); });
+    platform.mainQueue().attach();
+    delegate.applicationDidFinishLaunching(background);
+    const int code = QApplication::exec();
+    delegate.applicationWillTerminate();
+    platform.mainQueue().detach();
+    return code;
+}
+
+} // namespace ostrel

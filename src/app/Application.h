@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "app/AppDelegate.h"
+#include "app/RealPlatform.h"
+
+namespace ostrel {
+
+/// Runs the instrument until it is asked to quit, by its menu or by a signal, and gives the exit code. Without a
+/// reachable display it goes on without windows, so the bar item and the readings still work.
+[[nodiscard]] int runApplication(
+    int& argc, char** argv, bool background, RealPlatform& platform, AppDelegate& delegate);
+
+} // namespace ostrel

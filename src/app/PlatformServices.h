@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "platform/Bundle.h"
+#include "platform/ChildProcess.h"
+#include "platform/Clock.h"
+#include "platform/DistributedNotificationCenter.h"
+#include "platform/FileManager.h"
+#include "platform/GlobalQueue.h"
+#include "platform/Kernel.h"
+#include "platform/MainQueue.h"
+#include "platform/ProcessInfo.h"
+#include "platform/StatusItem.h"
+#include "platform/Timer.h"
+#include "platform/UserDefaults.h"
+
+#include <functional>
+
+namespace ostrel {
+
+/// All that the application asks of an operating system. Every part outlives the application object, and those
+/// that background jobs use (child processes, files, the main queue) live to the end of the process.
+struct PlatformServices {
+    platform::Kernel& kernel;
+    platform::ProcessInfo& processInfo;
+    platform::ChildProcess& children;
+    platform::UserDefaults& defaults;
+    platform::FileManager& files;
+    platform::Bundle& bundle;
+    platform::Clock& clock;
+    platform::MainQueue& mainQueue;
+    platform::RunLoop& runLoop;
+    platform::GlobalQueue& globalQueue;
+    platform::StatusBar& statusBar;
+    platform::DistributedNotificationCenter& notifications;
+    std::function<void()> quit; ///< ends the event loop
+};
+
+} // namespace ostrel

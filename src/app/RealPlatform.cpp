@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "app/RealPlatform.h"
+
+#include "core/Version.h"
+
+#include <string>
+
+#include <QCoreApplication>
+
+namespace ostrel {
+
+RealPlatform::RealPlatform()
+    : defaults_(files_, std::string(appIdentifier))
+    , bundle_(platform::LinuxBundle::runningExecutableFolder())
+    , statusBar_(mainQueue_)
+{
+}
+
+PlatformServices RealPlatform::services()
+{
+    return { .kernel = kernel_,
+        .processInfo = processInfo_,
+        .children = children_,
+        .defaults = defaults_,
+        .files = files_,
+        .bundle = bundle_,
+        .clock = clock_,
+        .mainQueue = mainQueue_,
+        .runLoop = runLoop_,
+        .globalQueue = globalQueue_,
+        .statusBar = statusBar_,
+        .notifications = notifications_,
+        .quit = [] { QCoreApplication::quit(); } };
+}
+
+} // namespace ostrel

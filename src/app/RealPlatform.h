@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "app/PlatformServices.h"
+#include "platform/linux/LinuxBundle.h"
+#include "platform/linux/LinuxChildProcess.h"
+#include "platform/linux/LinuxClock.h"
+#include "platform/linux/LinuxFileManager.h"
+#include "platform/linux/LinuxGlobalQueue.h"
+#include "platform/linux/LinuxKernel.h"
+#include "platform/linux/LinuxProcessInfo.h"
+#include "platform/linux/LinuxUserDefaults.h"
+#include "platform/qt/QtDistributedNotificationCenter.h"
+#include "platform/qt/QtMainQueue.h"
+#include "platform/qt/QtRunLoop.h"
+#include "platform/qt/QtStatusItem.h"
+
+namespace ostrel {
+
+/// The machine and the desktop as they are. Constructing it opens no display, no bus and no thread.
+class RealPlatform {
+public:
+    RealPlatform();
+
+    [[nodiscard]] PlatformServices services();
+    [[nodiscard]] platform::QtMainQueue& mainQueue() { return mainQueue_; }
+
+private:
+    platform::LinuxFileManager files_;
+    platform::LinuxKernel kernel_;
+    platform::LinuxProcessInfo processInfo_;
+    platform::LinuxChildProcess children_;
+    platform::LinuxUserDefaults defaults_;
+    platform::LinuxBundle bundle_;
+    platform::LinuxClock clock_;
+    platform::QtMainQueue mainQueue_;
+    platform::QtRunLoop runLoop_;
+    platform::LinuxGlobalQueue globalQueue_;
+    platform::QtStatusBar statusBar_;
+    platform::QtDistributedNotificationCenter notifications_;
+};
+
+} // namespace ostrel

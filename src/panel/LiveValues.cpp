@@ -1,0 +1,100 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "panel/LiveValues.h"
+
+#include "core/Text.h"
+
+#include <array>
+#include <optional>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include <fmt/format.h>
+
+namespace ostrel {
+
+namespace {
+
+/// From which percentage on a gauge warns and is critical.
+struct GaugeLimits {
+    std::string_view key;
+    double warn;
+    double crit;
+};
+
+constexpr std::array<GaugeLimits, 3> gauges { { { "cpu", 60, 85 }, { "memory", 70, 85 }, { "swap", 45, 70 } } };
+
+struct GraphSource {
+    std::string_view key;
+    std::int64_t OstrelHistory::Point::*value;
+};
+
+constexpr std::array<GraphSource, 2> graphs { {
+    { "cpu", &OstrelHistory::Point::cpu },
+    { "swap", &OstrelHistory::Point::swap },
+} };
+
+} // namespace
+
+LiveValues::LiveValues(
+    const PanelState& state, LiveViews& views, const PanelBody& body, std::function<std::string()> title)
+    : state_(state)
+    , views_(views)
+    , body_(body)
+    , title_(std::move(title))
+{
+}
+
+void LiveValues::refreshLiveValues()
+{
+    const auto& native = state_.tick.lastNative();
+    if (!native)
+        return;
+    refreshLabels(*native);
+    refreshGauges(*native);
+    if (body_.mode() == OstrelMode::overview)
+        refreshGraphs();
+}
+
+void LiveValues::refreshLabels(const NativeStats& native)
+{
+    views_.setText("cpu", fmt::format("{}%", rounded(state_.tick.lastCPU())));
+    views_.setText("mem", fmt::format("{:.1f} GB", native.usedGB()));
+    views_.setText("mem-sub", fmt::format("{}% of {} GB", native.memPct(), rounded(native.totalGB())));
+    views_.setText("swap", memLabel(static_cast<std::int64_t>(native.swapUsedMB)));
+    views_.setText("swap-sub", fmt::format("{}% allocated · retained", native.swapPct()));
+    views_.setText("free", memLabel(native.freeMB) + " free");
+    if (const auto age = state_.snapshots.snapshotAgeText())
+        views_.setText("snapshot-age", "collector snapshot · " + *age);
+    views_.setText("bar-preview", trimmed(title_()));
+}
+
+void LiveValues::refreshGauges(const NativeStats& native)
+{
+    const std::array values { state_.tick.lastCPU(), static_cast<double>(native.memPct()),
+        static_cast<double>(native.swapPct()) };
+    for (std::size_t at = 0; at < gauges.size(); ++at) {
+        const auto& [key, warn, crit] = gauges[at];
+        const auto last = gaugeLast_.find(key);
+        const auto from = last == gaugeLast_.end() ? std::nullopt : std::optional(last->second);
+        views_.updateGauge(key, values[at], from, gaugeLevel(values[at] >= warn, values[at] >= crit));
+        gaugeLast_.insert_or_assign(std::string(key), values[at]);
+    }
+}
+
+void LiveValues::refreshGraphs()
+{
+    const auto window = state_.history.window(historyWindowMinutes);
+    const auto boundary = state_.history.liveBoundary(historyWindowMinutes);
+    const std::string caption = historyCaption(state_.history, historyWindowMinutes);
+    for (const auto& [key, value] : graphs) {
+        std::vector<double> values;
+        values.reserve(window.size());
+        for (const auto& point : window)
+            values.push_back(static_cast<double>(point.*value));
+        views_.applyGraph(key, values, boundary);
+        views_.setText(fmt::format("history-caption-{}", key), caption);
+    }
+}
+
+} // namespace ostrel

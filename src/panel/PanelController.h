@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "core/PanelDoor.h"
+#include "design/ZOLThemePolicy.h"
+#include "panel/PanelFrame.h"
+#include "platform/UserDefaults.h"
+
+#include <functional>
+
+namespace ostrel {
+
+/// Opens and closes the panel. The window is built on the first opening and kept. Main thread.
+class PanelController final : public PanelDoor {
+public:
+    struct Hooks {
+        std::function<void()> opened; ///< the panel has just come on screen
+        std::function<void()> closed; ///< it has just gone
+    };
+
+    PanelController(PanelFrame& frame, const platform::UserDefaults& defaults, Hooks hooks);
+
+    void show() override;
+    void close(std::string_view reason) override;
+    void toggle() override;
+
+private:
+    void place();
+
+    PanelFrame& frame_;
+    const platform::UserDefaults& defaults_;
+    Hooks hooks_;
+};
+
+} // namespace ostrel

@@ -1,0 +1,271 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "panel/PanelFrame.h"
+
+#include "core/Version.h"
+#include "design/TabLayout.h"
+#include "design/Utf8.h"
+#include "design/ZOLAppMarkPainter.h"
+#include "panel/DashboardTab.h"
+#include "panel/ProcessesTab.h"
+#include "panel/ReadoutText.h"
+#include "panel/TabButton.h"
+
+#include <QImage>
+#include <QLabel>
+#include <QPixmap>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QVBoxLayout>
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include <fmt/format.h>
+
+namespace ostrel {
+
+namespace {
+
+constexpr int inset = 16;
+constexpr int spacing = 8;
+constexpr int headerMarkSize = 40;
+constexpr platform::Seconds throttle { 2 };
+
+/// The tabs that this version has.
+constexpr std::array builtModes { OstrelMode::overview, OstrelMode::processes };
+
+QPixmap markPixmap(const OstrelStyle& style, double ratio)
+{
+    const platform::Image image = appMarkImage(static_cast<int>(headerMarkSize * ratio), style.ink, style.red);
+    const QImage pixels(reinterpret_cast<const uchar*>(image.pixels.data()), image.width, image.height,
+        QImage::Format_ARGB32);
+    QPixmap pixmap = QPixmap::fromImage(pixels);
+    pixmap.setDevicePixelRatio(ratio);
+    return pixmap;
+}
+
+void setColor(QWidget& widget, const QColor& color)
+{
+    QPalette palette = widget.palette();
+    palette.setColor(QPalette::WindowText, color);
+    widget.setPalette(palette);
+}
+
+} // namespace
+
+PanelFrame::PanelFrame(const PanelState& state, const platform::Clock& clock, LiveRegistry& live)
+    : state_(state)
+    , clock_(clock)
+    , live_(live)
+{
+}
+
+PanelFrame::~PanelFrame() = default;
+
+void PanelFrame::setAfterRender(std::function<void()> afterRender) { afterRender_ = std::move(afterRender); }
+
+void PanelFrame::makeContent(const OstrelStyle& style, std::function<void(std::string_view)> close)
+{
+    style_ = style;
+    root_ = std::make_unique<PanelRootView>(style,
+        PanelRootView::Actions {
+            .switchMode = [this](OstrelMode mode) { switchMode(mode); },
+            .close = std::move(close),
+        });
+    root_->setFixedSize(panelWidth, panelHeight);
+    auto* column = new QVBoxLayout(root_.get());
+    column->setContentsMargins(inset, inset, inset, inset);
+    column->setSpacing(spacing);
+    column->addWidget(makeHeader());
+    column->addWidget(separator(style_.hair));
+    column->addWidget(makeStrip());
+    readout_ = wrappingLabel("loading…", OstrelStyle::mono(11, QFont::DemiBold), style_.ink, contentWidth);
+    column->addWidget(readout_);
+    column->addWidget(separator(style_.hair));
+    column->addWidget(makeBody(), 1);
+    column->addWidget(separator(style_.hair));
+    const std::string footer = fmt::format("1 dashboard · 3 processes · esc close   {} · refreshes while open", appVersion);
+    column->addWidget(wrappingLabel(utf16(footer), OstrelStyle::mono(10), style_.muted, contentWidth));
+}
+
+QWidget* PanelFrame::makeHeader() const
+{
+    auto* header = new QWidget;
+    auto* row = new QHBoxLayout(header);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->setSpacing(12);
+    auto* mark = new QLabel;
+    mark->setPixmap(markPixmap(style_, root_->devicePixelRatioF()));
+    mark->setFixedSize(headerMarkSize, headerMarkSize);
+    mark->setAccessibleName("ostrel");
+    row->addWidget(mark);
+    auto* words = new QVBoxLayout;
+    words->setSpacing(2);
+    words->addWidget(wrappingLabel("OSTREL", OstrelStyle::mono(14, QFont::DemiBold), style_.ink));
+    words->addWidget(
+        wrappingLabel("local + server · a little more room to think", OstrelStyle::mono(11), style_.muted));
+    row->addLayout(words, 1);
+    auto* version = wrappingLabel(
+        utf16(fmt::format("{} · {}", appVersion, appBuild)), OstrelStyle::mono(11), style_.muted);
+    version->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    row->addWidget(version);
+    return header;
+}
+
+QWidget* PanelFrame::makeStrip()
+{
+    auto* strip = new QWidget;
+    auto* row = new QHBoxLayout(strip);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->setSpacing(4);
+    tabs_.clear();
+    for (const OstrelMode mode : builtModes) {
+        auto* tab = new TabButton(utf16(words(mode).title), utf16(words(mode).hint), style_);
+        tab->setChecked(mode == mode_);
+        QObject::connect(tab, &QAbstractButton::clicked, [this, mode] { switchMode(mode); });
+        tabs_.push_back(tab);
+        row->addWidget(tab);
+    }
+    row->addStretch();
+    return strip;
+}
+
+QWidget* PanelFrame::makeBody()
+{
+    scroll_ = new QScrollArea;
+    scroll_->setFrameShape(QFrame::NoFrame);
+    scroll_->setWidgetResizable(true);
+    scroll_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    scroll_->setFocusPolicy(Qt::NoFocus);
+    scroll_->setWidget(new QWidget);
+    return scroll_;
+}
+
+bool PanelFrame::shown() const { return root_ && root_->isVisible(); }
+
+void PanelFrame::renderBody()
+{
+    lastBodyRenderAt_ = clock_.now();
+    if (!scroll_)
+        return;
+    live_.clear();
+    const int scrolledTo = scroll_->verticalScrollBar()->value();
+    scroll_->setUpdatesEnabled(false);
+    auto* page = new QWidget;
+    auto* body = new QVBoxLayout(page);
+    body->setContentsMargins(0, 0, 0, 0);
+    body->setSpacing(0);
+    const BodyChoice choice = chooseBody(mode_, state_.snapshots.lastData(), state_.snapshots.backendLastSource());
+    if (!choice.readout.empty())
+        set(choice.readout);
+    renderScreen(*body, choice.screen);
+    body->addStretch();
+    // A rebuild usually runs inside a handler of one of the old body's own controls.
+    if (QWidget* old = scroll_->takeWidget())
+        old->deleteLater();
+    scroll_->setWidget(page);
+    if (afterRender_)
+        afterRender_();
+    page->layout()->activate();
+    scroll_->setUpdatesEnabled(true);
+    scroll_->verticalScrollBar()->setValue(scrolledTo);
+}
+
+void PanelFrame::renderBodyThrottled(bool force)
+{
+    if (force || lastBodyRenderAt_ == platform::distantPast || clock_.now() - lastBodyRenderAt_ > throttle)
+        renderBody();
+}
+
+void PanelFrame::switchMode(OstrelMode mode)
+{
+    const auto at = std::ranges::find(builtModes, mode);
+    if (at == builtModes.end())
+        return;
+    mode_ = mode;
+    if (!tabs_.empty())
+        tabs_[static_cast<std::size_t>(at - builtModes.begin())]->setChecked(true);
+    renderBody();
+    if (scroll_)
+        scroll_->verticalScrollBar()->setValue(0);
+    refresh();
+}
+
+void PanelFrame::renderScreen(QVBoxLayout& body, BodyScreen screen)
+{
+    const std::string& state = state_.snapshots.backendState();
+    switch (screen) {
+    case BodyScreen::loading:
+        renderNotice(body, "Reading this Mac…",
+            "Memory, process and session counts will appear when the local snapshot completes.", false);
+        break;
+    case BodyScreen::error:
+        renderNotice(body, "Snapshot unavailable", state, true);
+        break;
+    case BodyScreen::empty:
+        renderNotice(body, "No snapshot yet", "Refresh to collect memory, process and session readings.", true);
+        break;
+    case BodyScreen::stale: {
+        const auto notice = fmt::format("Showing the last successful reading. {}", state);
+        body.addWidget(wrappingLabel(utf16(notice), OstrelStyle::mono(11), style_.red, contentWidth));
+        renderNotice(body, {}, {}, true);
+        renderTab(body);
+        break;
+    }
+    case BodyScreen::tab:
+        renderTab(body);
+        break;
+    }
+}
+
+void PanelFrame::renderNotice(QVBoxLayout& body, std::string_view title, std::string_view text, bool retry)
+{
+    if (!title.empty())
+        body.addWidget(
+            wrappingLabel(utf16(title), OstrelStyle::mono(16, QFont::DemiBold), style_.ink, contentWidth));
+    if (!text.empty())
+        body.addWidget(wrappingLabel(utf16(text), OstrelStyle::mono(11), style_.muted, contentWidth));
+    if (!retry)
+        return;
+    auto* button = new TabButton(
+        "retry snapshot", "read the process snapshot again; nothing is stopped or changed", style_);
+    button->setCheckable(false);
+    button->setAutoExclusive(false);
+    button->setFixedWidth(160);
+    QObject::connect(button, &QAbstractButton::clicked, [this] { state_.snapshots.fetchPythonData(); });
+    body.addSpacing(spacing);
+    body.addWidget(button);
+    body.addSpacing(spacing);
+}
+
+void PanelFrame::renderTab(QVBoxLayout& body)
+{
+    const auto& data = state_.snapshots.lastData();
+    if (mode_ == OstrelMode::processes && data)
+        renderProcesses(body, *data, style_);
+    else
+        renderOverview(body, state_, style_, live_);
+}
+
+void PanelFrame::set(std::string_view text) { showReadout(text, style_.ink); }
+
+void PanelFrame::refresh()
+{
+    const auto& data = state_.snapshots.lastData();
+    if (!data || mode_ == OstrelMode::server || mode_ == OstrelMode::settings)
+        return;
+    showReadout(readoutText(*data, state_.tick.native(), state_.tick.lastCPU(), state_.snapshots.snapshotAgeText(),
+                    state_.snapshots.snapshotIsStale()),
+        style_.muted);
+}
+
+void PanelFrame::showReadout(std::string_view text, const QColor& color)
+{
+    if (!readout_)
+        return;
+    readout_->setText(utf16(text));
+    setColor(*readout_, color);
+}
+
+} // namespace ostrel

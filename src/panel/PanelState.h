@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "bar/Settings.h"
+#include "collector/SnapshotCycle.h"
+#include "history/OstrelHistory.h"
+#include "readings/NativeTick.h"
+
+namespace ostrel {
+
+/// The state that the tabs are drawn from. All of it outlives the panel.
+struct PanelState {
+    const NativeTick& tick;
+    SnapshotCycle& snapshots;
+    const OstrelHistory& history;
+    const Settings& settings;
+};
+
+} // namespace ostrel
