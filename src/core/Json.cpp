@@ -11,25 +11,6 @@ namespace {
 constexpr std::size_t longestText = std::size_t { 64 } * 1024 * 1024;
 constexpr int deepestNesting = 128;
 
-/// Builds the value while counting its depth, so that hostile nesting stops the parse and not the stack: the
-/// value's own destructor and every walk over it are as deep as the text was.
-class BoundedBuilder {
-public:
-    /// True when the text is JSON and within the bounds.
-    static bool build(std::string_view text, Value& into)
-    {
-        bool tooDeep = false;
-        const auto watch = [&tooDeep](int depth, Value::parse_event_t event, Value&) {
-            using Event = Value::parse_event_t;
-            if ((event == Event::object_start || event == Event::array_start) && depth >= deepestNesting)
-                tooDeep = true;
-            return !tooDeep;
-        };
-        into = Value::parse(text, watch, /*allow_exceptions=*/false);
-        return !tooDeep && !into.is_discarded();
-    }
-};
-
 template <typename T>
 T orElse(const std::optional<T>& value, T fallback)
 {
@@ -40,10 +21,19 @@ T orElse(const std::optional<T>& value, T fallback)
 
 std::optional<Value> parse(std::string_view text)
 {
-    if (text.size() > longestText)
+    // The library takes a zero byte for the end of the text and would accept whatever follows it.
+    if (text.size() > longestText || text.find('\0') != std::string_view::npos)
         return std::nullopt;
-    Value value;
-    if (!BoundedBuilder::build(text, value))
+    // What lies too deep is dropped while it is read: printing, comparing and other walks over a value recurse.
+    bool tooDeep = false;
+    const auto watch = [&tooDeep](int depth, Value::parse_event_t event, Value&) {
+        using Event = Value::parse_event_t;
+        if ((event == Event::object_start || event == Event::array_start) && depth >= deepestNesting)
+            tooDeep = true;
+        return !tooDeep;
+    };
+    Value value = Value::parse(text, watch, /*allow_exceptions=*/false);
+    if (tooDeep || value.is_discarded())
         return std::nullopt;
     return value;
 }

@@ -44,8 +44,9 @@ TEST(LinuxProcessInfo, JudgesTheWorstZoneByItsOwnTripPoints)
         root.write("sys/class/thermal/cooling_device0/type", "fan\n");
         EXPECT_EQ(LinuxProcessInfo(root.path()).thermalState(), c.state) << c.temperature;
         root.write("sys/class/thermal/thermal_zone1/temp", "1000\n");
-        if (c.state)
+        if (c.state) {
             EXPECT_EQ(LinuxProcessInfo(root.path()).thermalState(), c.state) << "a cool second zone changes nothing";
+        }
     }
 }
 

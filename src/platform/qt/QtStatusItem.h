@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "platform/MainQueue.h"
+#include "platform/StatusItem.h"
+
+namespace platform {
+
+/// The bar as a StatusNotifierItem on the session bus, with its menu. Without a bus an item does nothing.
+class QtStatusBar final : public StatusBar {
+public:
+    /// What people press runs through `queue`, which must outlive every item.
+    explicit QtStatusBar(MainQueue& queue);
+
+    [[nodiscard]] std::unique_ptr<StatusItem> makeItem(const std::string& id, const std::string& title) override;
+
+private:
+    MainQueue& queue_;
+};
+
+} // namespace platform

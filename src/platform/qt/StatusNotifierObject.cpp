@@ -1,0 +1,171 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/qt/StatusNotifierObject.h"
+
+#include "platform/qt/BusProperties.h"
+#include "platform/qt/DBusMenuObject.h"
+#include "platform/qt/StatusNotifierTypes.h"
+
+#include <QDBusError>
+#include <QDBusMessage>
+#include <QDBusObjectPath>
+#include <QGuiApplication>
+#include <QScreen>
+
+#include <utility>
+
+namespace platform {
+
+namespace {
+
+BusImages busImages(const std::vector<Image>& images)
+{
+    BusImages list;
+    for (const Image& image : images)
+        list.push_back(busImage(image));
+    return list;
+}
+
+} // namespace
+
+Point globalPoint(int x, int y)
+{
+    const QScreen* screen = QGuiApplication::primaryScreen();
+    if (!screen)
+        return {};
+    const double ratio = screen->devicePixelRatio();
+    return { x / ratio, screen->geometry().height() - y / ratio };
+}
+
+StatusNotifierObject::StatusNotifierObject(MainQueue& queue, QDBusConnection bus, QString id, QString title)
+    : queue_(queue)
+    , bus_(std::move(bus))
+    , id_(std::move(id))
+    , title_(std::move(title))
+{
+}
+
+void StatusNotifierObject::tell(const char* signal, const QVariantList& arguments) const
+{
+    QDBusMessage message = QDBusMessage::createSignal(path, interface, signal);
+    message.setArguments(arguments);
+    bus_.send(message);
+}
+
+void StatusNotifierObject::setFace(const StatusItemFace& face)
+{
+    const StatusItemFace before = std::exchange(face_, face);
+    if (before.images != face_.images)
+        tell("NewIcon");
+    if (before.toolTip != face_.toolTip)
+        tell("NewToolTip");
+    if (before.visible != face_.visible)
+        tell("NewStatus", { face_.visible ? "Active" : "Passive" });
+    if (before.label != face_.label || before.labelGuide != face_.labelGuide)
+        tell("XAyatanaNewLabel",
+            { QString::fromStdString(face_.label), QString::fromStdString(face_.labelGuide) });
+}
+
+void StatusNotifierObject::setActivateHandler(std::function<void(std::optional<Point>)> handler)
+{
+    activate_ = std::move(handler);
+}
+
+QVariantMap StatusNotifierObject::properties() const
+{
+    const BusToolTip toolTip { .iconName = {}, .images = {}, .title = QString::fromStdString(face_.toolTip), .text = {} };
+    return { { "Category", "SystemServices" }, { "Id", id_ }, { "Title", title_ },
+        { "Status", face_.visible ? "Active" : "Passive" }, { "WindowId", 0 }, { "IconName", "" },
+        { "IconThemePath", "" }, { "IconPixmap", QVariant::fromValue(busImages(face_.images)) },
+        { "OverlayIconName", "" }, { "OverlayIconPixmap", QVariant::fromValue(BusImages()) },
+        { "AttentionIconName", "" }, { "AttentionIconPixmap", QVariant::fromValue(BusImages()) },
+        { "AttentionMovieName", "" }, { "ToolTip", QVariant::fromValue(toolTip) }, { "ItemIsMenu", false },
+        { "Menu", QVariant::fromValue(QDBusObjectPath(menuPath)) },
+        { "XAyatanaLabel", QString::fromStdString(face_.label) },
+        { "XAyatanaLabelGuide", QString::fromStdString(face_.labelGuide) }, { "XAyatanaOrderingIndex", 0U } };
+}
+
+bool StatusNotifierObject::handleMessage(const QDBusMessage& message, const QDBusConnection& connection)
+{
+    if (message.interface() == propertiesInterface) {
+        connection.send(answerPropertiesCall(message, interface, properties()));
+        return true;
+    }
+    if (!message.interface().isEmpty() && message.interface() != interface)
+        return false;
+    const QString call = message.member() + "(" + message.signature() + ")";
+    if (call == "Activate(ii)") {
+        const QVariantList given = message.arguments();
+        const Point place = globalPoint(given[0].toInt(), given[1].toInt());
+        if (activate_)
+            queue_.post([handler = activate_, place] { handler(place); });
+    } else if (call == "SecondaryActivate(ii)") {
+        if (activate_)
+            queue_.post([handler = activate_] { handler(std::nullopt); });
+    } else if (call != "ContextMenu(ii)" && call != "Scroll(is)" && call != "XAyatanaSecondaryActivate(u)") {
+        connection.send(
+            message.createErrorReply(QDBusError::UnknownMethod, "The item doesn't know the call " + call + "."));
+        return true;
+    }
+    if (message.isReplyRequired())
+        connection.send(message.createReply());
+    return true;
+}
+
+QString StatusNotifierObject::introspect(const QString&) const
+{
+    return R"xml(<interface name="org.kde.StatusNotifierItem">
+  <property name="Category" type="s" access="read"/>
+  <property name="Id" type="s" access="read"/>
+  <property name="Title" type="s" access="read"/>
+  <property name="Status" type="s" access="read"/>
+  <property name="WindowId" type="i" access="read"/>
+  <property name="IconName" type="s" access="read"/>
+  <property name="IconThemePath" type="s" access="read"/>
+  <property name="IconPixmap" type="a(iiay)" access="read"/>
+  <property name="OverlayIconName" type="s" access="read"/>
+  <property name="OverlayIconPixmap" type="a(iiay)" access="read"/>
+  <property name="AttentionIconName" type="s" access="read"/>
+  <property name="AttentionIconPixmap" type="a(iiay)" access="read"/>
+  <property name="AttentionMovieName" type="s" access="read"/>
+  <property name="ToolTip" type="(sa(iiay)ss)" access="read"/>
+  <property name="ItemIsMenu" type="b" access="read"/>
+  <property name="Menu" type="o" access="read"/>
+  <property name="XAyatanaLabel" type="s" access="read"/>
+  <property name="XAyatanaLabelGuide" type="s" access="read"/>
+  <property name="XAyatanaOrderingIndex" type="u" access="read"/>
+  <method name="Activate">
+    <arg name="x" type="i" direction="in"/>
+    <arg name="y" type="i" direction="in"/>
+  </method>
+  <method name="SecondaryActivate">
+    <arg name="x" type="i" direction="in"/>
+    <arg name="y" type="i" direction="in"/>
+  </method>
+  <method name="XAyatanaSecondaryActivate">
+    <arg name="timestamp" type="u" direction="in"/>
+  </method>
+  <method name="ContextMenu">
+    <arg name="x" type="i" direction="in"/>
+    <arg name="y" type="i" direction="in"/>
+  </method>
+  <method name="Scroll">
+    <arg name="delta" type="i" direction="in"/>
+    <arg name="orientation" type="s" direction="in"/>
+  </method>
+  <signal name="NewTitle"/>
+  <signal name="NewIcon"/>
+  <signal name="NewAttentionIcon"/>
+  <signal name="NewOverlayIcon"/>
+  <signal name="NewToolTip"/>
+  <signal name="NewStatus">
+    <arg name="status" type="s"/>
+  </signal>
+  <signal name="XAyatanaNewLabel">
+    <arg name="label" type="s"/>
+    <arg name="guide" type="s"/>
+  </signal>
+</interface>
+)xml";
+}
+
+} // namespace platform

@@ -1,0 +1,89 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "core/Text.h"
+
+#include <cstdint>
+#include <limits>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace ostrel;
+using namespace std::string_literals;
+
+TEST(Text, RoundsHalvesAwayFromZeroAndGivesZeroForWhatDoesNotFit)
+{
+    constexpr double infinite = std::numeric_limits<double>::infinity();
+    const std::pair<double, std::int64_t> cases[] { { 0.5, 1 }, { 1.5, 2 }, { 2.5, 3 }, { -0.5, -1 }, { -2.5, -3 },
+        { 2.4999, 2 }, { 0.49999999999999994, 0 }, { -9223372036854775808.0, INT64_MIN },
+        { 9223372036854774784.0, 9223372036854774784 }, { 9223372036854775808.0, 0 }, { 1e308, 0 }, { infinite, 0 },
+        { -infinite, 0 }, { std::numeric_limits<double>::quiet_NaN(), 0 } };
+    for (const auto& [value, whole] : cases)
+        EXPECT_EQ(rounded(value), whole) << value;
+}
+
+TEST(Text, TrimsBothEndsOnly)
+{
+    const std::pair<std::string_view, std::string_view> cases[] { { "", "" }, { " \t\r\n\v\f", "" }, { "a", "a" },
+        { " a b\n", "a b" }, { "\n\na", "a" }, { "a\t ", "a" } };
+    for (const auto& [text, rest] : cases)
+        EXPECT_EQ(trimmed(text), rest);
+}
+
+TEST(Text, LowersLettersOfAnyScriptAndKeepsWhatIsNotText)
+{
+    const std::pair<std::string, std::string> cases[] {
+        { "", "" },
+        { "Claude CODE 1.0", "claude code 1.0" },
+        { "ÄÖÜ ÉÎ ΑΒΓ ДЖ", "äöü éî αβγ дж" },
+        { "e\u0301 stays apart", "e\u0301 stays apart" }, // no composing
+        { "Ａ", "ａ" }, // a wide letter
+        { "ß日本", "ß日本" },
+        { "ABC\xff\xfeÄ", "abc\xff\xfeÄ" },
+        { "A\0B"s, "a\0b"s },
+    };
+    for (const auto& [text, lower] : cases)
+        EXPECT_EQ(lowered(text), lower) << text;
+    EXPECT_EQ(lowered(std::string_view()), "");
+}
+
+TEST(Text, TellsWellFormedUtf8)
+{
+    const std::pair<std::string, bool> cases[] {
+        { "", true },
+        { "plain", true },
+        { "a\0b"s, true },
+        { "é €😀", true },
+        { "\xf4\x8f\xbf\xbf", true }, // U+10FFFF
+        { "\xf4\x90\x80\x80", false }, // beyond it
+        { "\x80", false },
+        { "\xc3", false }, // cut in the middle
+        { "abc\xe2\x82", false },
+        { "\xc0\xaf", false }, // longer than needed
+        { "\xe0\x80\xaf", false },
+        { "\xed\xa0\x80", false }, // a surrogate
+        { "ok then \xff", false },
+    };
+    for (const auto& [bytes, valid] : cases)
+        EXPECT_EQ(isValidUtf8(bytes), valid) << testing::PrintToString(bytes);
+}
+
+TEST(Text, JoinsWithTheSeparatorBetween)
+{
+    EXPECT_EQ(joined({}, ", "), "");
+    EXPECT_EQ(joined({ "a" }, ", "), "a");
+    EXPECT_EQ(joined({ "a", "", "{}" }, " · "), "a ·  · {}");
+}
+
+TEST(Text, SizesTurnToGigabytesAt1024)
+{
+    const std::pair<std::int64_t, std::string_view> cases[] { { 0, "0 mb" }, { 1023, "1023 mb" }, { 1024, "1.0 gb" },
+        { 1075, "1.0 gb" }, { 1076, "1.1 gb" }, { 49152, "48.0 gb" }, { -5, "-5 mb" } };
+    for (const auto& [mb, label] : cases)
+        EXPECT_EQ(memLabel(mb), label);
+}
+
+} // namespace

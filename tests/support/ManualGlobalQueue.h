@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "platform/GlobalQueue.h"
+
+#include <deque>
+#include <utility>
+
+/// A background that runs only when the test says so, on the test's own thread.
+class ManualGlobalQueue final : public platform::GlobalQueue {
+public:
+    void async(platform::QueuePriority priority, platform::Job job) override
+    {
+        waiting.emplace_back(priority, std::move(job));
+    }
+
+    /// Runs all that waits, in order.
+    void run()
+    {
+        while (!waiting.empty()) {
+            const platform::Job job = std::move(waiting.front().second);
+            waiting.pop_front();
+            job();
+        }
+    }
+
+    std::deque<std::pair<platform::QueuePriority, platform::Job>> waiting;
+};
