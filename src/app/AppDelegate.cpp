@@ -39,8 +39,8 @@ AppDelegate::AppDelegate(const PlatformServices& services)
     , tick_(services.kernel, cpuSampler_, services.clock, services.runLoop, services.defaults)
     , settings_(services.defaults)
     , collector_(std::make_shared<CollectorRunner>(services.children))
-    , snapshots_({ services.runLoop, services.mainQueue, services.globalQueue, services.files, services.bundle,
-                     services.clock },
+    , snapshots_({ services.runLoop, services.mainQueue, services.globalQueue, services.files,
+                     services.bundle, services.clock },
           collector_, tick_)
     , panelState_ { tick_, snapshots_, history_, settings_ }
     , frame_(panelState_, services.clock, liveRegistry_)

@@ -20,9 +20,9 @@
 
 namespace ostrel {
 
-/// The one application object: it makes every long-lived object once, wires them, and carries the start and the end.
-/// Constructing it starts no timer, shows nothing and launches no child, so the command-line routes run with an idle
-/// one. Main thread.
+/// The one application object: it makes every long-lived object once, wires them, and carries the start and
+/// the end. Constructing it starts no timer, shows nothing and launches no child, so the command-line routes
+/// run with an idle one. Main thread.
 class AppDelegate final : private TickSink {
 public:
     explicit AppDelegate(const PlatformServices& services);
@@ -30,7 +30,8 @@ public:
     AppDelegate& operator=(const AppDelegate&) = delete;
     ~AppDelegate() override;
 
-    /// The start sequence; the event loop's application object exists. With `backgroundLaunch` no panel opens.
+    /// The start sequence; the event loop's application object exists. With `backgroundLaunch` no panel
+    /// opens.
     void applicationDidFinishLaunching(bool backgroundLaunch);
     /// The end: no further tick or fetch, and the collector's children are asked to end.
     void applicationWillTerminate();

@@ -18,8 +18,8 @@
 
 namespace ostrel {
 
-/// All that the application asks of an operating system. Every part outlives the application object, and those
-/// that background jobs use (child processes, files, the main queue) live to the end of the process.
+/// All that the application asks of an operating system. Every part outlives the application object, and
+/// those that background jobs use (child processes, files, the main queue) live to the end of the process.
 struct PlatformServices {
     platform::Kernel& kernel;
     platform::ProcessInfo& processInfo;

@@ -48,13 +48,22 @@ std::string_view rawValue(BarDisplayMode mode) { return modeWords[static_cast<st
 
 std::string_view rawValue(BarPart part) { return partWords[static_cast<std::size_t>(part)]; }
 
-std::optional<BarDisplayMode> barDisplayMode(std::string_view word) { return named<BarDisplayMode>(modeWords, word); }
+std::optional<BarDisplayMode> barDisplayMode(std::string_view word)
+{
+    return named<BarDisplayMode>(modeWords, word);
+}
 
 std::optional<BarPart> barPart(std::string_view word) { return named<BarPart>(partWords, word); }
 
-bool showsMark(BarDisplayMode mode) { return mode == BarDisplayMode::mark || mode == BarDisplayMode::markValue; }
+bool showsMark(BarDisplayMode mode)
+{
+    return mode == BarDisplayMode::mark || mode == BarDisplayMode::markValue;
+}
 
-bool showsValue(BarDisplayMode mode) { return mode == BarDisplayMode::markValue || mode == BarDisplayMode::value; }
+bool showsValue(BarDisplayMode mode)
+{
+    return mode == BarDisplayMode::markValue || mode == BarDisplayMode::value;
+}
 
 const BarParts& defaultBarParts()
 {
@@ -80,7 +89,8 @@ std::string barToolTip(const BarReading& reading)
 {
     const NativeStats& stats = reading.stats;
     return fmt::format("ostrel · cpu {}% · mem {}% · swap {}% · free {} · {} · {}", rounded(reading.cpu),
-        stats.memPct(), stats.swapPct(), memLabel(stats.freeMB), pressureName(stats.pressureLevel), reading.source);
+        stats.memPct(), stats.swapPct(), memLabel(stats.freeMB), pressureName(stats.pressureLevel),
+        reading.source);
 }
 
 std::string barMenuHeadline(const BarReading& reading)

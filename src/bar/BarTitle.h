@@ -21,7 +21,8 @@ enum class BarPart { cpu, mem, swap, load, mcp };
 inline constexpr std::array allBarDisplayModes { BarDisplayMode::mark, BarDisplayMode::markValue,
     BarDisplayMode::value, BarDisplayMode::hidden };
 /// In their order on the bar.
-inline constexpr std::array allBarParts { BarPart::cpu, BarPart::mem, BarPart::swap, BarPart::load, BarPart::mcp };
+inline constexpr std::array allBarParts { BarPart::cpu, BarPart::mem, BarPart::swap, BarPart::load,
+    BarPart::mcp };
 
 /// The stored word, which is also the one shown.
 [[nodiscard]] std::string_view rawValue(BarDisplayMode mode);

@@ -25,8 +25,8 @@ public:
 
     explicit Settings(platform::UserDefaults& defaults);
 
-    /// Reads every choice and gives the refresh profile to the tick. Runs the one-time migrations. A value of the
-    /// wrong type reads as absent.
+    /// Reads every choice and gives the refresh profile to the tick. Runs the one-time migrations. A value of
+    /// the wrong type reads as absent.
     void loadSettings(NativeTick& tick);
 
     /// Sets and stores the pin.

@@ -57,7 +57,8 @@ CollectorResult CollectorRunner::run(RunRequest request)
         idle_.notify_all();
     }
     if (!outcome.launchError.empty())
-        return { .error = "Could not start Python 3: " + outcome.launchError, .elapsed = outcome.elapsed.count() };
+        return { .error = "Could not start Python 3: " + outcome.launchError,
+            .elapsed = outcome.elapsed.count() };
     return { .data = std::move(outcome.output),
         .status = outcome.status,
         .error = errorText(outcome, request.timeout),

@@ -17,7 +17,8 @@ namespace ostrel {
 /// What a child gave.
 struct CollectorResult {
     std::string data; ///< all of its standard output; empty when it couldn't start
-    std::int32_t status = -1; ///< exit status or the number of the signal that ended it; -1 when it couldn't start
+    /// Exit status, or the number of the signal that ended it; -1 when it couldn't start.
+    std::int32_t status = -1;
     std::string error; ///< empty exactly when it exited with 0 before its deadline, or failed without a word
     double elapsed = 0; ///< seconds
 };
@@ -25,31 +26,33 @@ struct CollectorResult {
 /// What to run.
 struct RunRequest {
     std::string executable = "/usr/bin/python3";
-    std::vector<std::string> arguments; ///< the script's path comes first when the executable is the interpreter
+    std::vector<std::string> arguments; ///< the script's path first when the executable is the interpreter
     std::optional<std::string> input; ///< standard input; without it the child reads end of file at once
     platform::Seconds timeout { 8 };
 };
 
-/// The only way to start a child: a fixed search path, both output streams drained, a deadline, and one call that
-/// stops all that runs. Any thread; each run blocks its own caller only.
+/// The only way to start a child: a fixed search path, both output streams drained, a deadline, and one call
+/// that stops all that runs. Any thread; each run blocks its own caller only.
 class CollectorRunner {
 public:
     /// `children` must outlive every run.
     explicit CollectorRunner(platform::ChildProcess& children);
 
-    /// Runs one child to its end. Never throws, never returns before the child has ended. Not for the main thread.
+    /// Runs one child to its end. Never throws, never returns before the child has ended. Not for the main
+    /// thread.
     [[nodiscard]] CollectorResult run(RunRequest request);
 
     /// Stops every child of this runner. Returns at once; the blocked runs then end in their own callers.
     void cancelAll();
 
-    /// Waits until no child of this runner runs, at most `limit`: for the end of the process, behind `cancelAll`.
-    /// True when none runs.
+    /// Waits until no child of this runner runs, at most `limit`: for the end of the process, behind
+    /// `cancelAll`. True when none runs.
     bool awaitIdle(platform::Seconds limit);
 
 private:
     platform::ChildProcess& children_;
-    std::mutex lock_; ///< guards the table and nothing else; never held while a child is started, served or stopped
+    /// Guards the table and nothing else; never held while a child is started, served or stopped.
+    std::mutex lock_;
     std::condition_variable idle_;
     std::uint64_t nextRun_ = 0;
     std::map<std::uint64_t, std::shared_ptr<platform::ChildStop>> active_;

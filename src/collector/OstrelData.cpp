@@ -104,7 +104,8 @@ void parseLoad(OstrelData::Load& load, const Value& object)
 std::size_t fanRank(std::string_view key)
 {
     static constexpr std::array<std::string_view, 13> order { "mcp", "codex_mcp", "claude_mcp", "other_mcp",
-        "codex_mcp_duplicates", "codex_node_repl", "browser", "Arc", "Chrome", "node", "python3", "qmd", "claude" };
+        "codex_mcp_duplicates", "codex_node_repl", "browser", "Arc", "Chrome", "node", "python3", "qmd",
+        "claude" };
     constexpr std::size_t unknown = 999;
     const auto at = std::ranges::find(order, key);
     return at == order.end() ? unknown : static_cast<std::size_t>(at - order.begin());
@@ -122,9 +123,8 @@ void parseFan(OstrelData& data, const Value& object)
         for (const auto& [name, value] : bundles->items())
             if (const auto count = json::asInteger(value))
                 data.chromiumBundles.push_back({ name, *count });
-    std::ranges::sort(data.chromiumBundles, [](const auto& a, const auto& b) {
-        return std::tie(b.count, a.name) < std::tie(a.count, b.name);
-    });
+    std::ranges::sort(data.chromiumBundles,
+        [](const auto& a, const auto& b) { return std::tie(b.count, a.name) < std::tie(a.count, b.name); });
 }
 
 std::optional<OstrelData::Proc> parseProc(const Value& object)
@@ -209,12 +209,12 @@ void parseMeta(OstrelData::Meta& meta, const Value& object)
 {
     using M = OstrelData::Meta;
     constexpr TextField<M> texts[] { { "backend", &M::backend }, { "code_path", &M::codePath },
-        { "project_path", &M::projectPath }, { "native_app", &M::nativeApp }, { "history_path", &M::historyPath },
-        { "server_url", &M::serverURL }, { "data_endpoint", &M::dataEndpoint },
-        { "analyze_endpoint", &M::analyzeEndpoint }, { "cleanup_endpoint", &M::cleanupEndpoint },
-        { "session_inspector_url", &M::sessionInspectorURL }, { "native_refresh", &M::nativeRefresh },
-        { "panel_refresh", &M::panelRefresh }, { "server_model", &M::serverModel },
-        { "service_model", &M::serviceModel } };
+        { "project_path", &M::projectPath }, { "native_app", &M::nativeApp },
+        { "history_path", &M::historyPath }, { "server_url", &M::serverURL },
+        { "data_endpoint", &M::dataEndpoint }, { "analyze_endpoint", &M::analyzeEndpoint },
+        { "cleanup_endpoint", &M::cleanupEndpoint }, { "session_inspector_url", &M::sessionInspectorURL },
+        { "native_refresh", &M::nativeRefresh }, { "panel_refresh", &M::panelRefresh },
+        { "server_model", &M::serverModel }, { "service_model", &M::serviceModel } };
     take(meta, object, texts);
 }
 
@@ -237,14 +237,16 @@ std::optional<OstrelData::HistorySample> parseHistorySample(const Value& object)
 void parseGroups(OstrelData::Groups& groups, const Value& object)
 {
     using G = OstrelData::Groups;
-    constexpr IntegerField<G> integers[] { { "claude", &G::claude }, { "runtime", &G::runtime }, { "app", &G::app } };
+    constexpr IntegerField<G> integers[] { { "claude", &G::claude }, { "runtime", &G::runtime },
+        { "app", &G::app } };
     take(groups, object, integers);
 }
 
 void parseVerdict(OstrelData::Verdict& verdict, const Value& object)
 {
     using V = OstrelData::Verdict;
-    constexpr TextField<V> texts[] { { "level", &V::level }, { "headline", &V::headline }, { "cause", &V::cause } };
+    constexpr TextField<V> texts[] { { "level", &V::level }, { "headline", &V::headline },
+        { "cause", &V::cause } };
     take(verdict, object, texts);
     take(verdict.perSess, object, "per_sess");
 }

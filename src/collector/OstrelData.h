@@ -12,8 +12,8 @@
 
 namespace ostrel {
 
-/// One snapshot as the collector script printed it. A plain value; a key that was absent, or of another type, holds
-/// its default.
+/// One snapshot as the collector script printed it. A plain value; a key that was absent, or of another type,
+/// holds its default.
 struct OstrelData {
     /// Sizes in GiB.
     struct RAM {

@@ -43,8 +43,8 @@ std::string SnapshotCycle::pyPath() const
 void SnapshotCycle::ensureCollectorAvailable()
 {
     const std::string path = pyPath();
-    backendState_
-        = platform_.files.fileExists(path) ? "on-demand CLI · no server" : fmt::format("collector missing: {}", path);
+    backendState_ = platform_.files.fileExists(path) ? "on-demand CLI · no server"
+                                                     : fmt::format("collector missing: {}", path);
 }
 
 void SnapshotCycle::startPanelPolling()

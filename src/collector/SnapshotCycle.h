@@ -22,8 +22,8 @@
 
 namespace ostrel {
 
-/// Fetches a full snapshot from the collector script while the panel is open, and only then: at once, then at each
-/// panel interval, one child at a time. What came last survives failures and closings. Main thread.
+/// Fetches a full snapshot from the collector script while the panel is open, and only then: at once, then at
+/// each panel interval, one child at a time. What came last survives failures and closings. Main thread.
 class SnapshotCycle final : public RefreshListener {
 public:
     /// What the cycle asks of the platform; all of it must outlive the cycle.
@@ -36,7 +36,8 @@ public:
         platform::Clock& clock;
     };
 
-    /// `runner` is shared with the other commands that run the collector's script; the tick tells the intervals.
+    /// `runner` is shared with the other commands that run the collector's script; the tick tells the
+    /// intervals.
     SnapshotCycle(const Platform& platform, std::shared_ptr<CollectorRunner> runner, const NativeTick& tick);
 
     /// Connects the panel, which must outlive the cycle. Without one the cycle only keeps state.

@@ -24,7 +24,8 @@ std::optional<Value> parse(std::string_view text)
     // The library takes a zero byte for the end of the text and would accept whatever follows it.
     if (text.size() > longestText || text.find('\0') != std::string_view::npos)
         return std::nullopt;
-    // What lies too deep is dropped while it is read: printing, comparing and other walks over a value recurse.
+    // What lies too deep is dropped while it is read: printing, comparing and other walks over a value
+    // recurse.
     bool tooDeep = false;
     const auto watch = [&tooDeep](int depth, Value::parse_event_t event, Value&) {
         using Event = Value::parse_event_t;
@@ -44,10 +45,7 @@ std::optional<Value> parseObject(std::string_view text)
     return value && value->is_object() ? value : std::nullopt;
 }
 
-std::string dump(const Value& value)
-{
-    return value.dump(-1, ' ', false, Value::error_handler_t::replace);
-}
+std::string dump(const Value& value) { return value.dump(-1, ' ', false, Value::error_handler_t::replace); }
 
 const Value* member(const Value& object, std::string_view key)
 {

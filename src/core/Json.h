@@ -13,8 +13,8 @@ namespace ostrel::json {
 /// A parsed JSON value. When a key stands twice in an object, the last one counts.
 using Value = nlohmann::json;
 
-/// Parses one whole JSON text. Nothing when it isn't JSON, isn't valid UTF-8, is nested deeper than 128 levels,
-/// or is longer than 64 MiB. Never throws.
+/// Parses one whole JSON text. Nothing when it isn't JSON, isn't valid UTF-8, is nested deeper than 128
+/// levels, or is longer than 64 MiB. Never throws.
 [[nodiscard]] std::optional<Value> parse(std::string_view text);
 
 /// The same, and nothing as well when the top level isn't an object.
@@ -23,7 +23,8 @@ using Value = nlohmann::json;
 /// One line of JSON; bytes that aren't valid UTF-8 become U+FFFD. Never throws.
 [[nodiscard]] std::string dump(const Value& value);
 
-/// The member under `key`; null when `object` isn't an object or has no such member. Lives as long as `object`.
+/// The member under `key`; null when `object` isn't an object or has no such member. Lives as long as
+/// `object`.
 [[nodiscard]] const Value* member(const Value& object, std::string_view key);
 
 /// A JSON string only.

@@ -8,8 +8,8 @@
 namespace ostrel {
 
 /// Lets a queued job find out that its owner is gone. The owner keeps one as its last member; a job made by
-/// `guard` does nothing once the owner was destroyed. Make and run such jobs on the main thread: only there is
-/// an owner ever destroyed.
+/// `guard` does nothing once the owner was destroyed. Make and run such jobs on the main thread: only there
+/// is an owner ever destroyed.
 class LifeToken {
 public:
     LifeToken() = default;

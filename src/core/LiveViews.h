@@ -8,15 +8,17 @@
 
 namespace ostrel {
 
-/// The labels, gauges and graphs that the present body registered by key, written by the tick without a rebuild.
-/// Every call does nothing for a key that isn't registered. Main thread only.
+/// The labels, gauges and graphs that the present body registered by key, written by the tick without a
+/// rebuild. Every call does nothing for a key that isn't registered. Main thread only.
 class LiveViews {
 public:
     virtual ~LiveViews() = default;
 
     virtual void setText(std::string_view key, std::string_view text) = 0;
-    /// Moves a gauge to `pct` from `from`, or from `pct` itself without one. `level` is "normal", "warn" or "crit".
-    virtual void updateGauge(std::string_view key, double pct, std::optional<double> from, std::string_view level)
+    /// Moves a gauge to `pct` from `from`, or from `pct` itself without one. `level` is "normal", "warn" or
+    /// "crit".
+    virtual void updateGauge(
+        std::string_view key, double pct, std::optional<double> from, std::string_view level)
         = 0;
     /// Gives a graph its values, oldest first, and the index of the first one of this run.
     virtual void applyGraph(

@@ -8,7 +8,17 @@
 namespace ostrel {
 
 /// The panel's tabs, in the order of their keys.
-enum class OstrelMode { overview, system, processes, sessions, diagnosis, cleanup, automations, server, settings };
+enum class OstrelMode {
+    overview,
+    system,
+    processes,
+    sessions,
+    diagnosis,
+    cleanup,
+    automations,
+    server,
+    settings
+};
 
 /// What a tab is called.
 struct OstrelModeWords {

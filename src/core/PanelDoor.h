@@ -5,7 +5,8 @@
 
 namespace ostrel {
 
-/// The way to open and close the panel, for the bar item, the hotkey, the routes and the hints. Main thread only.
+/// The way to open and close the panel, for the bar item, the hotkey, the routes and the hints. Main thread
+/// only.
 class PanelDoor {
 public:
     virtual ~PanelDoor() = default;

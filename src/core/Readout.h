@@ -12,8 +12,8 @@ public:
 
     /// Shows a text of the tab's own.
     virtual void set(std::string_view text) = 0;
-    /// Shows the live line from the readings and the last snapshot; nothing without a snapshot, or while the tab
-    /// owns the line.
+    /// Shows the live line from the readings and the last snapshot; nothing without a snapshot, or while the
+    /// tab owns the line.
     virtual void refresh() = 0;
 };
 

@@ -6,7 +6,8 @@
 
 namespace ostrel {
 
-/// One line of text that ends in an ellipsis where it doesn't fit, and has the whole of it as its tooltip then.
+/// One line of text that ends in an ellipsis where it doesn't fit, and has the whole of it as its tooltip
+/// then.
 class ElidedLabel final : public QWidget {
 public:
     ElidedLabel(const QString& text, const QFont& font, const QColor& color, QWidget* parent = nullptr);

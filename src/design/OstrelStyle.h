@@ -9,7 +9,8 @@
 
 namespace ostrel {
 
-/// The colours and the typeface that the system's own views draw with. Main thread, with an application object.
+/// The colours and the typeface that the system's own views draw with. Main thread, with an application
+/// object.
 class OstrelStyle {
 public:
     explicit OstrelStyle(ZOLThemePolicy::Mode mode);

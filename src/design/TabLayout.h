@@ -11,9 +11,10 @@ class QWidget;
 
 namespace ostrel {
 
-/// A label that breaks between words, as high as its text needs, `width` wide; 0 leaves the width to the layout.
-/// The text is shown as it is, never as markup.
-[[nodiscard]] QLabel* wrappingLabel(const QString& text, const QFont& font, const QColor& color, int width = 0);
+/// A label that breaks between words, as high as its text needs, `width` wide; 0 leaves the width to the
+/// layout. The text is shown as it is, never as markup.
+[[nodiscard]] QLabel* wrappingLabel(
+    const QString& text, const QFont& font, const QColor& color, int width = 0);
 
 /// A one-pixel horizontal rule.
 [[nodiscard]] QFrame* separator(const QColor& color);

@@ -11,8 +11,8 @@ class QPainter;
 
 namespace ostrel {
 
-/// Draws the mark as large as fits into the rectangle, centred. With a valid `signal` the tab is filled in that
-/// colour; without one the mark has a single colour and no filled part.
+/// Draws the mark as large as fits into the rectangle, centred. With a valid `signal` the tab is filled in
+/// that colour; without one the mark has a single colour and no filled part.
 void drawAppMark(QPainter& painter, const QRectF& rect, const QColor& ink, const QColor& signal);
 
 /// The mark as a picture of `size` by `size` pixels.

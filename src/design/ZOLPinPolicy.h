@@ -30,8 +30,8 @@ struct PinResolution {
     bool operator==(const PinResolution&) const = default;
 };
 
-/// Turns an old pin off once: panels used to be pinned without anybody having asked. After that the user's choice
-/// stands.
+/// Turns an old pin off once: panels used to be pinned without anybody having asked. After that the user's
+/// choice stands.
 [[nodiscard]] PinResolution resolve(std::optional<bool> stored, bool migrated);
 
 } // namespace ostrel::ZOLPinPolicy

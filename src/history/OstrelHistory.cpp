@@ -18,7 +18,8 @@ namespace {
 /// 1440 lines take under 100 kB; a file of this size isn't ours.
 constexpr std::size_t longestFile = std::size_t { 16 } * 1024 * 1024;
 
-/// A double beyond this has no fraction left, and a foreign line's 1e308 would print as 309 digits at every save.
+/// A double beyond this has no fraction left, and a foreign line's 1e308 would print as 309 digits at every
+/// save.
 constexpr double largestPrintedLoad = 1e15;
 
 constexpr std::int64_t minutesKept = OstrelHistory::capacity;
@@ -58,7 +59,8 @@ std::int64_t minus(std::int64_t a, std::int64_t b)
 
 std::string OstrelHistory::defaultPath(const std::string& home)
 {
-    return home.empty() ? std::string() : home + "/Library/Application Support/ostrel/dashboard-history.jsonl";
+    return home.empty() ? std::string()
+                        : home + "/Library/Application Support/ostrel/dashboard-history.jsonl";
 }
 
 std::int64_t OstrelHistory::minute(platform::Instant of)
@@ -90,7 +92,8 @@ void OstrelHistory::prune(std::int64_t now)
 {
     const std::int64_t cutoff = minus(now, minutesKept);
     std::size_t removed = 0;
-    while (removed < points.size() && (points[removed].minute <= cutoff || points.size() - removed > capacity))
+    while (
+        removed < points.size() && (points[removed].minute <= cutoff || points.size() - removed > capacity))
         ++removed;
     points.erase(points.begin(), points.begin() + static_cast<std::ptrdiff_t>(removed));
     restored = std::min(restored - std::min(restored, removed), points.size());
@@ -112,7 +115,8 @@ std::vector<OstrelHistory::Point> OstrelHistory::window(std::int64_t minutes) co
         return {};
     const std::int64_t before = minus(points.back().minute, minutes);
     std::vector<Point> shown;
-    std::ranges::copy_if(points, std::back_inserter(shown), [before](const Point& p) { return p.minute > before; });
+    std::ranges::copy_if(
+        points, std::back_inserter(shown), [before](const Point& p) { return p.minute > before; });
     return shown;
 }
 
@@ -122,7 +126,8 @@ std::optional<std::size_t> OstrelHistory::liveBoundary(std::int64_t minutes) con
         return std::nullopt;
     const std::int64_t firstLive = points[restored].minute;
     const auto shown = window(minutes);
-    const auto at = std::ranges::find_if(shown, [firstLive](const Point& p) { return p.minute >= firstLive; });
+    const auto at
+        = std::ranges::find_if(shown, [firstLive](const Point& p) { return p.minute >= firstLive; });
     if (at == shown.end() || at == shown.begin())
         return std::nullopt;
     return static_cast<std::size_t>(at - shown.begin());
@@ -145,8 +150,9 @@ std::string OstrelHistory::serialized() const
 {
     fmt::memory_buffer text;
     for (const Point& p : points)
-        fmt::format_to(std::back_inserter(text), R"({{"m":{},"cpu":{},"swap":{},"ram":{},"load":{:.2f}}})"
-                                                 "\n",
+        fmt::format_to(std::back_inserter(text),
+            R"({{"m":{},"cpu":{},"swap":{},"ram":{},"load":{:.2f}}})"
+            "\n",
             p.minute, p.cpu, p.swap, p.ram, std::clamp(p.load, -largestPrintedLoad, largestPrintedLoad));
     return fmt::to_string(text);
 }

@@ -13,8 +13,8 @@
 
 namespace ostrel {
 
-/// One point per minute of what the native tick saw, for at most 24 hours, kept in a small file. A plain value: a
-/// background job saves a copy.
+/// One point per minute of what the native tick saw, for at most 24 hours, kept in a small file. A plain
+/// value: a background job saves a copy.
 struct OstrelHistory {
     /// One minute. Percentages and the one-minute load average.
     struct Point {
@@ -34,8 +34,8 @@ struct OstrelHistory {
     /// The minute that an instant falls into.
     [[nodiscard]] static std::int64_t minute(platform::Instant of);
 
-    /// Keeps a reading. A second one within the minute replaces the first, one from an earlier minute is dropped. True
-    /// only when a new minute was opened: that is when the caller saves.
+    /// Keeps a reading. A second one within the minute replaces the first, one from an earlier minute is
+    /// dropped. True only when a new minute was opened: that is when the caller saves.
     bool record(std::int64_t cpu, std::int64_t swap, std::int64_t ram, double load, platform::Instant at);
     /// Drops what is older than 24 hours, and the oldest beyond the capacity.
     void prune(std::int64_t now);
@@ -49,8 +49,8 @@ struct OstrelHistory {
     /// Where in that window this run begins; nothing when all of it, or none, is of this run.
     [[nodiscard]] std::optional<std::size_t> liveBoundary(std::int64_t minutes) const;
 
-    /// The points of a file's text, ascending; two of one minute keep the file's order. A line that isn't a point, or
-    /// has a percentage beyond 64 bits, is skipped. Values aren't clamped.
+    /// The points of a file's text, ascending; two of one minute keep the file's order. A line that isn't a
+    /// point, or has a percentage beyond 64 bits, is skipped. Values aren't clamped.
     [[nodiscard]] static std::vector<Point> parse(std::string_view text);
     /// The whole file's text.
     [[nodiscard]] std::string serialized() const;
@@ -58,7 +58,8 @@ struct OstrelHistory {
     /// The history in the file; an empty one when the file can't be read or isn't UTF-8.
     [[nodiscard]] static OstrelHistory load(
         const platform::FileManager& files, const std::string& path, platform::Instant now);
-    /// Replaces the file, and makes its folder. A failure is ignored: the next minute tries again. Any thread.
+    /// Replaces the file, and makes its folder. A failure is ignored: the next minute tries again. Any
+    /// thread.
     void save(platform::FileManager& files, const std::string& path) const;
 
     std::vector<Point> points; ///< ascending by minute

@@ -43,8 +43,8 @@ private:
     OstrelStyle style_;
 };
 
-QWidget* card(const OstrelStyle& style, LiveRegistry& live, const std::string& caption, const std::string& key,
-    const std::string& subKey, const std::string& sub)
+QWidget* card(const OstrelStyle& style, LiveRegistry& live, const std::string& caption,
+    const std::string& key, const std::string& subKey, const std::string& sub)
 {
     auto* plate = new Plate(style);
     auto* column = new QVBoxLayout(plate);
@@ -69,13 +69,12 @@ void renderOverview(QVBoxLayout& body, const PanelState& state, const OstrelStyl
     const NativeStats native = state.tick.native();
     auto* cards = new QGridLayout;
     cards->setSpacing(cardGap);
-    const std::string processors
-        = fmt::format("{} cores · load {:.2f}", native.ncpu, native.load1);
+    const std::string processors = fmt::format("{} cores · load {:.2f}", native.ncpu, native.load1);
     cards->addWidget(card(style, live, "cpu", "cpu", "", processors), 0, 0);
     cards->addWidget(card(style, live, "memory", "mem", "mem-sub", ""), 0, 1);
     cards->addWidget(card(style, live, "swap", "swap", "swap-sub", ""), 1, 0);
-    cards->addWidget(card(style, live, "pressure " + std::string(pressureName(native.pressureLevel)), "free", "",
-                         "memory that nothing uses"),
+    cards->addWidget(card(style, live, "pressure " + std::string(pressureName(native.pressureLevel)), "free",
+                         "", "memory that nothing uses"),
         1, 1);
     cards->setColumnStretch(0, 1);
     cards->setColumnStretch(1, 1);

@@ -19,9 +19,10 @@ public:
     void clear();
 
     void setText(std::string_view key, std::string_view text) override;
-    void updateGauge(std::string_view key, double pct, std::optional<double> from, std::string_view level) override;
-    void applyGraph(
-        std::string_view key, const std::vector<double>& values, std::optional<std::size_t> boundary) override;
+    void updateGauge(
+        std::string_view key, double pct, std::optional<double> from, std::string_view level) override;
+    void applyGraph(std::string_view key, const std::vector<double>& values,
+        std::optional<std::size_t> boundary) override;
 
 private:
     std::multimap<std::string, QLabel*, std::less<>> labels_;

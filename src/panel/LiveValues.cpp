@@ -22,7 +22,8 @@ struct GaugeLimits {
     double crit;
 };
 
-constexpr std::array<GaugeLimits, 3> gauges { { { "cpu", 60, 85 }, { "memory", 70, 85 }, { "swap", 45, 70 } } };
+constexpr std::array<GaugeLimits, 3> gauges { { { "cpu", 60, 85 }, { "memory", 70, 85 },
+    { "swap", 45, 70 } } };
 
 struct GraphSource {
     std::string_view key;

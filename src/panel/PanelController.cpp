@@ -26,7 +26,8 @@ PanelController::PanelController(PanelFrame& frame, const platform::UserDefaults
 void PanelController::show()
 {
     if (!frame_.rootView())
-        frame_.makeContent(OstrelStyle(ZOLThemePolicy::load(defaults_)), [this](std::string_view reason) { close(reason); });
+        frame_.makeContent(
+            OstrelStyle(ZOLThemePolicy::load(defaults_)), [this](std::string_view reason) { close(reason); });
     QWidget& window = *frame_.rootView();
     const bool wasShown = frame_.shown();
     frame_.renderBody();

@@ -37,7 +37,8 @@ constexpr std::array builtModes { OstrelMode::overview, OstrelMode::processes };
 
 QPixmap markPixmap(const OstrelStyle& style, double ratio)
 {
-    const platform::Image image = appMarkImage(static_cast<int>(headerMarkSize * ratio), style.ink, style.red);
+    const platform::Image image
+        = appMarkImage(static_cast<int>(headerMarkSize * ratio), style.ink, style.red);
     const QImage pixels(reinterpret_cast<const uchar*>(image.pixels.data()), image.width, image.height,
         QImage::Format_ARGB32);
     QPixmap pixmap = QPixmap::fromImage(pixels);
@@ -85,7 +86,8 @@ void PanelFrame::makeContent(const OstrelStyle& style, std::function<void(std::s
     column->addWidget(separator(style_.hair));
     column->addWidget(makeBody(), 1);
     column->addWidget(separator(style_.hair));
-    const std::string footer = fmt::format("1 dashboard · 3 processes · esc close   {} · refreshes while open", appVersion);
+    const std::string footer
+        = fmt::format("1 dashboard · 3 processes · esc close   {} · refreshes while open", appVersion);
     column->addWidget(wrappingLabel(utf16(footer), OstrelStyle::mono(10), style_.muted, contentWidth));
 }
 
@@ -156,7 +158,8 @@ void PanelFrame::renderBody()
     auto* body = new QVBoxLayout(page);
     body->setContentsMargins(0, 0, 0, 0);
     body->setSpacing(0);
-    const BodyChoice choice = chooseBody(mode_, state_.snapshots.lastData(), state_.snapshots.backendLastSource());
+    const BodyChoice choice
+        = chooseBody(mode_, state_.snapshots.lastData(), state_.snapshots.backendLastSource());
     if (!choice.readout.empty())
         set(choice.readout);
     renderScreen(*body, choice.screen);
@@ -204,7 +207,8 @@ void PanelFrame::renderScreen(QVBoxLayout& body, BodyScreen screen)
         renderNotice(body, "Snapshot unavailable", state, true);
         break;
     case BodyScreen::empty:
-        renderNotice(body, "No snapshot yet", "Refresh to collect memory, process and session readings.", true);
+        renderNotice(
+            body, "No snapshot yet", "Refresh to collect memory, process and session readings.", true);
         break;
     case BodyScreen::stale: {
         const auto notice = fmt::format("Showing the last successful reading. {}", state);
@@ -255,8 +259,8 @@ void PanelFrame::refresh()
     const auto& data = state_.snapshots.lastData();
     if (!data || mode_ == OstrelMode::server || mode_ == OstrelMode::settings)
         return;
-    showReadout(readoutText(*data, state_.tick.native(), state_.tick.lastCPU(), state_.snapshots.snapshotAgeText(),
-                    state_.snapshots.snapshotIsStale()),
+    showReadout(readoutText(*data, state_.tick.native(), state_.tick.lastCPU(),
+                    state_.snapshots.snapshotAgeText(), state_.snapshots.snapshotIsStale()),
         style_.muted);
 }
 

@@ -23,8 +23,8 @@ namespace ostrel {
 
 class TabButton;
 
-/// The panel's one frame: header, tab strip, readout, scrolling body, footer. The body is built anew from state at
-/// each `renderBody`; before `makeContent` every call changes state only. Main thread.
+/// The panel's one frame: header, tab strip, readout, scrolling body, footer. The body is built anew from
+/// state at each `renderBody`; before `makeContent` every call changes state only. Main thread.
 class PanelFrame final : public PanelBody, public Readout {
 public:
     static constexpr int panelWidth = 760;

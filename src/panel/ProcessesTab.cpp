@@ -50,7 +50,8 @@ void addRow(QGridLayout& grid, int row, const OstrelData::Proc& proc, const Ostr
     grid.addWidget(cell(utf16(memLabel(proc.rss)), style, true, Qt::AlignRight), row, memory);
     grid.addWidget(cell(utf16(fmt::format("{:.1f}%", proc.cpu)), style, false, Qt::AlignRight), row, cpu);
     grid.addWidget(cell(utf16(proc.pid), style, false, Qt::AlignRight), row, pid);
-    grid.addWidget(new ElidedLabel(utf16(proc.name), OstrelStyle::mono(11, QFont::DemiBold), style.ink), row, name);
+    grid.addWidget(
+        new ElidedLabel(utf16(proc.name), OstrelStyle::mono(11, QFont::DemiBold), style.ink), row, name);
     grid.addWidget(new ElidedLabel(utf16(proc.cmd), OstrelStyle::mono(11), style.muted), row, command);
 }
 

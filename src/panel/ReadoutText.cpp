@@ -20,12 +20,13 @@ std::int64_t mcpCount(const OstrelData& data)
     return sum;
 }
 
-std::string readoutText(
-    const OstrelData& data, const NativeStats& native, double cpu, const std::optional<std::string>& age, bool stale)
+std::string readoutText(const OstrelData& data, const NativeStats& native, double cpu,
+    const std::optional<std::string>& age, bool stale)
 {
-    std::string text = fmt::format("now: cpu {}% · swap {}% · load {:.1f}   |   collector ({}): {} mcp / {} sess · {}",
-        rounded(cpu), native.swapPct(), native.load1, age.value_or("no snapshot yet"), mcpCount(data),
-        data.claudeSessions + data.codexSessions, data.verdict.level);
+    std::string text
+        = fmt::format("now: cpu {}% · swap {}% · load {:.1f}   |   collector ({}): {} mcp / {} sess · {}",
+            rounded(cpu), native.swapPct(), native.load1, age.value_or("no snapshot yet"), mcpCount(data),
+            data.claudeSessions + data.codexSessions, data.verdict.level);
     if (stale)
         text += " · stale, refresh to update";
     return text;

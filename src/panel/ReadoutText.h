@@ -14,7 +14,7 @@ namespace ostrel {
 [[nodiscard]] std::int64_t mcpCount(const OstrelData& data);
 
 /// The line over the body: what is live now, then what the collector said and how long ago.
-[[nodiscard]] std::string readoutText(
-    const OstrelData& data, const NativeStats& native, double cpu, const std::optional<std::string>& age, bool stale);
+[[nodiscard]] std::string readoutText(const OstrelData& data, const NativeStats& native, double cpu,
+    const std::optional<std::string>& age, bool stale);
 
 } // namespace ostrel

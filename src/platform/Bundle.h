@@ -12,7 +12,8 @@ class Bundle {
 public:
     virtual ~Bundle() = default;
 
-    /// The path of a resource file, for instance "collectors/ostrel.py"; nothing when the program came without it.
+    /// The path of a resource file, for instance "collectors/ostrel.py"; nothing when the program came
+    /// without it.
     [[nodiscard]] virtual std::optional<std::string> pathForResource(std::string_view name) const = 0;
 };
 

@@ -19,7 +19,7 @@ struct ChildRequest {
     std::string executable; ///< a path; no search path is consulted
     std::vector<std::string> arguments; ///< without the program's own name
     Environment environment;
-    std::optional<std::string> input; ///< fed to standard input; without it the child reads end of file at once
+    std::optional<std::string> input; ///< for standard input; without it that is at its end at once
     Seconds timeout { 8 }; ///< after which the child is asked to end
     Seconds killDelay { 0.5 }; ///< from asking to killing
 };
@@ -39,7 +39,8 @@ public:
     virtual ~ChildStop() = default;
 
     /// Asks the child and all that it started to end, and kills what is left `killDelay` later. Returns at
-    /// once. Does nothing to a child that has ended; a child that hasn't started yet ends right after its start.
+    /// once. Does nothing to a child that has ended; a child that hasn't started yet ends right after its
+    /// start.
     virtual void stop() = 0;
 };
 
@@ -55,7 +56,9 @@ public:
     /// Standard input, output and error are served together, so no full pipe can hang it. It returns when the
     /// child itself has ended: a grandchild that keeps the pipes open doesn't hold it. Never throws.
     /// `stop` comes from `makeStop` and serves one run.
-    [[nodiscard]] virtual ChildOutcome run(const ChildRequest& request, const std::shared_ptr<ChildStop>& stop) = 0;
+    [[nodiscard]] virtual ChildOutcome run(
+        const ChildRequest& request, const std::shared_ptr<ChildStop>& stop)
+        = 0;
 
     /// A copy of this process's own environment.
     [[nodiscard]] virtual Environment environment() const = 0;

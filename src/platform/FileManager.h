@@ -20,13 +20,16 @@ public:
     [[nodiscard]] virtual bool fileExists(const std::string& path) const = 0;
 
     /// The whole file. Nothing when it can't be read, isn't a regular file, or holds more than `limit` bytes.
-    [[nodiscard]] virtual std::optional<std::string> read(const std::string& path, std::size_t limit) const = 0;
+    [[nodiscard]] virtual std::optional<std::string> read(
+        const std::string& path, std::size_t limit) const = 0;
 
-    /// Makes the directory and its missing parents, for this user only (0700). True when it stands afterwards.
+    /// Makes the directory and its missing parents, for this user only (0700). True when it stands
+    /// afterwards.
     virtual bool createDirectories(const std::string& path) = 0;
 
-    /// Replaces the file's contents so that a reader, or a machine that loses power, finds the old contents or
-    /// the new, never a mixture. The file is readable by this user only (0600). False when nothing changed.
+    /// Replaces the file's contents so that a reader, or a machine that loses power, finds the old contents
+    /// or the new, never a mixture. The file is readable by this user only (0600). False when nothing
+    /// changed.
     virtual bool replace(const std::string& path, std::string_view contents) = 0;
 };
 

@@ -3,8 +3,8 @@
 
 namespace platform {
 
-/// A point in global screen coordinates: logical points, the origin at the primary display's lower left corner,
-/// y growing upward.
+/// A point in global screen coordinates: logical points, the origin at the primary display's lower left
+/// corner, y growing upward.
 struct Point {
     double x = 0;
     double y = 0;

@@ -6,7 +6,8 @@
 
 namespace platform {
 
-/// What the kernel says about memory, swap, load and pressure in one pass. A figure that it doesn't give is 0.
+/// What the kernel says about memory, swap, load and pressure in one pass. A figure that it doesn't give is
+/// 0.
 struct KernelReading {
     std::uint64_t swapTotalBytes = 0;
     std::uint64_t swapUsedBytes = 0;

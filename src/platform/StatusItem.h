@@ -49,7 +49,9 @@ public:
     virtual ~StatusBar() = default;
 
     /// A new item. `id` names it for the host and stays the same across runs; `title` is its readable name.
-    [[nodiscard]] virtual std::unique_ptr<StatusItem> makeItem(const std::string& id, const std::string& title) = 0;
+    [[nodiscard]] virtual std::unique_ptr<StatusItem> makeItem(
+        const std::string& id, const std::string& title)
+        = 0;
 };
 
 } // namespace platform

@@ -8,9 +8,9 @@
 
 namespace platform {
 
-/// A small persistent map from dotted keys to plain values. An absent key stays apart from every value; a value
-/// of another type than the one asked for reads as absent. Writes reach the disk before they return; when that
-/// fails the value holds in memory for the rest of the run. Main thread only.
+/// A small persistent map from dotted keys to plain values. An absent key stays apart from every value; a
+/// value of another type than the one asked for reads as absent. Writes reach the disk before they return;
+/// when that fails the value holds in memory for the rest of the run. Main thread only.
 class UserDefaults {
 public:
     virtual ~UserDefaults() = default;

@@ -27,7 +27,8 @@ std::optional<std::string> behind(std::span<const std::string> arguments, std::s
 
 Route parseArguments(std::span<const std::string> arguments)
 {
-    const auto has = [&](std::string_view name) { return std::ranges::find(arguments, name) != arguments.end(); };
+    const auto has
+        = [&](std::string_view name) { return std::ranges::find(arguments, name) != arguments.end(); };
     Route route;
     if (has("--self-test")) {
         route.kind = Route::Kind::selfTest;
@@ -60,8 +61,9 @@ Route parseArguments(std::span<const std::string> arguments)
 
 std::string usageMessage(const std::string& argument)
 {
-    return fmt::format("ostrel: unknown argument {}. Routes: --testbed show|hide|toggle, --readings, --self-test, "
-                       "--background\n",
+    return fmt::format(
+        "ostrel: unknown argument {}. Routes: --testbed show|hide|toggle, --readings, --self-test, "
+        "--background\n",
         argument);
 }
 

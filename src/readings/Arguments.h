@@ -27,8 +27,8 @@ struct Route {
     bool operator==(const Route&) const = default;
 };
 
-/// Reads the arguments behind the program's name, compared exactly. An argument with two dashes that nobody knows
-/// is refused, unless a route that only prints was asked for; one without is never refused.
+/// Reads the arguments behind the program's name, compared exactly. An argument with two dashes that nobody
+/// knows is refused, unless a route that only prints was asked for; one without is never refused.
 [[nodiscard]] Route parseArguments(std::span<const std::string> arguments);
 
 /// What an unknown argument gets on standard error, with its line break.

@@ -32,7 +32,8 @@ struct NativeStats {
 /// Reads memory, swap, load and pressure in one pass. Never blocks, never fails.
 [[nodiscard]] NativeStats readNativeStats(platform::Kernel& kernel);
 
-/// The word for a pressure level: "normal", "warn", "critical", "?" for any other; beyond 0…4 the nearest end.
+/// The word for a pressure level: "normal", "warn", "critical", "?" for any other; beyond 0…4 the nearest
+/// end.
 [[nodiscard]] std::string_view pressureName(int level);
 
 /// Where the values come from, as the panel states it beside them.

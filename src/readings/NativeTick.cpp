@@ -18,10 +18,11 @@ struct RefreshProfile {
 };
 
 constexpr RefreshProfile normalProfile { "normal", 5s, 15s };
-constexpr std::array<RefreshProfile, 3> profiles { { { "fast", 3s, 8s }, normalProfile, { "calm", 10s, 30s } } };
+constexpr std::array<RefreshProfile, 3> profiles { { { "fast", 3s, 8s }, normalProfile,
+    { "calm", 10s, 30s } } };
 
-/// Beyond this many periods without a tick the machine slept or the process was stopped: what was gathered before
-/// doesn't join on to what comes now.
+/// Beyond this many periods without a tick the machine slept or the process was stopped: what was gathered
+/// before doesn't join on to what comes now.
 constexpr double longestGapInPeriods = 2.5;
 
 template <typename T>

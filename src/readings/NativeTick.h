@@ -18,8 +18,9 @@
 
 namespace ostrel {
 
-/// The heartbeat: at each period it takes a native reading, keeps a short rolling record of it, and tells those
-/// who live by it. It runs from the start of the application to its end, with or without the panel. Main thread.
+/// The heartbeat: at each period it takes a native reading, keeps a short rolling record of it, and tells
+/// those who live by it. It runs from the start of the application to its end, with or without the panel.
+/// Main thread.
 class NativeTick {
 public:
     /// How many readings the rolling record holds.
@@ -56,7 +57,10 @@ public:
     /// The rolling record: one entry per tick in each, oldest first, cleared together after a gap.
     [[nodiscard]] const std::vector<std::int64_t>& cpuHistory() const { return cpuHistory_; }
     [[nodiscard]] const std::vector<std::int64_t>& swapHistory() const { return swapHistory_; }
-    [[nodiscard]] const std::vector<platform::Instant>& nativeSampleTimes() const { return nativeSampleTimes_; }
+    [[nodiscard]] const std::vector<platform::Instant>& nativeSampleTimes() const
+    {
+        return nativeSampleTimes_;
+    }
 
 private:
     platform::Kernel& kernel_;

@@ -47,7 +47,8 @@ TEST(Json, AcceptsOneWholeTextAndNothingElse)
         { "[" + std::string(std::size_t { 64 } * 1024 * 1024, ' ') + "]", false },
     };
     for (const auto& [text, accepted] : cases)
-        EXPECT_EQ(json::parse(text).has_value(), accepted) << text.substr(0, 80) << " of " << text.size() << " bytes";
+        EXPECT_EQ(json::parse(text).has_value(), accepted)
+            << text.substr(0, 80) << " of " << text.size() << " bytes";
 }
 
 TEST(Json, DepthIsCountedAlongOnePathNotOverTheWholeText)
@@ -114,7 +115,8 @@ TEST(Json, NumbersAreToldApart)
 
 TEST(Json, AWrongTypeReadsAsAbsent)
 {
-    const auto object = *json::parse(R"({"text":"t","number":1.5,"flag":false,"object":{},"array":[],"null":null})");
+    const auto object
+        = *json::parse(R"({"text":"t","number":1.5,"flag":false,"object":{},"array":[],"null":null})");
     for (const char* key : { "text", "number", "flag", "object", "array", "null", "absent" }) {
         const std::string_view name = key;
         EXPECT_EQ(json::text(object, key).has_value(), name == "text") << key;
@@ -135,7 +137,8 @@ TEST(Json, DumpNeverThrowsAndGivesOneLine)
 {
     json::Value value { { "bad", "a\xff\xfe" }, { "line", "a\nb" }, { "real", 0.1 }, { "huge", UINT64_MAX } };
     const std::string text = json::dump(value);
-    EXPECT_EQ(text, "{\"bad\":\"a\uFFFD\uFFFD\",\"huge\":18446744073709551615,\"line\":\"a\\nb\",\"real\":0.1}");
+    EXPECT_EQ(
+        text, "{\"bad\":\"a\uFFFD\uFFFD\",\"huge\":18446744073709551615,\"line\":\"a\\nb\",\"real\":0.1}");
     EXPECT_TRUE(json::parse(text));
 }
 

@@ -17,18 +17,18 @@ using namespace std::string_literals;
 TEST(Text, RoundsHalvesAwayFromZeroAndGivesZeroForWhatDoesNotFit)
 {
     constexpr double infinite = std::numeric_limits<double>::infinity();
-    const std::pair<double, std::int64_t> cases[] { { 0.5, 1 }, { 1.5, 2 }, { 2.5, 3 }, { -0.5, -1 }, { -2.5, -3 },
-        { 2.4999, 2 }, { 0.49999999999999994, 0 }, { -9223372036854775808.0, INT64_MIN },
-        { 9223372036854774784.0, 9223372036854774784 }, { 9223372036854775808.0, 0 }, { 1e308, 0 }, { infinite, 0 },
-        { -infinite, 0 }, { std::numeric_limits<double>::quiet_NaN(), 0 } };
+    const std::pair<double, std::int64_t> cases[] { { 0.5, 1 }, { 1.5, 2 }, { 2.5, 3 }, { -0.5, -1 },
+        { -2.5, -3 }, { 2.4999, 2 }, { 0.49999999999999994, 0 }, { -9223372036854775808.0, INT64_MIN },
+        { 9223372036854774784.0, 9223372036854774784 }, { 9223372036854775808.0, 0 }, { 1e308, 0 },
+        { infinite, 0 }, { -infinite, 0 }, { std::numeric_limits<double>::quiet_NaN(), 0 } };
     for (const auto& [value, whole] : cases)
         EXPECT_EQ(rounded(value), whole) << value;
 }
 
 TEST(Text, TrimsBothEndsOnly)
 {
-    const std::pair<std::string_view, std::string_view> cases[] { { "", "" }, { " \t\r\n\v\f", "" }, { "a", "a" },
-        { " a b\n", "a b" }, { "\n\na", "a" }, { "a\t ", "a" } };
+    const std::pair<std::string_view, std::string_view> cases[] { { "", "" }, { " \t\r\n\v\f", "" },
+        { "a", "a" }, { " a b\n", "a b" }, { "\n\na", "a" }, { "a\t ", "a" } };
     for (const auto& [text, rest] : cases)
         EXPECT_EQ(trimmed(text), rest);
 }
@@ -80,8 +80,8 @@ TEST(Text, JoinsWithTheSeparatorBetween)
 
 TEST(Text, SizesTurnToGigabytesAt1024)
 {
-    const std::pair<std::int64_t, std::string_view> cases[] { { 0, "0 mb" }, { 1023, "1023 mb" }, { 1024, "1.0 gb" },
-        { 1075, "1.0 gb" }, { 1076, "1.1 gb" }, { 49152, "48.0 gb" }, { -5, "-5 mb" } };
+    const std::pair<std::int64_t, std::string_view> cases[] { { 0, "0 mb" }, { 1023, "1023 mb" },
+        { 1024, "1.0 gb" }, { 1075, "1.0 gb" }, { 1076, "1.1 gb" }, { 49152, "48.0 gb" }, { -5, "-5 mb" } };
     for (const auto& [mb, label] : cases)
         EXPECT_EQ(memLabel(mb), label);
 }

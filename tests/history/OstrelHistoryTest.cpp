@@ -91,10 +91,12 @@ TEST(OstrelHistory, HoldsTheLast1440MinutesAndForgetsTheRestoredFirst)
         std::size_t restored;
     };
     const Case cases[] {
-        { "exactly 1440 old goes", filled(present - 1440, present - 1440 + 1, 2), present, 1, present - 1439, 1 },
+        { "exactly 1440 old goes", filled(present - 1440, present - 1440 + 1, 2), present, 1, present - 1439,
+            1 },
         { "1439 old stays", filled(present - 1439, present - 1439, 1), present, 1, present - 1439, 1 },
         { "full, nothing due", filled(present - 1439, present, 700), present, 1440, present - 1439, 700 },
-        { "too many of the future", filled(present, present + 1999, 2000), present, 1440, present + 560, 1440 },
+        { "too many of the future", filled(present, present + 1999, 2000), present, 1440, present + 560,
+            1440 },
         { "restored beyond the points", filled(present, present, 9), present, 1, present, 1 },
         { "all too old", filled(present - 9000, present - 8000, 500), present, 0, 0, 0 },
         { "nothing held", OstrelHistory(), present, 0, 0, 0 },
@@ -164,7 +166,8 @@ TEST(OstrelHistory, TheCaptionTellsTheRestoredFromThisRunsPoints)
             "120 min shown · 0 restored + 120 this run · 301 min kept of 1440" },
         { "all of this run", filled(present - 1439, present, 0), {},
             "120 min shown · 0 restored + 120 this run · 1440 min kept of 1440" },
-        { "restored before a sleep", sleeper, {}, "31 min shown · 0 restored + 31 this run · 131 min kept of 1440" },
+        { "restored before a sleep", sleeper, {},
+            "31 min shown · 0 restored + 31 this run · 131 min kept of 1440" },
         { "two of one minute", twice, {}, "1 min shown · 2 restored + 0 this run · 2 min kept of 1440" },
     };
     for (const Case& c : cases) {
@@ -239,14 +242,16 @@ TEST(OstrelHistory, LinesOutOfOrderAreSortedAndEqualMinutesKeepTheirOrder)
     std::vector<std::pair<std::int64_t, std::int64_t>> order;
     for (const auto& point : points)
         order.emplace_back(point.minute, point.cpu);
-    EXPECT_EQ(order, (std::vector<std::pair<std::int64_t, std::int64_t>> { { 1, 2 }, { 2, 4 }, { 3, 1 }, { 3, 3 } }));
+    EXPECT_EQ(order,
+        (std::vector<std::pair<std::int64_t, std::int64_t>> { { 1, 2 }, { 2, 4 }, { 3, 1 }, { 3, 3 } }));
 }
 
 TEST(OstrelHistory, EachPointIsOneLineInTheFixedOrderWithTwoDecimals)
 {
     OstrelHistory history;
     EXPECT_EQ(history.serialized(), "");
-    history.points = { { 28'000'000, 1, 2, 3, 1.005 }, { 28'000'001, 100, 0, 60, 12.999 }, { -1, -2, 0, 0, 1e308 } };
+    history.points
+        = { { 28'000'000, 1, 2, 3, 1.005 }, { 28'000'001, 100, 0, 60, 12.999 }, { -1, -2, 0, 0, 1e308 } };
     EXPECT_EQ(history.serialized(),
         "{\"m\":28000000,\"cpu\":1,\"swap\":2,\"ram\":3,\"load\":1.00}\n"
         "{\"m\":28000001,\"cpu\":100,\"swap\":0,\"ram\":60,\"load\":13.00}\n"
@@ -288,7 +293,8 @@ TEST(OstrelHistory, AFileThatIsNoTextOrMissingGivesAnEmptyHistory)
 {
     FakeFileManager files;
     const std::string line = "{\"m\":28000000}\n";
-    files.contents = { { "/bad", line + "\xff\n" }, { "/good", line }, { "/huge", std::string(17'000'000, '\n') } };
+    files.contents
+        = { { "/bad", line + "\xff\n" }, { "/good", line }, { "/huge", std::string(17'000'000, '\n') } };
     for (const char* path : { "/bad", "/absent", "/huge", "" }) {
         const OstrelHistory history = OstrelHistory::load(files, path, at(present));
         EXPECT_TRUE(history.points.empty()) << path;

@@ -8,8 +8,8 @@
 #include <utility>
 #include <vector>
 
-/// Children that never start: each run is recorded and answered with the next prepared outcome, or with a silent
-/// success when none is left.
+/// Children that never start: each run is recorded and answered with the next prepared outcome, or with a
+/// silent success when none is left.
 class FakeChildProcess final : public platform::ChildProcess {
 public:
     struct Stop final : platform::ChildStop {

@@ -15,7 +15,10 @@ public:
     using Value = std::variant<bool, double, std::string, std::vector<std::string>, Bytes>;
 
     [[nodiscard]] std::optional<bool> boolean(std::string_view key) const override { return get<bool>(key); }
-    [[nodiscard]] std::optional<double> number(std::string_view key) const override { return get<double>(key); }
+    [[nodiscard]] std::optional<double> number(std::string_view key) const override
+    {
+        return get<double>(key);
+    }
     [[nodiscard]] std::optional<std::string> text(std::string_view key) const override
     {
         return get<std::string>(key);
@@ -30,8 +33,14 @@ public:
         return stored ? std::optional(stored->value) : std::nullopt;
     }
 
-    void setBoolean(std::string_view key, bool value) override { values.insert_or_assign(std::string(key), value); }
-    void setNumber(std::string_view key, double value) override { values.insert_or_assign(std::string(key), value); }
+    void setBoolean(std::string_view key, bool value) override
+    {
+        values.insert_or_assign(std::string(key), value);
+    }
+    void setNumber(std::string_view key, double value) override
+    {
+        values.insert_or_assign(std::string(key), value);
+    }
     void setText(std::string_view key, std::string_view value) override
     {
         values.insert_or_assign(std::string(key), std::string(value));

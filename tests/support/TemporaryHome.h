@@ -9,8 +9,9 @@
 #include <optional>
 #include <string>
 
-/// A folder that is $HOME while this lives. The base directories that could lead out of it are unset meanwhile. Children
-/// started then see the same. One at a time, and while no other thread reads the environment.
+/// A folder that is $HOME while this lives. The base directories that could lead out of it are unset
+/// meanwhile. Children started then see the same. One at a time, and while no other thread reads the
+/// environment.
 class TemporaryHome : public TemporaryFolder {
 public:
     TemporaryHome()
@@ -33,8 +34,8 @@ public:
     }
 
 private:
-    static constexpr std::array names { "HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_STATE_HOME", "XDG_CACHE_HOME",
-        "XDG_RUNTIME_DIR" };
+    static constexpr std::array names { "HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_STATE_HOME",
+        "XDG_CACHE_HOME", "XDG_RUNTIME_DIR" };
 
     std::array<std::optional<std::string>, names.size()> before_;
 };

@@ -13,8 +13,8 @@
 #include <memory>
 #include <utility>
 
-/// The main thread's clock, queue and timers in a time that only the test moves. Due work runs in the order of its
-/// instants; what falls on one instant runs in the order in which it was made.
+/// The main thread's clock, queue and timers in a time that only the test moves. Due work runs in the order
+/// of its instants; what falls on one instant runs in the order in which it was made.
 class VirtualTime final : public platform::Clock, public platform::MainQueue, public platform::RunLoop {
 public:
     using Instant = platform::Instant;
@@ -31,7 +31,8 @@ public:
 
     void postAfter(Seconds delay, platform::Job job) override { due_.emplace(later(delay), std::move(job)); }
 
-    [[nodiscard]] std::unique_ptr<platform::Timer> scheduleRepeating(Seconds period, platform::Job job) override
+    [[nodiscard]] std::unique_ptr<platform::Timer> scheduleRepeating(
+        Seconds period, platform::Job job) override
     {
         auto running = std::make_shared<Repeating>(Repeating { period, std::move(job) });
         plan(running);
@@ -103,7 +104,10 @@ private:
         });
     }
 
-    [[nodiscard]] Instant later(Seconds by) const { return now_ + std::chrono::duration_cast<Instant::duration>(by); }
+    [[nodiscard]] Instant later(Seconds by) const
+    {
+        return now_ + std::chrono::duration_cast<Instant::duration>(by);
+    }
 
     Instant now_;
     std::deque<platform::Job> posted_;

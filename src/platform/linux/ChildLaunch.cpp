@@ -17,7 +17,8 @@ namespace {
 
 constexpr int firstFreeDescriptor = 3;
 
-/// Both ends of a pipe, neither of them 0, 1 or 2, so that placing one child stream can't overwrite another's end.
+/// Both ends of a pipe, neither of them 0, 1 or 2, so that placing one child stream can't overwrite another's
+/// end.
 struct Pipe {
     UniqueFd read;
     UniqueFd write;

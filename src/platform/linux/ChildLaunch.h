@@ -19,7 +19,8 @@ struct LaunchedChild {
     UniqueFd errorOutput;
 };
 
-/// Starts the child; nothing when it can't be started, with the system's message in `error`, always in English.
+/// Starts the child; nothing when it can't be started, with the system's message in `error`, always in
+/// English.
 [[nodiscard]] std::optional<LaunchedChild> launchChild(const ChildRequest& request, std::string& error);
 
 } // namespace platform

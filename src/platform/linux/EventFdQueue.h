@@ -10,8 +10,8 @@
 
 namespace platform {
 
-/// The heart of a main queue: jobs in order, and a descriptor that becomes readable while some are waiting, for
-/// whatever event loop the thread runs.
+/// The heart of a main queue: jobs in order, and a descriptor that becomes readable while some are waiting,
+/// for whatever event loop the thread runs.
 class EventFdQueue {
 public:
     EventFdQueue();

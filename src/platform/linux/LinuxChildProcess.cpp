@@ -27,15 +27,16 @@ namespace {
 
 using SteadyClock = std::chrono::steady_clock;
 
-/// A descriptor that becomes readable when the child ends; none on kernels before 5.3. The C library's own declaration
-/// isn't usable from C++ in version 2.36.
+/// A descriptor that becomes readable when the child ends; none on kernels before 5.3. The C library's own
+/// declaration isn't usable from C++ in version 2.36.
 UniqueFd openPidfd(pid_t pid) { return UniqueFd(static_cast<int>(::syscall(SYS_pidfd_open, pid, 0))); }
 
 /// How often a child is looked at where the kernel gives no descriptor for it.
 constexpr int pollWithoutPidfd = 20;
 
-/// The hand on a child, shared by the thread that serves it and those that may stop it. The lock keeps a signal from
-/// reaching a number that the kernel has given to somebody else: the child isn't reaped while a signal is on its way.
+/// The hand on a child, shared by the thread that serves it and those that may stop it. The lock keeps a
+/// signal from reaching a number that the kernel has given to somebody else: the child isn't reaped while a
+/// signal is on its way.
 class LinuxChildStop final : public ChildStop {
 public:
     LinuxChildStop()
@@ -76,8 +77,8 @@ public:
         signalGroup(SIGKILL);
     }
 
-    /// Takes the ended child off the kernel's list and gives its status. When it had been asked to end, what is left
-    /// of its group is killed first, while its number is still its own.
+    /// Takes the ended child off the kernel's list and gives its status. When it had been asked to end, what
+    /// is left of its group is killed first, while its number is still its own.
     int reap()
     {
         const std::lock_guard lock(mutex_);
@@ -109,7 +110,8 @@ private:
     bool requested_ = false;
 };
 
-/// Keeps this thread from being told by a signal that the child no longer reads: the failing write says so too.
+/// Keeps this thread from being told by a signal that the child no longer reads: the failing write says so
+/// too.
 class PipeSignalGuard {
 public:
     PipeSignalGuard()
@@ -140,7 +142,8 @@ private:
 /// Serves one running child until it has ended.
 class Service {
 public:
-    Service(const ChildRequest& request, LaunchedChild child, LinuxChildStop& stop, SteadyClock::time_point begin)
+    Service(
+        const ChildRequest& request, LaunchedChild child, LinuxChildStop& stop, SteadyClock::time_point begin)
         : request_(request)
         , child_(std::move(child))
         , stop_(stop)
@@ -238,7 +241,8 @@ private:
             from.reset();
     }
 
-    /// What stood in the pipe when the child had ended. No more than that: a grandchild may go on writing for ever.
+    /// What stood in the pipe when the child had ended. No more than that: a grandchild may go on writing for
+    /// ever.
     void readWhatIsThere(UniqueFd& from, std::string& into)
     {
         int waiting = 0;

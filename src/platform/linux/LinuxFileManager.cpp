@@ -59,8 +59,8 @@ bool isTemporaryOf(std::string_view name, std::string_view target)
         && isNumber(middle.substr(second + 1));
 }
 
-/// Removes what killed writers left beside the target. A writer holds a lock on its temporary file until it is renamed,
-/// so the one that can be locked has no writer any more, whatever became of its process number.
+/// Removes what killed writers left beside the target. A writer holds a lock on its temporary file until it
+/// is renamed, so the one that can be locked has no writer any more, whatever became of its process number.
 void removeLeftovers(const std::string& folder, const std::string& target)
 {
     const std::unique_ptr<DIR, int (*)(DIR*)> entries(::opendir(folder.c_str()), &::closedir);
@@ -71,9 +71,10 @@ void removeLeftovers(const std::string& folder, const std::string& target)
         if (!isTemporaryOf(entry->d_name, target))
             continue;
         const UniqueFd file(::openat(within, entry->d_name, O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC));
-        struct stat opened {};
-        struct stat named {};
-        // A writer that has just finished makes way for another of the same name: it is the name that is removed.
+        struct stat opened { };
+        struct stat named { };
+        // A writer that has just finished makes way for another of the same name: it is the name that is
+        // removed.
         if (file && ::flock(file.get(), LOCK_EX | LOCK_NB) == 0 && ::fstat(file.get(), &opened) == 0
             && S_ISREG(opened.st_mode) && ::fstatat(within, entry->d_name, &named, AT_SYMLINK_NOFOLLOW) == 0
             && opened.st_ino == named.st_ino)
@@ -81,15 +82,15 @@ void removeLeftovers(const std::string& folder, const std::string& target)
     }
 }
 
-/// The file that a replacement goes to: what the path's link leads to when that is a regular file of this user's, else
-/// the path.
+/// The file that a replacement goes to: what the path's link leads to when that is a regular file of this
+/// user's, else the path.
 std::string replacementTarget(const std::string& path)
 {
-    struct stat link {};
+    struct stat link { };
     if (::lstat(path.c_str(), &link) != 0 || !S_ISLNK(link.st_mode))
         return path;
     const std::unique_ptr<char, void (*)(void*)> resolved(::realpath(path.c_str(), nullptr), &std::free);
-    struct stat file {};
+    struct stat file { };
     if (!resolved || ::lstat(resolved.get(), &file) != 0 || !S_ISREG(file.st_mode)
         || file.st_uid != ::geteuid())
         return path;
@@ -98,17 +99,19 @@ std::string replacementTarget(const std::string& path)
 
 std::string temporaryPath(const std::string& target, std::uint64_t number)
 {
-    return target + "." + std::to_string(::getpid()) + "." + std::to_string(number) + std::string(temporaryEnd);
+    return target + "." + std::to_string(::getpid()) + "." + std::to_string(number)
+        + std::string(temporaryEnd);
 }
 
-/// Makes a file of that name that nobody else has, locked for as long as it is open; none when it can't be made.
+/// Makes a file of that name that nobody else has, locked for as long as it is open; none when it can't be
+/// made.
 UniqueFd makeTemporary(const std::string& path)
 {
     UniqueFd file(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
     // Where the file system has no locks, nobody takes the file for a leftover either.
     if (file)
         ::flock(file.get(), LOCK_EX);
-    struct stat made {};
+    struct stat made { };
     // Another writer's clearing up may have come between the making and the locking.
     if (file && (::fstat(file.get(), &made) != 0 || made.st_nlink == 0)) {
         file.reset();
@@ -138,7 +141,7 @@ std::string LinuxFileManager::homeDirectory() const
 
 bool LinuxFileManager::fileExists(const std::string& path) const
 {
-    struct stat file {};
+    struct stat file { };
     return ::stat(path.c_str(), &file) == 0 && !S_ISDIR(file.st_mode) && ::access(path.c_str(), R_OK) == 0;
 }
 
@@ -146,7 +149,7 @@ std::optional<std::string> LinuxFileManager::read(const std::string& path, std::
 {
     // A pipe or a device in the file's place must not hold the caller.
     const UniqueFd file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-    struct stat about {};
+    struct stat about { };
     if (!file || ::fstat(file.get(), &about) != 0 || !S_ISREG(about.st_mode))
         return std::nullopt;
     std::string text;
@@ -169,12 +172,12 @@ bool LinuxFileManager::createDirectories(const std::string& path)
 {
     if (path.empty())
         return false;
-    for (std::size_t slash = path.find('/', 1); ; slash = path.find('/', slash + 1)) {
+    for (std::size_t slash = path.find('/', 1);; slash = path.find('/', slash + 1)) {
         ::mkdir(path.substr(0, slash).c_str(), 0700);
         if (slash == std::string::npos)
             break;
     }
-    struct stat folder {};
+    struct stat folder { };
     return ::stat(path.c_str(), &folder) == 0 && S_ISDIR(folder.st_mode);
 }
 

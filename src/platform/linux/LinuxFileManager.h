@@ -10,11 +10,11 @@ namespace platform {
 
 /// The machine's files.
 ///
-/// A replacement is written to "{path}.{pid}.{n}.tmp" beside the target, flushed to the disk, and renamed over it. What a
-/// killed process left behind under such a name is removed by the next replacement of the same target, from whichever
-/// process that comes. A target that is a symbolic link to a regular file of this user's keeps being a link, as the
-/// settings of those who keep them elsewhere need it: the file behind it is replaced. Any other link, a dangling one
-/// too, is itself replaced.
+/// A replacement is written to "{path}.{pid}.{n}.tmp" beside the target, flushed to the disk, and renamed
+/// over it. What a killed process left behind under such a name is removed by the next replacement of the
+/// same target, from whichever process that comes. A target that is a symbolic link to a regular file of this
+/// user's keeps being a link, as the settings of those who keep them elsewhere need it: the file behind it is
+/// replaced. Any other link, a dangling one too, is itself replaced.
 class LinuxFileManager final : public FileManager {
 public:
     /// $HOME, or else the password database; only an absolute path counts.

@@ -28,7 +28,10 @@ struct LinuxGlobalQueue::Pool {
     std::size_t idle = 0;
     bool closed = false;
 
-    [[nodiscard]] std::size_t count() const { return waiting[0].size() + waiting[1].size() + waiting[2].size(); }
+    [[nodiscard]] std::size_t count() const
+    {
+        return waiting[0].size() + waiting[1].size() + waiting[2].size();
+    }
 
     Job take()
     {
@@ -48,8 +51,8 @@ struct LinuxGlobalQueue::Pool {
         std::unique_lock lock(pool->mutex);
         while (true) {
             ++pool->idle;
-            const bool more = pool->work.wait_for(
-                lock, idleLife, [&pool] { return pool->closed || pool->count() > 0; });
+            const bool more
+                = pool->work.wait_for(lock, idleLife, [&pool] { return pool->closed || pool->count() > 0; });
             --pool->idle;
             if (!more || pool->closed)
                 break;

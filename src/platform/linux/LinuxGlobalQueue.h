@@ -8,8 +8,9 @@
 
 namespace platform {
 
-/// A pool of threads that grows while its jobs block and shrinks when it is idle. Nothing is ever joined: the process
-/// may end while jobs still wait for children. Jobs that haven't started when the queue goes are dropped.
+/// A pool of threads that grows while its jobs block and shrinks when it is idle. Nothing is ever joined: the
+/// process may end while jobs still wait for children. Jobs that haven't started when the queue goes are
+/// dropped.
 class LinuxGlobalQueue final : public GlobalQueue {
 public:
     /// Beyond this many threads a job waits for its turn, by priority.

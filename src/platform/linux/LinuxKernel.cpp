@@ -71,7 +71,8 @@ KernelReading LinuxKernel::read()
     reading.freeBytes = memory.memFree.value_or(0) * bytesPerKiB;
     reading.load1 = parseLeadingNumber(loadAverage_.read(buffer_));
     reading.activeProcessorCount = activeProcessors();
-    pressureLevel_ = pressureLevel(parseMemoryStall(memoryStall_.read(buffer_)), memory.headroom(), pressureLevel_);
+    pressureLevel_
+        = pressureLevel(parseMemoryStall(memoryStall_.read(buffer_)), memory.headroom(), pressureLevel_);
     reading.pressureLevel = pressureLevel_;
     return reading;
 }

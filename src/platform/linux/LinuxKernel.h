@@ -9,8 +9,8 @@
 
 namespace platform {
 
-/// The running kernel, read through files of /proc that stay open between readings. Allocates nothing after its
-/// first reading.
+/// The running kernel, read through files of /proc that stay open between readings. Allocates nothing after
+/// its first reading.
 class LinuxKernel final : public Kernel {
 public:
     /// `procRoot` is where the files stand, without a trailing slash.
@@ -23,8 +23,8 @@ public:
     [[nodiscard]] std::optional<CpuTicks> cpuTicks() override;
 
 private:
-    /// One file that is opened on its first read and read again from its start each time. A file that can't be
-    /// opened or read gives an empty text and is tried again at the next reading.
+    /// One file that is opened on its first read and read again from its start each time. A file that can't
+    /// be opened or read gives an empty text and is tried again at the next reading.
     class KeptFile {
     public:
         explicit KeptFile(std::string path);

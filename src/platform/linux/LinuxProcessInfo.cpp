@@ -68,7 +68,8 @@ std::string prettyOsName(std::string_view osRelease)
         if (!line.starts_with(key))
             continue;
         auto value = line.substr(key.size());
-        if (value.size() >= 2 && (value.front() == '"' || value.front() == '\'') && value.back() == value.front())
+        if (value.size() >= 2 && (value.front() == '"' || value.front() == '\'')
+            && value.back() == value.front())
             value = value.substr(1, value.size() - 2);
         std::string name;
         for (std::size_t at = 0; at < value.size(); ++at) {
@@ -104,8 +105,8 @@ std::optional<ThermalState> LinuxProcessInfo::thermalState() const
 {
     std::optional<ThermalState> worst;
     std::error_code error;
-    for (std::filesystem::directory_iterator entry(root_ + "/sys/class/thermal", error), end; !error && entry != end;
-         entry.increment(error)) {
+    for (std::filesystem::directory_iterator entry(root_ + "/sys/class/thermal", error), end;
+         !error && entry != end; entry.increment(error)) {
         if (!entry->path().filename().string().starts_with("thermal_zone"))
             continue;
         if (const auto state = zoneState(entry->path().string()))

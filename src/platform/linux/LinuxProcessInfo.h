@@ -18,8 +18,8 @@ public:
     [[nodiscard]] std::string operatingSystemVersionString() const override;
     [[nodiscard]] double systemUptime() const override;
 
-    /// The worst zone: critical from its hot or critical trip point up, serious from its passive one, fair within
-    /// five degrees below that.
+    /// The worst zone: critical from its hot or critical trip point up, serious from its passive one, fair
+    /// within five degrees below that.
     [[nodiscard]] std::optional<ThermalState> thermalState() const override;
     [[nodiscard]] std::optional<bool> isLowPowerModeEnabled() const override;
     [[nodiscard]] int activeProcessorCount() const override;

@@ -35,7 +35,7 @@ using FileStamp = std::tuple<dev_t, ino_t, off_t, time_t, long>;
 
 FileStamp stampOf(const std::string& path)
 {
-    struct stat file {};
+    struct stat file { };
     if (::stat(path.c_str(), &file) != 0)
         return {};
     return { file.st_dev, file.st_ino, file.st_size, file.st_mtim.tv_sec, file.st_mtim.tv_nsec };
@@ -184,7 +184,10 @@ void LinuxUserDefaults::setNumber(std::string_view key, double value)
         store_->change(key, Value(value));
 }
 
-void LinuxUserDefaults::setText(std::string_view key, std::string_view value) { store_->change(key, Value(value)); }
+void LinuxUserDefaults::setText(std::string_view key, std::string_view value)
+{
+    store_->change(key, Value(value));
+}
 
 void LinuxUserDefaults::setTextArray(std::string_view key, const std::vector<std::string>& value)
 {

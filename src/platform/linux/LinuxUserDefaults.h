@@ -11,11 +11,11 @@ namespace platform {
 
 /// Settings as one JSON object per suite, at "{home}/.config/zol-mini-apps/{suite}.json".
 ///
-/// Each write takes a lock file, reads the file afresh, changes its one key and replaces the file, so that two
-/// processes don't lose each other's keys; when the lock isn't had within a fifth of a second it writes all the same.
-/// A file that isn't a JSON object counts as empty and is kept beside as "{suite}.json.corrupt", later ones with a
-/// number behind. Values of kinds that nobody asks for stay in the file. Without a home, or on a disk that takes no
-/// writes, the values hold in memory.
+/// Each write takes a lock file, reads the file afresh, changes its one key and replaces the file, so that
+/// two processes don't lose each other's keys; when the lock isn't had within a fifth of a second it writes
+/// all the same. A file that isn't a JSON object counts as empty and is kept beside as
+/// "{suite}.json.corrupt", later ones with a number behind. Values of kinds that nobody asks for stay in the
+/// file. Without a home, or on a disk that takes no writes, the values hold in memory.
 class LinuxUserDefaults final : public UserDefaults {
 public:
     /// `files` must outlive the settings.

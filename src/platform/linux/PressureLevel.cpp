@@ -25,7 +25,8 @@ struct Row {
 };
 
 /// 10 % of some is the 200 ms in 2 s that service managers act on; the 0.5 gate on available memory and the
-/// full stall figures are those of the user-space memory monitors in common use. Kill thresholds lie far above.
+/// full stall figures are those of the user-space memory monitors in common use. Kill thresholds lie far
+/// above.
 constexpr std::array<Row, 6> reached { {
     { 4, none, 10, 0.20, any },
     { 4, none, none, 0.04, any },
@@ -44,12 +45,14 @@ constexpr std::array<Row, 6> held { {
     { 2, none, none, 0.14, 0.30 },
 } };
 
-bool holds(const Row& row, const std::optional<MemoryStall>& stall, const std::optional<MemoryHeadroom>& headroom)
+bool holds(
+    const Row& row, const std::optional<MemoryStall>& stall, const std::optional<MemoryHeadroom>& headroom)
 {
     if (row.asksStall() && (!stall || stall->some10 < row.someAtLeast || stall->full10 < row.fullAtLeast))
         return false;
     if (headroom)
-        return headroom->available < row.availableBelow && (!row.asksSwap() || headroom->swapFree < row.swapFreeBelow);
+        return headroom->available < row.availableBelow
+            && (!row.asksSwap() || headroom->swapFree < row.swapFreeBelow);
     // Without memory figures a stall stands for itself; the rows that weigh the swap can't be judged.
     return row.asksStall() && !row.asksSwap();
 }

@@ -20,9 +20,9 @@ struct MemoryHeadroom {
 
 /// The memory-pressure level: 1 normal, 2 warning, 4 critical, 0 when neither source can be read.
 ///
-/// Neither source is trusted alone: stalls also come from reclaim after a big copy on a machine with plenty of
-/// room, and a machine can run full and healthy for days. A level once reached is held, through `previous`,
-/// until its own lower release thresholds are passed, so that it doesn't flicker.
+/// Neither source is trusted alone: stalls also come from reclaim after a big copy on a machine with plenty
+/// of room, and a machine can run full and healthy for days. A level once reached is held, through
+/// `previous`, until its own lower release thresholds are passed, so that it doesn't flicker.
 [[nodiscard]] int pressureLevel(
     const std::optional<MemoryStall>& stall, const std::optional<MemoryHeadroom>& headroom, int previous);
 

@@ -83,8 +83,9 @@ std::optional<MemoryHeadroom> MemInfo::headroom() const
 {
     if (!memTotal || *memTotal == 0 || (!memAvailable && !memFree))
         return std::nullopt;
-    const std::uint64_t available
-        = memAvailable ? *memAvailable : *memFree + buffers.value_or(0) + minus(cached.value_or(0), shmem.value_or(0));
+    const std::uint64_t available = memAvailable
+        ? *memAvailable
+        : *memFree + buffers.value_or(0) + minus(cached.value_or(0), shmem.value_or(0));
     const auto share = [](std::uint64_t part, std::uint64_t whole) {
         return whole == 0 ? 0.0 : static_cast<double>(part) / static_cast<double>(whole);
     };

@@ -10,8 +10,8 @@
 
 namespace platform {
 
-/// The fields of /proc/meminfo that the readings need, in KiB. A field that is missing, negative, not a number or
-/// beyond 2^53 is absent.
+/// The fields of /proc/meminfo that the readings need, in KiB. A field that is missing, negative, not a
+/// number or beyond 2^53 is absent.
 struct MemInfo {
     std::optional<std::uint64_t> memTotal;
     std::optional<std::uint64_t> memFree;
@@ -24,12 +24,13 @@ struct MemInfo {
     std::optional<std::uint64_t> swapFree;
 
     /// Memory that can't be had back without swapping: neither free, nor file cache, nor reclaimable kernel
-    /// memory. New anonymous pages start on the kernel's inactive list, so its Active counter would miss memory
-    /// that was just taken. 0 when the total or the free memory is unknown.
+    /// memory. New anonymous pages start on the kernel's inactive list, so its Active counter would miss
+    /// memory that was just taken. 0 when the total or the free memory is unknown.
     [[nodiscard]] std::uint64_t usedKiB() const;
     /// Swap in use; 0 when unknown.
     [[nodiscard]] std::uint64_t swapUsedKiB() const;
-    /// Nothing when the total is unknown or 0. Before MemAvailable existed, free memory and caches stand for it.
+    /// Nothing when the total is unknown or 0. Before MemAvailable existed, free memory and caches stand for
+    /// it.
     [[nodiscard]] std::optional<MemoryHeadroom> headroom() const;
 };
 
@@ -44,14 +45,15 @@ struct CpuTimes {
     std::uint64_t nice = 0;
 };
 
-/// The first line of /proc/stat. Nothing unless it is the machine's line with at least its four classic fields.
+/// The first line of /proc/stat. Nothing unless it is the machine's line with at least its four classic
+/// fields.
 [[nodiscard]] std::optional<CpuTimes> parseCpuLine(std::string_view text);
 
 /// /proc/pressure/memory. Nothing unless both lines carry a sound avg10.
 [[nodiscard]] std::optional<MemoryStall> parseMemoryStall(std::string_view text);
 
-/// The first number of a text such as /proc/loadavg or /proc/uptime; 0 when there is none, or it is negative or
-/// not finite.
+/// The first number of a text such as /proc/loadavg or /proc/uptime; 0 when there is none, or it is negative
+/// or not finite.
 [[nodiscard]] double parseLeadingNumber(std::string_view text);
 
 } // namespace platform

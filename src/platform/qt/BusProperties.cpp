@@ -14,7 +14,8 @@ QDBusMessage answerPropertiesCall(
         return message.createErrorReply(QDBusError::UnknownMethod, "The properties can't be changed.");
     const QString asked = message.arguments().constFirst().toString();
     if (!asked.isEmpty() && asked != interface)
-        return message.createErrorReply(QDBusError::UnknownInterface, "There is no interface " + asked + " here.");
+        return message.createErrorReply(
+            QDBusError::UnknownInterface, "There is no interface " + asked + " here.");
     if (call == "GetAll(s)")
         return message.createReply(properties);
     const QString name = message.arguments().constLast().toString();

@@ -101,8 +101,8 @@ QVariantMap DBusMenuModel::properties(int id, const QStringList& names) const
     if (row == rows_.end())
         return {};
     const bool hasChildren = !row->second.children.empty();
-    QVariantMap all
-        = id == root ? QVariantMap { { "children-display", "submenu" } } : describe(row->second.item, hasChildren);
+    QVariantMap all = id == root ? QVariantMap { { "children-display", "submenu" } }
+                                 : describe(row->second.item, hasChildren);
     if (names.isEmpty())
         return all;
     QVariantMap wanted;

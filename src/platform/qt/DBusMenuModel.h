@@ -11,8 +11,8 @@
 
 namespace platform {
 
-/// A menu as the bus sees it: rows with numbers. The numbers stay while the menu keeps its shape; a menu of another
-/// shape gets new ones, so a press on a row that is gone can't reach another row.
+/// A menu as the bus sees it: rows with numbers. The numbers stay while the menu keeps its shape; a menu of
+/// another shape gets new ones, so a press on a row that is gone can't reach another row.
 class DBusMenuModel {
 public:
     static constexpr int root = 0;
@@ -31,7 +31,8 @@ public:
     [[nodiscard]] bool has(int id) const { return rows_.contains(id); }
     /// Raised with each change of the layout.
     [[nodiscard]] uint revision() const { return revision_; }
-    /// The row and what is below it to `depth` levels, all of it for -1. Only the named properties, all for none.
+    /// The row and what is below it to `depth` levels, all of it for -1. Only the named properties, all for
+    /// none.
     [[nodiscard]] BusMenuLayout layout(int id, int depth, const QStringList& names) const;
     /// Properties that hold their default are left out.
     [[nodiscard]] QVariantMap properties(int id, const QStringList& names) const;

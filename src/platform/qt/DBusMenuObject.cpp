@@ -14,8 +14,8 @@ namespace {
 
 const QVariantMap& ownProperties()
 {
-    static const QVariantMap properties { { "Version", 3U }, { "TextDirection", "ltr" }, { "Status", "normal" },
-        { "IconThemePath", QStringList() } };
+    static const QVariantMap properties { { "Version", 3U }, { "TextDirection", "ltr" },
+        { "Status", "normal" }, { "IconThemePath", QStringList() } };
     return properties;
 }
 
@@ -146,7 +146,8 @@ QDBusMessage DBusMenuObject::answer(const QDBusMessage& message, const QDBusConn
         }
         return message.createReply({ QVariant::fromValue(changed), QVariant::fromValue(unknown) });
     }
-    return message.createErrorReply(QDBusError::UnknownMethod, "The menu doesn't know the call " + call + ".");
+    return message.createErrorReply(
+        QDBusError::UnknownMethod, "The menu doesn't know the call " + call + ".");
 }
 
 QString DBusMenuObject::introspect(const QString&) const

@@ -10,7 +10,8 @@
 
 namespace platform {
 
-/// com.canonical.dbusmenu for one menu. The menu is built anew each time a host is about to show it. Main thread.
+/// com.canonical.dbusmenu for one menu. The menu is built anew each time a host is about to show it. Main
+/// thread.
 class DBusMenuObject final : public QDBusVirtualObject {
 public:
     static constexpr const char* interface = "com.canonical.dbusmenu";

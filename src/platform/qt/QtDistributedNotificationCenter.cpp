@@ -27,7 +27,8 @@ void QtDistributedNotificationCenter::post(
 {
     // The bus library wants an application object, which a command-line route doesn't have.
     int count = 0;
-    const auto own = QCoreApplication::instance() ? nullptr : std::make_unique<QCoreApplication>(count, nullptr);
+    const auto own
+        = QCoreApplication::instance() ? nullptr : std::make_unique<QCoreApplication>(count, nullptr);
     const QDBusConnection bus = QDBusConnection::sessionBus();
     if (!bus.isConnected())
         return;

@@ -18,7 +18,8 @@ public:
     QtMainQueue& operator=(const QtMainQueue&) = delete;
     ~QtMainQueue() override;
 
-    /// From here on the loop of the calling thread, the main one, runs the jobs. An application object exists.
+    /// From here on the loop of the calling thread, the main one, runs the jobs. An application object
+    /// exists.
     void attach();
     /// No further job runs; what is posted afterwards is kept and never run.
     void detach();

@@ -12,7 +12,8 @@ public:
     /// What people press runs through `queue`, which must outlive every item.
     explicit QtStatusBar(MainQueue& queue);
 
-    [[nodiscard]] std::unique_ptr<StatusItem> makeItem(const std::string& id, const std::string& title) override;
+    [[nodiscard]] std::unique_ptr<StatusItem> makeItem(
+        const std::string& id, const std::string& title) override;
 
 private:
     MainQueue& queue_;

@@ -9,8 +9,8 @@ class QSocketNotifier;
 
 namespace platform {
 
-/// Turns SIGTERM, SIGINT and SIGHUP into one job on the main thread, so that the program ends in order. Make it
-/// before any other thread starts: threads inherit the mask that keeps the signals for it.
+/// Turns SIGTERM, SIGINT and SIGHUP into one job on the main thread, so that the program ends in order. Make
+/// it before any other thread starts: threads inherit the mask that keeps the signals for it.
 class QtTerminationSignals {
 public:
     explicit QtTerminationSignals(Job onSignal);

@@ -72,7 +72,9 @@ void StatusNotifierObject::setActivateHandler(std::function<void(std::optional<P
 
 QVariantMap StatusNotifierObject::properties() const
 {
-    const BusToolTip toolTip { .iconName = {}, .images = {}, .title = QString::fromStdString(face_.toolTip), .text = {} };
+    const BusToolTip toolTip {
+        .iconName = {}, .images = {}, .title = QString::fromStdString(face_.toolTip), .text = {}
+    };
     return { { "Category", "SystemServices" }, { "Id", id_ }, { "Title", title_ },
         { "Status", face_.visible ? "Active" : "Passive" }, { "WindowId", 0 }, { "IconName", "" },
         { "IconThemePath", "" }, { "IconPixmap", QVariant::fromValue(busImages(face_.images)) },
@@ -102,8 +104,8 @@ bool StatusNotifierObject::handleMessage(const QDBusMessage& message, const QDBu
         if (activate_)
             queue_.post([handler = activate_] { handler(std::nullopt); });
     } else if (call != "ContextMenu(ii)" && call != "Scroll(is)" && call != "XAyatanaSecondaryActivate(u)") {
-        connection.send(
-            message.createErrorReply(QDBusError::UnknownMethod, "The item doesn't know the call " + call + "."));
+        connection.send(message.createErrorReply(
+            QDBusError::UnknownMethod, "The item doesn't know the call " + call + "."));
         return true;
     }
     if (message.isReplyRequired())

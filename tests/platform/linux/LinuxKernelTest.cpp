@@ -34,7 +34,8 @@ TEST(LinuxKernel, ReadsRecordedMachines)
         double load;
         int level;
     };
-    // Used memory was worked out by hand from each record: total less free, buffers, file cache, reclaimable slab.
+    // Used memory was worked out by hand from each record: total less free, buffers, file cache, reclaimable
+    // slab.
     for (const Expected& e : { Expected { "vm-6.18", 24684084, 118940, 23896772, 0, 0.12, 1 },
              Expected { "laptop-2.6.32", 1544040, 543748, 497636, 3227640, 1.24, 1 },
              Expected { "server-48g", 48588200, 42851828, 2121064, 0, 0, 1 },
@@ -74,8 +75,8 @@ TEST(LinuxKernel, SmoothsASmallStepBackOfTheIdleCounterAndFollowsAReset)
 {
     const TemporaryFolder folder;
     LinuxKernel kernel(folder.path());
-    for (const auto& [line, idle] : { std::pair { "cpu  0 0 0 5000 10\n", 5010U }, { "cpu  0 0 0 5001 5\n", 5010U },
-             { "cpu  0 0 0 5009 5\n", 5014U }, { "cpu  0 0 0 20 1\n", 21U },
+    for (const auto& [line, idle] : { std::pair { "cpu  0 0 0 5000 10\n", 5010U },
+             { "cpu  0 0 0 5001 5\n", 5010U }, { "cpu  0 0 0 5009 5\n", 5014U }, { "cpu  0 0 0 20 1\n", 21U },
              { "cpu  4294967297 0 0 4294967300 0\n", 4U } }) {
         folder.write("stat", line);
         const auto ticks = kernel.cpuTicks();

@@ -45,7 +45,8 @@ TEST(LinuxProcessInfo, JudgesTheWorstZoneByItsOwnTripPoints)
         EXPECT_EQ(LinuxProcessInfo(root.path()).thermalState(), c.state) << c.temperature;
         root.write("sys/class/thermal/thermal_zone1/temp", "1000\n");
         if (c.state) {
-            EXPECT_EQ(LinuxProcessInfo(root.path()).thermalState(), c.state) << "a cool second zone changes nothing";
+            EXPECT_EQ(LinuxProcessInfo(root.path()).thermalState(), c.state)
+                << "a cool second zone changes nothing";
         }
     }
 }

@@ -20,8 +20,7 @@ struct Case {
 
 TEST(PressureLevel, IsReachedOnlyWhereStallAndHeadroomAgreeAndHeldUntilItsOwnRelease)
 {
-    for (const Case& c : {
-             // Plenty of room: a stall alone is reclaim after a big copy.
+    for (const Case& c : { // Plenty of room: a stall alone is reclaim after a big copy.
              Case { 80, 60, 0.50, 1, 1, 1 },
              // Little room, no stall: full and healthy, unless the swap is nearly gone too.
              Case { 0, 0, 0.09, 0.25, 1, 1 }, Case { 0, 0, 0.09, 0.24, 1, 2 }, Case { 0, 0, 0.10, 0, 1, 1 },
@@ -37,7 +36,8 @@ TEST(PressureLevel, IsReachedOnlyWhereStallAndHeadroomAgreeAndHeldUntilItsOwnRel
              Case { 6, 0, 0.59, 1, 2, 2 }, Case { 5.9, 1.9, 0.59, 1, 2, 1 }, Case { 0, 2, 0.59, 1, 2, 2 },
              Case { 6, 0, 0.60, 1, 2, 1 }, Case { 0, 0, 0.13, 0.29, 2, 2 }, Case { 0, 0, 0.13, 0.30, 2, 1 },
              Case { 6, 0, 0.59, 1, 4, 2 }, Case { 6, 0, 0.59, 1, 1, 1 }, Case { 6, 0, 0.59, 1, 0, 1 } }) {
-        EXPECT_EQ(pressureLevel(MemoryStall { c.some, c.full }, MemoryHeadroom { c.available, c.swapFree }, c.previous),
+        EXPECT_EQ(pressureLevel(
+                      MemoryStall { c.some, c.full }, MemoryHeadroom { c.available, c.swapFree }, c.previous),
             c.level)
             << c.some << ' ' << c.full << ' ' << c.available << ' ' << c.swapFree << " after " << c.previous;
     }

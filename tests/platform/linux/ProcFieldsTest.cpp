@@ -22,9 +22,10 @@ TEST(MemInfo, TakesTheFieldsByTheirWholeNames)
 
 TEST(MemInfo, GivesTheZeroForWhatIsHostileOrMissing)
 {
-    for (const char* text : { "", "MemTotal:", "MemTotal: -5 kB\nMemFree: 1 kB", "MemTotal: many kB\nMemFree: 1 kB",
-             "MemTotal: 99999999999999999999999999 kB\nMemFree: 1 kB", "MemTotal: 9007199254740993 kB\nMemFree: 1 kB",
-             "MemTotal: 100 kB", "MemFree: 100 kB", "\0\n\n\xff\xfe MemTotal" }) {
+    for (const char* text : { "", "MemTotal:", "MemTotal: -5 kB\nMemFree: 1 kB",
+             "MemTotal: many kB\nMemFree: 1 kB", "MemTotal: 99999999999999999999999999 kB\nMemFree: 1 kB",
+             "MemTotal: 9007199254740993 kB\nMemFree: 1 kB", "MemTotal: 100 kB", "MemFree: 100 kB",
+             "\0\n\n\xff\xfe MemTotal" }) {
         const MemInfo info = parseMemInfo(text);
         EXPECT_EQ(info.usedKiB(), 0U) << text;
     }
@@ -38,14 +39,16 @@ TEST(MemInfo, GivesTheZeroForWhatIsHostileOrMissing)
 
 TEST(MemInfo, HeadroomIsTheKernelsEstimateOrElseFreeMemoryAndCaches)
 {
-    const auto kernels = parseMemInfo("MemTotal: 1000 kB\nMemFree: 1 kB\nMemAvailable: 250 kB\nSwapTotal: 200 kB\n"
-                                      "SwapFree: 50 kB")
-                             .headroom();
+    const auto kernels
+        = parseMemInfo("MemTotal: 1000 kB\nMemFree: 1 kB\nMemAvailable: 250 kB\nSwapTotal: 200 kB\n"
+                       "SwapFree: 50 kB")
+              .headroom();
     ASSERT_TRUE(kernels);
     EXPECT_DOUBLE_EQ(kernels->available, 0.25);
     EXPECT_DOUBLE_EQ(kernels->swapFree, 0.25);
-    const auto own = parseMemInfo("MemTotal: 1000 kB\nMemFree: 100 kB\nBuffers: 50 kB\nCached: 90 kB\nShmem: 40 kB")
-                         .headroom();
+    const auto own
+        = parseMemInfo("MemTotal: 1000 kB\nMemFree: 100 kB\nBuffers: 50 kB\nCached: 90 kB\nShmem: 40 kB")
+              .headroom();
     ASSERT_TRUE(own);
     EXPECT_DOUBLE_EQ(own->available, 0.2);
     EXPECT_DOUBLE_EQ(own->swapFree, 0);
@@ -64,8 +67,8 @@ TEST(CpuLine, AddsInterruptsAndStolenTimeToSystemAndDiskWaitToIdle)
 TEST(CpuLine, NeedsTheMachinesLineAndItsFourClassicFields)
 {
     EXPECT_TRUE(parseCpuLine("cpu  1 2 3 4"));
-    for (const char* text : { "", "cpu", "cpu ", "cpu  1 2 3", "cpu0 1 2 3 4", "cpu  1 2 -3 4", "cpu  a b c d",
-             "cpu  99999999999999999999 2 3 4", "intr 1\ncpu  1 2 3 4" })
+    for (const char* text : { "", "cpu", "cpu ", "cpu  1 2 3", "cpu0 1 2 3 4", "cpu  1 2 -3 4",
+             "cpu  a b c d", "cpu  99999999999999999999 2 3 4", "intr 1\ncpu  1 2 3 4" })
         EXPECT_FALSE(parseCpuLine(text)) << text;
 }
 
@@ -76,15 +79,17 @@ TEST(MemoryStall, ReadsBothTenSecondAverages)
     ASSERT_TRUE(stall);
     EXPECT_DOUBLE_EQ(stall->some10, 12.34);
     EXPECT_DOUBLE_EQ(stall->full10, 0.5);
-    for (const char* text : { "", "some avg10=1.0 avg60=0", "some avg10=x\nfull avg10=0.0", "full avg10=1.0\n",
-             "some avg10=-1\nfull avg10=0", "some avg10=nan\nfull avg10=0", "some avg60=1\nfull avg10=0" })
+    for (const char* text :
+        { "", "some avg10=1.0 avg60=0", "some avg10=x\nfull avg10=0.0", "full avg10=1.0\n",
+            "some avg10=-1\nfull avg10=0", "some avg10=nan\nfull avg10=0", "some avg60=1\nfull avg10=0" })
         EXPECT_FALSE(parseMemoryStall(text)) << text;
 }
 
 TEST(LeadingNumber, IsZeroForWhatIsNoSoundNumber)
 {
-    for (const auto& [text, value] : { std::pair { "0.52 0.58 0.59 1/467 13", 0.52 }, { "  7", 7.0 }, { "", 0.0 },
-             { "-1.0", 0.0 }, { "inf", 0.0 }, { "nan", 0.0 }, { "1e999", 0.0 }, { "x1", 0.0 }, { "3.5", 3.5 } })
+    for (const auto& [text, value] :
+        { std::pair { "0.52 0.58 0.59 1/467 13", 0.52 }, { "  7", 7.0 }, { "", 0.0 }, { "-1.0", 0.0 },
+            { "inf", 0.0 }, { "nan", 0.0 }, { "1e999", 0.0 }, { "x1", 0.0 }, { "3.5", 3.5 } })
         EXPECT_DOUBLE_EQ(parseLeadingNumber(text), value) << text;
 }
 
