@@ -1,0 +1,102 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: Apache-2.0
+"""What one snapshot costs, beside a bare Python and a process list of the system, in one run.
+
+usage: collector_bench.py [--runs N] [processes ...]
+
+For each number of processes (300 and 1500 unless told) the machine is filled up with sleeping children, and
+each command runs in turn with the others, so that a busy moment hits all alike. Prints the median and the
+least CPU time and the median wall time, and asserts nothing.
+"""
+from __future__ import annotations
+
+import argparse
+import os
+import signal
+import statistics
+import sys
+import tempfile
+import time
+
+PYTHON = "/usr/bin/python3"
+COLLECTORS = os.path.join(os.path.dirname(os.path.dirname(os.path.abspath(__file__))), "collectors")
+SCRIPT = os.path.join(COLLECTORS, "ostrel.py")
+COMMANDS = {
+    "python3 -c pass": [PYTHON, "-c", "pass"],
+    "ostrel.py (no command)": [PYTHON, SCRIPT],
+    "ostrel.py, imports only": [
+        PYTHON, "-c", f"import sys; sys.path.insert(0, {COLLECTORS!r}); "
+        "import ostrel_lib.collector, ostrel_lib.snapshot, ostrel_lib.jsontext",
+    ],
+    "ostrel.py json": [PYTHON, SCRIPT, "json"],
+    "ps -eo pid,rss,pcpu,args": ["/usr/bin/ps", "-eo", "pid,rss,pcpu,args"],
+}
+
+
+def run(command: list[str], environment: dict[str, str]) -> tuple[float, float]:
+    """One run: CPU and wall time, in milliseconds."""
+    actions = [(os.POSIX_SPAWN_OPEN, descriptor, os.devnull, os.O_RDWR, 0) for descriptor in (0, 1, 2)]
+    begin = time.perf_counter()
+    pid = os.posix_spawn(command[0], command, environment, file_actions=actions)
+    _, _, usage = os.wait4(pid, 0)
+    wall = time.perf_counter() - begin
+    return (usage.ru_utime + usage.ru_stime) * 1000, wall * 1000
+
+
+def fill_up(wanted: int) -> list[int]:
+    """Starts sleeping children until there are `wanted` processes that aren't kernel threads; gives their
+    pids."""
+    present = 0
+    for name in os.listdir("/proc"):
+        if name.isdecimal():
+            try:
+                with open(f"/proc/{name}/cmdline", "rb") as file:
+                    present += bool(file.read(1))
+            except OSError:
+                continue
+    return [os.posix_spawn("/bin/sleep", ["sleep", "3600"], {}) for _ in range(max(0, wanted - present))]
+
+
+def measure(runs: int) -> dict[str, list[tuple[float, float]]]:
+    """Runs every command so often, one after the other, once before the count to fill the caches."""
+    results: dict[str, list[tuple[float, float]]] = {name: [] for name in COMMANDS}
+    with tempfile.TemporaryDirectory() as caches:
+        environment = {"PATH": "/usr/bin:/bin:/usr/sbin:/sbin", "PYTHONPYCACHEPREFIX": caches}
+        for turn in range(runs + 1):
+            for name, command in COMMANDS.items():
+                result = run(command, environment)
+                if turn:
+                    results[name].append(result)
+    return results
+
+
+def report(processes: int, results: dict[str, list[tuple[float, float]]]) -> None:
+    """Prints one table, times in milliseconds; the last column is CPU time beyond a bare Python's."""
+    title = f"{processes} processes"
+    print(f"\n{title:<30}{'CPU median':>12}{'least':>8}{'wall median':>13}{'beyond bare':>13}")
+    bare = statistics.median(cpu for cpu, _ in results["python3 -c pass"])
+    for name, rows in results.items():
+        cpu = statistics.median(cpu for cpu, _ in rows)
+        wall = statistics.median(wall for _, wall in rows)
+        print(f"{name:<30}{cpu:12.1f}{min(cpu for cpu, _ in rows):8.1f}{wall:13.1f}{cpu - bare:+13.1f}")
+
+
+def main() -> int:
+    parser = argparse.ArgumentParser(description=__doc__.split("\n", 1)[0])
+    parser.add_argument("--runs", type=int, default=15)
+    parser.add_argument("processes", type=int, nargs="*", default=[300, 1500])
+    options = parser.parse_args()
+    children: list[int] = []
+    try:
+        for wanted in options.processes:
+            children += fill_up(wanted)
+            report(wanted, measure(options.runs))
+    finally:
+        for pid in children:
+            os.kill(pid, signal.SIGKILL)
+            os.waitpid(pid, 0)
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

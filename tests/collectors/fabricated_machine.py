@@ -1,0 +1,62 @@
+# SPDX-License-Identifier: Apache-2.0
+"""A made-up machine in a temporary folder: its /proc, /sys and home. Makes the collectors importable."""
+from __future__ import annotations
+
+import os
+import shutil
+import sys
+import tempfile
+
+REPOSITORY = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
+COLLECTORS = os.path.join(REPOSITORY, "collectors")
+FIXTURES = os.path.join(REPOSITORY, "tests", "fixtures", "proc")
+if COLLECTORS not in sys.path:
+    sys.path.insert(0, COLLECTORS)
+
+TICKS = os.sysconf("SC_CLK_TCK")
+PAGES_PER_MIB = 1048576 // os.sysconf("SC_PAGE_SIZE")
+
+
+class Machine:
+    """Processes and kernel files that a test lays down. Time stands still but for the pause between looks."""
+
+    def __init__(self, test) -> None:
+        self.root = tempfile.mkdtemp()
+        test.addCleanup(shutil.rmtree, self.root, ignore_errors=True)
+        for part in ("proc", "sys", "home"):
+            os.mkdir(os.path.join(self.root, part))
+        self.now = 100.0
+
+    def write(self, path: str, content: bytes) -> None:
+        """A file below the machine's root, with its folders."""
+        path = os.path.join(self.root, path)
+        os.makedirs(os.path.dirname(path), exist_ok=True)
+        with open(path, "wb") as file:
+            file.write(content)
+
+    def process(self, pid, *argv, comm=b"tool", mib=1, ticks=0, start=50, ppid=1, state=b"S", flags=0):
+        """A process, or another state of one that is there already."""
+        spent = [ticks // 2, ticks - ticks // 2]
+        fields = [ppid, 0, 0, 0, -1, flags, 0, 0, 0, 0, *spent, 0, 0, 20, 0, 1, 0, start]
+        words = " ".join(str(field) for field in fields + [0] * 30).encode()
+        self.write(f"proc/{pid}/stat", b"%d (%s) %s %s\n" % (pid, comm, state, words))
+        self.write(f"proc/{pid}/statm", b"9999 %d 3 4 0 5 0\n" % (mib * PAGES_PER_MIB))
+        words = "".join(word + "\0" for word in argv)
+        self.write(f"proc/{pid}/cmdline", words.encode("utf-8", "surrogateescape"))
+
+    def end(self, pid: int) -> None:
+        """The process is gone."""
+        shutil.rmtree(os.path.join(self.root, "proc", str(pid)))
+
+    def snapshot(self, between=lambda: None) -> dict:
+        """A snapshot of this machine; `between` happens between the two looks, which lie 0.2 s apart."""
+        from ostrel_lib.snapshot import snapshot
+
+        def pause(seconds: float) -> None:
+            between()
+            self.now += seconds
+
+        return snapshot(
+            script="/opt/share/ostrel/collectors/ostrel.py", home=self.root + "/home",
+            proc_root=self.root + "/proc", sys_root=self.root + "/sys", clock=lambda: self.now, pause=pause,
+        )

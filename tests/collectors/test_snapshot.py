@@ -1,0 +1,166 @@
+# SPDX-License-Identifier: Apache-2.0
+from __future__ import annotations
+
+import json
+import os
+import unittest
+
+from fabricated_machine import FIXTURES, Machine
+
+from ostrel_lib import machine, memory
+from ostrel_lib.jsontext import dump
+
+
+
+def of(**names: str) -> dict:
+    """A shape: the keys of each type."""
+    types = {"text": str, "whole": int, "number": float}
+    return {key: types[kind] for kind, keys in names.items() for key in keys.split()}
+
+
+PROC = of(text="pid name grp cmd", whole="rss", number="cpu")
+FORMAT = {
+    **of(text="ts host history_state"),
+    "ram": of(number="total used wired compressed free", whole="used_pct"),
+    "swap": of(whole="total used free used_pct", number="total_gb used_gb free_gb", text="meaning"),
+    "load": of(number="l1 l5 l15", whole="ncpu pct"),
+    "fan": {
+        **of(whole="mcp codex_mcp claude_mcp other_mcp codex_mcp_duplicates codex_mcp_duplicate_mb"),
+        **of(whole="node python3 claude chromium"),
+        "chromium_bundles": of(whole="chrome"),
+    },
+    "sessions": of(whole="claude codex"),
+    "procs": [PROC],
+    "live_sessions": [PROC],
+    "offenders": [],
+    "launchd": of(whole="interval_jobs runatload_interval keepalive shell_first"),
+    "services": [],
+    "trend": of(text="summary direction", whole="samples swap_delta load_delta mcp_delta"),
+    "meta": of(
+        text="backend code_path project_path native_app history_path server_url data_endpoint"
+        " analyze_endpoint cleanup_endpoint session_inspector_url native_refresh panel_refresh server_model"
+        " service_model"
+    ),
+    "history": [],
+    "system_observation": {
+        "disk": of(number="free_gb total_gb"),
+        "battery": of(whole="percent", text="power detail"),
+        "network": [of(text="interface", whole="received sent")],
+    },
+    "accuracy": of(
+        text="ram memory swap load cpu processes mcp sessions chromium duplicates disk battery network"
+    ),
+    "groups": of(whole="claude runtime app"),
+    "verdict": of(text="level headline cause", number="per_sess"),
+}
+
+
+def misfits(value, shape, place="") -> list[str]:
+    """Where a value isn't of its shape: another type, a key too many or too few, an empty list of rows."""
+    if isinstance(shape, dict) and isinstance(value, dict):
+        found = [f"{place}.{key}" for key in value.keys() ^ shape.keys()]
+        for key in value.keys() & shape:
+            found += misfits(value[key], shape[key], f"{place}.{key}")
+        return found
+    if isinstance(shape, list) and isinstance(value, list):
+        found = [place] * (bool(value) != bool(shape))
+        for row in value:
+            found += misfits(row, *shape, place + "[]")
+        return found
+    return [] if type(value) is shape else [f"{place} is {value!r}"]
+
+
+class SnapshotTest(unittest.TestCase):
+    def test_every_key_of_the_format_is_there_with_its_type(self):
+        box = Machine(self)
+        counters = b"lo: 9 0 0 0 0 0 0 0 9\neth0: 5 0 0 0 0 0 0 0 7\n wlan0:800 0 0 0 0 0 0 0 1\n"
+        box.write("proc/net/dev", b"heading\nheading\n" + counters)
+        for name, content in (("type", b"Battery\n"), ("capacity", b"57\n"), ("status", b"Full\n")):
+            box.write("sys/class/power_supply/BAT0/" + name, content)
+        box.process(10, "claude")
+        box.process(11, "/opt/chrome/chrome", "--type=renderer")
+        snapshot = json.loads(dump(box.snapshot()))
+        self.assertEqual(misfits(snapshot, FORMAT), [])
+        observed = snapshot["system_observation"]["network"]
+        self.assertEqual([list(row.values()) for row in observed], [["wlan0", 800, 1], ["eth0", 5, 7]])
+        self.assertRegex(snapshot["ts"], r"^\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d[+-]\d\d:\d\d$")
+
+    def test_a_machine_that_shows_nothing_gives_zeros(self):
+        box = Machine(self)
+        for part in ("proc", "sys", "home"):
+            os.rmdir(os.path.join(box.root, part))
+        snapshot = json.loads(dump(box.snapshot()))
+        self.assertEqual(snapshot.keys(), FORMAT.keys())
+        self.assertEqual(snapshot["procs"] + snapshot["live_sessions"], [])
+        figures = {*snapshot["ram"].values(), snapshot["swap"]["total"], snapshot["load"]["l1"]}
+        self.assertEqual(figures, {0})
+        self.assertEqual(snapshot["system_observation"], {"network": []})
+
+    def test_used_memory_is_what_cannot_be_had_back(self):
+        for name, used, pct, wired in (
+            ("laptop-2.6.32", 1544040 - 497636 - 87364 - (411716 - 15656) - 19232, 35, 8832 + 2512 + 7720),
+            ("server-48g", 48588200 - 2121064 - 165496 - (3197324 - 183060) - 435548, 88, 1005652),
+            ("vm-6.18", 24684084 - 23896772 - 29424 - (64544 - 8872) - 583276, 0, 15816 + 41608 + 3852),
+        ):
+            with self.subTest(name), open(os.path.join(FIXTURES, name, "meminfo"), "rb") as file:
+                fields = memory.memory_fields(file.read())
+                ram = memory.ram(fields, 0)
+                self.assertEqual((memory.used_kib(fields), ram["used_pct"]), (used, pct))
+                self.assertEqual(ram["wired"], round(wired / 1048576, 3))
+
+    def test_memory_fields_that_make_no_sense_count_as_absent(self):
+        for text in (
+            b"", b"MemTotal:", b"MemTotal: -5 kB\nMemFree: 1 kB", b"MemTotal: 1_0 kB\nMemFree: 1 kB",
+            b"MemTotal: 9 kB", b"MemTotal: " + b"9" * 5000 + b" kB\nMemFree: 1 kB", b"\0\xff MemTotal\n: 5",
+            b"MemTotal: 10 kB\nMemFree: 5 kB\nCached: 900 kB",
+        ):
+            self.assertEqual(memory.used_kib(memory.memory_fields(text)), 0, text)
+
+    def test_swap_is_told_in_whole_mebibytes_and_by_its_place(self):
+        fields = memory.memory_fields(b"SwapTotal: 2097148 kB\nSwapFree: 1037832 kB\n")
+        for device, place in ((b"/swapfile", "on disk;"), (b"/dev/zram0", "in memory (zram);")):
+            swap = memory.swap(fields, b"Filename Type\n" + device + b" file 1 1 -2\n")
+            self.assertIn(place, swap.pop("meaning"))
+            self.assertEqual(list(swap.values()), [2047, 1034, 1013, 51, 2.0, 1.01, 0.99])
+
+    def test_compressed_memory_is_the_zswap_pool_and_the_zram_devices(self):
+        box = Machine(self)
+        box.write("proc/meminfo", b"MemTotal: 8388608 kB\nMemFree: 1 kB\nZswap: 1048576 kB\n")
+        box.write("sys/block/zram0/mm_stat", b"9999999999 2000000000 2147483648 0 0 0 0 0 0\n")
+        box.write("sys/block/zram1/mm_stat", b"1 1 9999999999999999999\n")
+        box.write("sys/block/vda/mm_stat", b"1 1 2147483648\n")
+        self.assertEqual(box.snapshot()["ram"]["compressed"], 3.0)
+
+    def test_load_is_cut_to_whole_percent_and_nonsense_is_zero(self):
+        for text, l1, pct in (
+            (b"1.24 1.29 0.82 1/2 44", 1.24, 31), (b"nan inf 1e5", 0, 0), (b"", 0, 0), (b"9" * 400, 0, 0),
+        ):
+            load = machine.load(text, 4)
+            self.assertEqual((load["l1"], load["pct"]), (l1, pct), text)
+
+    def test_a_battery_of_the_machine_counts_and_that_of_a_mouse_does_not(self):
+        mouse = {"type": "Battery", "scope": "Device", "capacity": "9"}
+        first = {"type": "Battery", "capacity": "100", "energy_full": "30", "status": "Discharging"}
+        second = {"type": "Battery", "capacity": "20", "energy_full": "10", "status": "Unknown"}
+        mains = {"type": "Mains", "online": "1"}
+        for supplies, expected in (
+            ([mains, mouse, {"type": "Battery", "capacity": "x"}], None),
+            ([mains, second], [20, "AC power", "unknown"]),
+            ([first, mouse, second], [80, "battery power", "discharging, unknown"]),
+        ):
+            box = Machine(self)
+            for place, values in enumerate(supplies):
+                for name, value in values.items():
+                    box.write(f"sys/class/power_supply/S{place}/{name}", value.encode() + b"\n")
+            battery = machine.battery(box.root + "/sys")
+            self.assertEqual(battery and list(battery.values()), expected)
+
+    def test_the_json_text_can_be_read_by_every_reader(self):
+        sound = ["\x00\x1f", "\U0001f600", True, None, 1.5]
+        text = dump({"n": float("nan"), "i": float("-inf"), "é\n\"": sound, "bad\udcff": 1})
+        self.assertTrue(text.isascii() and "\n" not in text)
+        self.assertEqual(json.loads(text), {"n": 0, "i": 0, "é\n\"": sound, "bad" + "\ufffd" * 3: 1})
+
+
+if __name__ == "__main__":
+    unittest.main()
