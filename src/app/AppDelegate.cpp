@@ -3,6 +3,7 @@
 
 #include "design/OstrelStyle.h"
 #include "design/ZOLAppMarkPainter.h"
+#include "platform/qt/WindowHints.h"
 
 #include <array>
 #include <utility>
@@ -20,8 +21,8 @@ constexpr std::array markSizes { 16, 22, 24, 32, 44, 48, 64 };
 
 std::vector<platform::Image> barMark()
 {
-    // Bars come dark and light; the mid grey with the red tab reads on both.
-    const QColor ink(0x9a, 0xa0, 0xa6);
+    // Bars come dark and light: this grey stands at least 3 to 1 against both.
+    const QColor ink(0x85, 0x8a, 0x90);
     const QColor signal = OstrelStyle(ZOLThemePolicy::themeDefault).red;
     std::vector<platform::Image> images;
     images.reserve(markSizes.size());
@@ -45,7 +46,8 @@ AppDelegate::AppDelegate(const PlatformServices& services)
     , panelState_ { tick_, snapshots_, history_, settings_ }
     , frame_(panelState_, services.clock, liveRegistry_)
     , panel_(frame_, services.defaults,
-          { .opened = [this] { snapshots_.startPanelPolling(); },
+          { .beforeShow = [](QWidget& window) { platform::keepOutOfTaskbar(window); },
+              .opened = [this] { snapshots_.startPanelPolling(); },
               .closed = [this] { snapshots_.panelDidClose(); } })
     , barItem_({ services.statusBar, settings_, tick_, snapshots_, panel_, services.quit })
     , liveValues_(panelState_, liveRegistry_, frame_, [this] { return barItem_.title(); })

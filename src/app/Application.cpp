@@ -6,6 +6,7 @@
 #include "platform/qt/DisplayProbe.h"
 #include "platform/qt/QtTerminationSignals.h"
 
+#include <algorithm>
 #include <clocale>
 #include <csignal>
 #include <cstdio>
@@ -13,7 +14,6 @@
 #include <QApplication>
 #include <QByteArray>
 #include <QString>
-#include <fmt/format.h>
 
 namespace ostrel {
 
@@ -24,9 +24,10 @@ void choosePlatform()
     if (qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
         return;
     const std::string platform = platform::chooseQtPlatform();
-    qputenv("QT_QPA_PLATFORM", QByteArray::fromStdString(platform));
+    // Behind it the one that always starts: the toolkit ends the process when none of those named does.
+    qputenv("QT_QPA_PLATFORM", QByteArray::fromStdString(platform + ";offscreen"));
     if (platform == "offscreen")
-        fmt::print(stderr, "ostrel: no display answers; the panel can't be seen\n");
+        std::fputs("ostrel: no display answers; the panel can't be seen\n", stderr);
 }
 
 } // namespace
@@ -35,8 +36,12 @@ int runApplication(int& argc, char** argv, bool background, RealPlatform& platfo
 {
     // A child that ends before it has read its input must not take the instrument with it.
     std::signal(SIGPIPE, SIG_IGN);
+    // Before the toolkit starts its threads: a signal goes to any thread that doesn't keep it back.
+    platform::QtTerminationSignals::keepBack();
     choosePlatform();
-    QApplication application(argc, argv);
+    // Our arguments are not the toolkit's: it would end the process at a "-platform" that it can't load.
+    int ownArguments = std::min(argc, 1);
+    QApplication application(ownArguments, argv);
     // The toolkit takes over the user's locale; figures in files and on the wire keep their point.
     std::setlocale(LC_NUMERIC, "C");
     QApplication::setApplicationName("ostrel");

@@ -8,6 +8,7 @@
 
 #include <chrono>
 #include <cstdio>
+#include <string_view>
 #include <thread>
 
 #include <fmt/format.h>
@@ -18,12 +19,18 @@ namespace {
 
 using namespace std::chrono_literals;
 
+/// Writes as far as it can be written: a closed or full stream changes no exit code.
+void say(std::FILE* stream, std::string_view text)
+{
+    [[maybe_unused]] const auto written = std::fwrite(text.data(), 1, text.size(), stream);
+}
+
 int printReadings(AppDelegate& delegate)
 {
     const NativeStats stats = readNativeStats(delegate.services().kernel);
     (void)delegate.cpuSampler().sample();
     std::this_thread::sleep_for(200ms);
-    fmt::print("{}\n", readingsLine(stats, delegate.cpuSampler().sample()));
+    say(stdout, readingsLine(stats, delegate.cpuSampler().sample()) + "\n");
     return 0;
 }
 
@@ -32,17 +39,17 @@ int printBarState(const AppDelegate& delegate)
     const auto& files = delegate.services().files;
     const auto state = readBarState(files);
     if (!state) {
-        fmt::print(stderr, "ostrel: no bar state written yet at {}\n", barStateFile(files));
+        say(stderr, fmt::format("ostrel: no bar state written yet at {}\n", barStateFile(files)));
         return 2;
     }
-    fmt::print("{}\n", *state);
+    say(stdout, *state + "\n");
     return 0;
 }
 
 int sendTestbed(const AppDelegate& delegate, const std::string& action)
 {
     delegate.services().notifications.post(std::string(appIdentifier) + ".testbed", { { "action", action } });
-    fmt::print("ostrel: testbed {} sent\n", action);
+    say(stdout, fmt::format("ostrel: testbed {} sent\n", action));
     return 0;
 }
 
@@ -52,14 +59,14 @@ int runCommandLineRoute(const Route& route, AppDelegate& delegate)
 {
     switch (route.kind) {
     case Route::Kind::selfTest:
-        fmt::print(stderr, "self-test failed: not built yet\n");
+        say(stderr, "self-test failed: not built yet\n");
         return 1;
     case Route::Kind::readings:
         return printReadings(delegate);
     case Route::Kind::barState:
         return printBarState(delegate);
     case Route::Kind::usage:
-        fmt::print(stderr, "{}", usageMessage(route.unknownArgument));
+        say(stderr, usageMessage(route.unknownArgument));
         return 1;
     case Route::Kind::testbed:
         return sendTestbed(delegate, route.action);

@@ -66,9 +66,11 @@ void DBusMenuModel::refresh(int id, MenuItem item, Change& change)
         QVariantMap now = describe(row.item, !row.children.empty());
         if (now != before) {
             // What a row no longer has goes back to its default.
-            for (const char* optional : { "enabled", "toggle-state" })
-                if (before.contains(optional) && !now.contains(optional))
-                    now.insert(optional, optional == QLatin1String("enabled") ? QVariant(true) : QVariant(0));
+            static const QVariantMap defaults { { "enabled", true }, { "toggle-type", "" },
+                { "toggle-state", -1 }, { "accessible-desc", "" } };
+            for (const auto& [name, value] : defaults.asKeyValueRange())
+                if (before.contains(name) && !now.contains(name))
+                    now.insert(name, value);
             change.properties.push_back({ id, now });
         }
     }

@@ -15,7 +15,7 @@ QtMainQueue::~QtMainQueue() = default;
 void QtMainQueue::attach()
 {
     notifier_ = std::make_unique<QSocketNotifier>(jobs_.fd(), QSocketNotifier::Read);
-    QObject::connect(notifier_.get(), &QSocketNotifier::activated, [this] { jobs_.drain(); });
+    QObject::connect(notifier_.get(), &QSocketNotifier::activated, [this] { jobs_.runNext(); });
 }
 
 void QtMainQueue::detach() { notifier_.reset(); }

@@ -12,13 +12,29 @@
 
 namespace platform {
 
-QtTerminationSignals::QtTerminationSignals(Job onSignal)
+namespace {
+
+sigset_t terminationSignals()
 {
     sigset_t signals;
     sigemptyset(&signals);
     for (const int number : { SIGTERM, SIGINT, SIGHUP })
         sigaddset(&signals, number);
+    return signals;
+}
+
+} // namespace
+
+void QtTerminationSignals::keepBack()
+{
+    const sigset_t signals = terminationSignals();
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+}
+
+QtTerminationSignals::QtTerminationSignals(Job onSignal)
+{
+    keepBack();
+    const sigset_t signals = terminationSignals();
     fd_ = ::signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
     if (fd_ < 0)
         return;
