@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/ChildProcess.h"
+#include "platform/MainQueue.h"
 
 #include <deque>
 #include <memory>

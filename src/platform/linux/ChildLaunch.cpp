@@ -125,7 +125,7 @@ std::optional<LaunchedChild> launchChild(const ChildRequest& request, std::strin
     std::vector<std::string> environment;
     environment.reserve(request.environment.size());
     for (const auto& [name, value] : request.environment)
-        environment.push_back(name + "=" + value);
+        environment.emplace_back(name).append("=").append(value);
 
     SpawnAttributes attributes;
     LaunchedChild child;

@@ -9,6 +9,8 @@
 #include <chrono>
 #include <cmath>
 #include <cstddef>
+#include <functional>
+#include <map>
 #include <thread>
 #include <tuple>
 #include <utility>
@@ -26,8 +28,9 @@ using ostrel::json::Value;
 
 constexpr std::size_t longestFile = std::size_t { 4 } * 1024 * 1024;
 constexpr int mostCorruptCopies = 9;
-constexpr std::chrono::milliseconds lockStep { 5 };
-constexpr int lockSteps = 40;
+/// Short, since one who writes many keys leaves the lock free only for moments.
+constexpr std::chrono::milliseconds lockStep { 1 };
+constexpr int lockSteps = 200;
 constexpr const char* bytesTag = "$bytes";
 
 /// What tells one state of a file from the next without reading it.
@@ -58,48 +61,63 @@ private:
     UniqueFd file_;
 };
 
+/// The value as the file will give it back: bytes that aren't UTF-8 are replaced now, not at the next start.
+Value asStored(Value value)
+{
+    auto stored = ostrel::json::parse(ostrel::json::dump(value));
+    return stored ? std::move(*stored) : std::move(value);
+}
+
 } // namespace
 
 struct LinuxUserDefaults::Store {
     FileManager& files;
     std::string path; ///< empty without a home
-    Value values = Value::object();
-    FileStamp stamp;
-    bool unsaved = false; ///< memory is ahead of a file that can't be written
+    Value values = Value::object(); ///< what the file holds, with what is pending over it
+    std::map<std::string, std::optional<Value>, std::less<>> pending; ///< changes that the file doesn't have
+    std::optional<FileStamp> stamp; ///< of the file that was taken in; none when it has to be looked at again
+    bool replaceable = true; ///< nothing is lost with the file that stands there
 
     /// Takes in the file when it has changed since the last look.
     void refresh()
     {
-        if (path.empty() || unsaved)
+        if (path.empty())
             return;
         const FileStamp now = stampOf(path);
-        if (now == stamp)
+        if (stamp == now)
             return;
-        stamp = now;
         values = Value::object();
-        const auto text = files.read(path, longestFile);
-        if (!text)
-            return;
-        auto object = ostrel::json::parseObject(*text);
+        const auto text = now == FileStamp() ? std::string() : files.read(path, longestFile);
+        auto object = text ? ostrel::json::parseObject(*text) : std::nullopt;
         if (object)
             values = std::move(*object);
-        else if (!text->empty())
-            keepCorrupt(*text);
+        // What can't be read may hold all that the user ever chose.
+        replaceable = text && (object || text->empty() || keepCorrupt(*text));
+        stamp = replaceable ? std::optional(now) : std::nullopt;
+        for (const auto& [key, value] : pending)
+            apply(key, value);
     }
 
-    /// Sets the unreadable file's bytes aside, once for each content.
-    void keepCorrupt(const std::string& text)
+    /// Sets the unreadable file's bytes aside, once for each content. Whether they are safe there.
+    bool keepCorrupt(const std::string& text)
     {
         for (int copy = 1; copy <= mostCorruptCopies; ++copy) {
             const std::string aside = path + ".corrupt" + (copy == 1 ? "" : std::to_string(copy));
             const auto there = files.read(aside, longestFile);
             if (there == text)
-                return;
-            if (!there && !files.fileExists(aside)) {
-                files.replace(aside, text);
-                return;
-            }
+                return true;
+            if (!there && stampOf(aside) == FileStamp())
+                return files.replace(aside, text);
         }
+        return false;
+    }
+
+    void apply(const std::string& key, const std::optional<Value>& value)
+    {
+        if (value)
+            values[key] = *value;
+        else
+            values.erase(key);
     }
 
     /// Changes one key, in memory and in the file.
@@ -109,14 +127,16 @@ struct LinuxUserDefaults::Store {
         std::optional<FileLock> lock;
         if (folder) {
             lock.emplace(path + ".lock");
+            stamp.reset();
             refresh();
         }
-        if (value)
-            values[std::string(key)] = std::move(*value);
-        else
-            values.erase(std::string(key));
-        unsaved = !folder || !files.replace(path, ostrel::json::dump(values) + "\n");
-        stamp = stampOf(path);
+        apply(std::string(key), value);
+        if (folder && replaceable && files.replace(path, ostrel::json::dump(values) + "\n")) {
+            pending.clear();
+            stamp = stampOf(path);
+        } else {
+            pending.insert_or_assign(std::string(key), std::move(value));
+        }
     }
 
     [[nodiscard]] const Value* find(std::string_view key)
@@ -186,12 +206,12 @@ void LinuxUserDefaults::setNumber(std::string_view key, double value)
 
 void LinuxUserDefaults::setText(std::string_view key, std::string_view value)
 {
-    store_->change(key, Value(value));
+    store_->change(key, asStored(value));
 }
 
 void LinuxUserDefaults::setTextArray(std::string_view key, const std::vector<std::string>& value)
 {
-    store_->change(key, Value(value));
+    store_->change(key, asStored(value));
 }
 
 void LinuxUserDefaults::setBytes(std::string_view key, std::string_view value)

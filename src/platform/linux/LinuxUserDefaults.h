@@ -14,8 +14,10 @@ namespace platform {
 /// Each write takes a lock file, reads the file afresh, changes its one key and replaces the file, so that
 /// two processes don't lose each other's keys; when the lock isn't had within a fifth of a second it writes
 /// all the same. A file that isn't a JSON object counts as empty and is kept beside as
-/// "{suite}.json.corrupt", later ones with a number behind. Values of kinds that nobody asks for stay in the
-/// file. Without a home, or on a disk that takes no writes, the values hold in memory.
+/// "{suite}.json.corrupt", later ones with a number behind; bytes in a text that aren't UTF-8 become U+FFFD.
+/// Values of kinds that nobody asks for stay in the file. A file that can't be read, is too large, or finds
+/// no room beside is left alone. Then, without a home, or on a disk that takes no writes, the changes hold in
+/// memory, and the first write that succeeds adds them to what the file holds by then.
 class LinuxUserDefaults final : public UserDefaults {
 public:
     /// `files` must outlive the settings.
