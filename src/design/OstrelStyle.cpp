@@ -30,7 +30,7 @@ QFont OstrelStyle::mono(double size, QFont::Weight weight)
 {
     QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
     // Sizes are in the panel's points, which are logical pixels.
-    font.setPixelSize(static_cast<int>(std::max(size, smallestSize) + 0.5));
+    font.setPixelSize(qRound(std::max(size, smallestSize)));
     font.setWeight(weight);
     return font;
 }

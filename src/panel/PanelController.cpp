@@ -31,8 +31,12 @@ void PanelController::show()
     QWidget& window = *frame_.rootView();
     const bool wasShown = frame_.shown();
     frame_.renderBody();
-    if (!wasShown)
+    if (!wasShown) {
         place();
+        hooks_.beforeShow(window);
+        // Else the first tab would take the keyboard, and look chosen beside the one that is.
+        window.setFocus();
+    }
     window.show();
     window.raise();
     window.activateWindow();

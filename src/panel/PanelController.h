@@ -8,12 +8,15 @@
 
 #include <functional>
 
+class QWidget;
+
 namespace ostrel {
 
 /// Opens and closes the panel. The window is built on the first opening and kept. Main thread.
 class PanelController final : public PanelDoor {
 public:
     struct Hooks {
+        std::function<void(QWidget&)> beforeShow; ///< its window is about to be mapped
         std::function<void()> opened; ///< the panel has just come on screen
         std::function<void()> closed; ///< it has just gone
     };

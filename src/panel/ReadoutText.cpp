@@ -7,15 +7,26 @@
 
 namespace ostrel {
 
+namespace {
+
+/// a + b, held at the ends of the range: a snapshot's counts may lie anywhere in 64 bits.
+std::int64_t plus(std::int64_t a, std::int64_t b)
+{
+    std::int64_t sum = 0;
+    if (!__builtin_add_overflow(a, b, &sum))
+        return sum;
+    return a > 0 ? INT64_MAX : INT64_MIN;
+}
+
+} // namespace
+
 std::int64_t mcpCount(const OstrelData& data)
 {
     std::int64_t sum = 0;
     for (const auto& entry : data.fan) {
         if (entry.key == "mcp")
             return entry.count;
-        // Hostile counts may not fit a sum.
-        if (__builtin_add_overflow(sum, entry.count, &sum))
-            return entry.count;
+        sum = plus(sum, entry.count);
     }
     return sum;
 }
@@ -26,7 +37,7 @@ std::string readoutText(const OstrelData& data, const NativeStats& native, doubl
     std::string text
         = fmt::format("now: cpu {}% · swap {}% · load {:.1f}   |   collector ({}): {} mcp / {} sess · {}",
             rounded(cpu), native.swapPct(), native.load1, age.value_or("no snapshot yet"), mcpCount(data),
-            data.claudeSessions + data.codexSessions, data.verdict.level);
+            plus(data.claudeSessions, data.codexSessions), data.verdict.level);
     if (stale)
         text += " · stale, refresh to update";
     return text;

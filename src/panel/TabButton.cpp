@@ -12,6 +12,7 @@ constexpr int tabWidth = 96;
 constexpr int tabHeight = 28;
 constexpr double barInset = 10;
 constexpr double barHeight = 2;
+constexpr double ringRadius = 6;
 
 } // namespace
 
@@ -52,7 +53,8 @@ void TabButton::paintEvent(QPaintEvent*)
     if (hasFocus()) {
         painter.setPen(QPen(style_.ink, 2));
         painter.setBrush(Qt::NoBrush);
-        painter.drawRoundedRect(QRectF(rect()).adjusted(2, 2, -2, -2), 6, 6);
+        // Above the bar, which says something else.
+        painter.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -barHeight - 3), ringRadius, ringRadius);
     }
 }
 

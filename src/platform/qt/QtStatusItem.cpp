@@ -22,9 +22,9 @@ constexpr const char* watcherPath = "/StatusNotifierWatcher";
 
 class QtStatusItem final : public StatusItem {
 public:
-    QtStatusItem(MainQueue& queue, const QString& id, const QString& title, const QString& service)
+    QtStatusItem(MainQueue& queue, const QString& id, const QString& title, QString service)
         : bus_(QDBusConnection::sessionBus())
-        , service_(service)
+        , service_(std::move(service))
         , item_(queue, bus_, id, title)
         , menu_(queue, StatusNotifierObject::menuPath)
         , watcher_(watcherService, bus_, QDBusServiceWatcher::WatchForOwnerChange)

@@ -133,7 +133,7 @@ void registerStatusNotifierTypes()
 BusImage busImage(const Image& image)
 {
     BusImage bus { .width = image.width, .height = image.height, .pixels = {} };
-    bus.pixels.resize(static_cast<qsizetype>(image.pixels.size() * sizeof(std::uint32_t)));
+    bus.pixels.resize(static_cast<qsizetype>(image.pixels.size()) * qsizetype { sizeof(std::uint32_t) });
     char* next = bus.pixels.data();
     for (const std::uint32_t pixel : image.pixels) {
         qToBigEndian<quint32>(pixel, next);

@@ -58,18 +58,18 @@ struct BusMenuEvent {
 };
 using BusMenuEvents = QList<BusMenuEvent>;
 
-QDBusArgument& operator<<(QDBusArgument& to, const BusImage& value);
-const QDBusArgument& operator>>(const QDBusArgument& from, BusImage& value);
-QDBusArgument& operator<<(QDBusArgument& to, const BusToolTip& value);
-const QDBusArgument& operator>>(const QDBusArgument& from, BusToolTip& value);
-QDBusArgument& operator<<(QDBusArgument& to, const BusMenuProperties& value);
-const QDBusArgument& operator>>(const QDBusArgument& from, BusMenuProperties& value);
-QDBusArgument& operator<<(QDBusArgument& to, const BusMenuLayout& value);
-const QDBusArgument& operator>>(const QDBusArgument& from, BusMenuLayout& value);
-QDBusArgument& operator<<(QDBusArgument& to, const BusMenuRemoved& value);
-const QDBusArgument& operator>>(const QDBusArgument& from, BusMenuRemoved& value);
-QDBusArgument& operator<<(QDBusArgument& to, const BusMenuEvent& value);
-const QDBusArgument& operator>>(const QDBusArgument& from, BusMenuEvent& value);
+QDBusArgument& operator<<(QDBusArgument& to, const BusImage& image);
+const QDBusArgument& operator>>(const QDBusArgument& from, BusImage& image);
+QDBusArgument& operator<<(QDBusArgument& to, const BusToolTip& tip);
+const QDBusArgument& operator>>(const QDBusArgument& from, BusToolTip& tip);
+QDBusArgument& operator<<(QDBusArgument& to, const BusMenuProperties& row);
+const QDBusArgument& operator>>(const QDBusArgument& from, BusMenuProperties& row);
+QDBusArgument& operator<<(QDBusArgument& to, const BusMenuLayout& row);
+const QDBusArgument& operator>>(const QDBusArgument& from, BusMenuLayout& row);
+QDBusArgument& operator<<(QDBusArgument& to, const BusMenuRemoved& row);
+const QDBusArgument& operator>>(const QDBusArgument& from, BusMenuRemoved& row);
+QDBusArgument& operator<<(QDBusArgument& to, const BusMenuEvent& event);
+const QDBusArgument& operator>>(const QDBusArgument& from, BusMenuEvent& event);
 
 /// Tells the bus library about the types; harmless when repeated.
 void registerStatusNotifierTypes();
