@@ -28,8 +28,8 @@ inline constexpr std::array allBarParts { BarPart::cpu, BarPart::mem, BarPart::s
 [[nodiscard]] std::string_view rawValue(BarDisplayMode mode);
 [[nodiscard]] std::string_view rawValue(BarPart part);
 /// Nothing for a word that names none.
-[[nodiscard]] std::optional<BarDisplayMode> barDisplayMode(std::string_view rawValue);
-[[nodiscard]] std::optional<BarPart> barPart(std::string_view rawValue);
+[[nodiscard]] std::optional<BarDisplayMode> barDisplayMode(std::string_view word);
+[[nodiscard]] std::optional<BarPart> barPart(std::string_view word);
 
 [[nodiscard]] bool showsMark(BarDisplayMode mode);
 [[nodiscard]] bool showsValue(BarDisplayMode mode);

@@ -30,7 +30,7 @@ public:
     void loadSettings(NativeTick& tick);
 
     /// Sets and stores the pin.
-    void storePinned(bool pinned);
+    void storePinned(bool value);
     /// Set and store what the bar shows.
     void storeBarMode(BarDisplayMode mode);
     void storeBarParts(const BarParts& parts);

@@ -18,7 +18,7 @@ int NativeStats::memPct() const
 {
     if (!(totalBytes > 0))
         return 0;
-    return static_cast<int>(std::clamp<std::int64_t>(rounded(usedBytes / totalBytes * 100), 0, 100));
+    return static_cast<int>(rounded(std::clamp(usedBytes / totalBytes * 100, 0.0, 100.0)));
 }
 
 std::int64_t NativeStats::swapPct() const
