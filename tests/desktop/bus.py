@@ -1,0 +1,119 @@
+# SPDX-License-Identifier: Apache-2.0
+"""Calls on a session bus through gdbus, and what a tray host asks of a status item and its menu."""
+import ast
+import re
+import subprocess
+from typing import Any, NamedTuple, Optional
+
+WATCHER = "org.kde.StatusNotifierWatcher"
+ITEM = "org.kde.StatusNotifierItem"
+MENU = "com.canonical.dbusmenu"
+_PROPERTIES = "org.freedesktop.DBus.Properties"
+_DAEMON = ("org.freedesktop.DBus", "/org/freedesktop/DBus")
+
+# Strings stay as they are; type names, variants' brackets and the two booleans differ from Python's literals.
+_FOREIGN = re.compile(r"""(?P<text>'(?:[^'\\]|\\.)*'|"(?:[^"\\]|\\.)*")|@\S+\s"""
+                      r"""|\b(?:byte|u?int(?:16|32|64)|handle|double|objectpath|signature)\s"""
+                      r"""|[<>]|\b(?P<word>true|false)\b""")
+
+
+class Item(NamedTuple):
+    """A status item as the watcher lists it."""
+    service: str
+    path: str
+
+
+class Row(NamedTuple):
+    """A menu row: its number, its label without mnemonics ("" for a separator), whether it can be pressed."""
+    number: int
+    label: str
+    enabled: bool
+
+
+def call(env: dict[str, str], service: str, path: str, method: str, *arguments: str) -> Any:
+    """The answer of a method as plain Python values: None when the call fails, the bare value when there is
+    one, an empty tuple when there is none. Arguments are in GVariant text."""
+    command = ["gdbus", "call", "--session", "--timeout", "10", "--dest", service, "--object-path", path]
+    done = subprocess.run([*command, "--method", method, "--", *arguments], env=env, stdin=subprocess.DEVNULL,
+                          capture_output=True, text=True, check=False)
+    if done.returncode != 0:
+        return None
+    values = parse_variant(done.stdout)
+    return values[0] if len(values) == 1 else values
+
+
+def parse_variant(text: str) -> Any:
+    """GVariant text as plain Python values; variants give what they hold."""
+    def plain(match: re.Match) -> str:
+        return match["text"] or (match["word"] or "").capitalize()
+
+    return ast.literal_eval(_FOREIGN.sub(plain, text).strip())
+
+
+def has_owner(env: dict[str, str], name: str) -> bool:
+    """Whether the name is owned on the bus."""
+    return call(env, *_DAEMON, "org.freedesktop.DBus.NameHasOwner", name) is True
+
+
+def has_host(env: dict[str, str]) -> bool:
+    """Whether something on the desktop shows status items."""
+    return has_owner(env, WATCHER) and _watcher(env, "IsStatusNotifierHostRegistered") is True
+
+
+def item_of(env: dict[str, str], pid: int) -> Optional[Item]:
+    """The registered status item of a process; None when the watcher lists none."""
+    if not has_owner(env, WATCHER):
+        return None
+    for entry in _watcher(env, "RegisteredStatusNotifierItems") or []:
+        service, slash, path = entry.partition("/")
+        if call(env, *_DAEMON, "org.freedesktop.DBus.GetConnectionUnixProcessID", service) == pid:
+            return Item(service, slash + path if slash else "/StatusNotifierItem")
+    return None
+
+
+def item_property(env: dict[str, str], item: Item, name: str) -> Any:
+    """A property of the item; None when it can't be read."""
+    return call(env, item.service, item.path, f"{_PROPERTIES}.Get", ITEM, name)
+
+
+def tool_tip(env: dict[str, str], item: Item) -> str:
+    """The words that a host shows when the pointer rests on the item."""
+    parts = item_property(env, item, "ToolTip")
+    return "\n".join(filter(None, parts[2:4])) if parts else ""
+
+
+def activate(env: dict[str, str], item: Item, x: int = 0, y: int = 0) -> bool:
+    """A left click on the item at a place of the screen, as a host reports it. Whether the item took it."""
+    return call(env, item.service, item.path, f"{ITEM}.Activate", str(x), str(y)) is not None
+
+
+def menu_rows(env: dict[str, str], item: Item) -> list[Row]:
+    """Opens the item's menu as a host does and gives its rows, each submenu's right behind its parent."""
+    menu = item_property(env, item, "Menu")
+    if not menu or call(env, item.service, menu, f"{MENU}.AboutToShow", "0") is None:
+        return []
+    layout = call(env, item.service, menu, f"{MENU}.GetLayout", "0", "-1", "[]")
+    return _rows(layout[1])[1:] if layout else []
+
+
+def press_row(env: dict[str, str], item: Item, label: str) -> bool:
+    """Presses the menu row of that label. Whether there was such a row and the item took the press."""
+    menu = item_property(env, item, "Menu")
+    row = next((row for row in menu_rows(env, item) if row.label == label and row.enabled), None)
+    if row is None:
+        return False
+    event = (str(row.number), "clicked", "<0>", "0")
+    return call(env, item.service, menu, f"{MENU}.Event", *event) is not None
+
+
+def _watcher(env: dict[str, str], name: str) -> Any:
+    return call(env, WATCHER, "/StatusNotifierWatcher", f"{_PROPERTIES}.Get", WATCHER, name)
+
+
+def _rows(layout: Any) -> list[Row]:
+    number, properties, children = layout
+    label = re.sub("_(.)", r"\1", properties.get("label", ""))
+    rows = [Row(number, label, properties.get("enabled", True))]
+    for child in children:
+        rows += _rows(child)
+    return rows

@@ -1,0 +1,106 @@
+# SPDX-License-Identifier: Apache-2.0
+"""What is on a private desktop's screen: pictures, windows, keys and clicks. Places in pixels, y down."""
+import mmap
+import re
+import struct
+import zlib
+from typing import NamedTuple, Optional
+
+from private_desktop import PrivateDesktop
+
+PANEL_TITLE = "OSTREL"
+
+
+class Box(NamedTuple):
+    """A rectangle on the screen."""
+    x: int
+    y: int
+    width: int
+    height: int
+
+
+class Picture(NamedTuple):
+    """Pixels from the top left, row by row, three bytes each: red, green, blue."""
+    width: int
+    height: int
+    pixels: bytes
+
+
+def picture(desktop: PrivateDesktop, box: Optional[Box] = None) -> Picture:
+    """What the screen shows now, or the part of it that lies in the box."""
+    with open(f"{desktop.folder}/Xvfb_screen0", "rb") as file, \
+            mmap.mmap(file.fileno(), 0, access=mmap.ACCESS_READ) as memory:
+        header = struct.unpack(">25I", memory[:100])
+        start, width, height, line = header[0] + header[19] * 12, header[4], header[5], header[12]
+        box = box or Box(0, 0, width, height)
+        left, top = max(0, box.x), max(0, box.y)
+        right, bottom = max(left, min(width, box.x + box.width)), max(top, min(height, box.y + box.height))
+        starts = (start + row * line for row in range(top, bottom))
+        rows = b"".join(memory[at + left * 4:at + right * 4] for at in starts)
+    pixels = bytearray(len(rows) // 4 * 3)
+    for to, come in enumerate((2, 1, 0)):  # stored as blue, green, red, nothing
+        pixels[to::3] = rows[come::4]
+    return Picture(right - left, bottom - top, bytes(pixels))
+
+
+def colours(shown: Picture) -> dict[bytes, int]:
+    """How many pixels have each colour."""
+    counts: dict[bytes, int] = {}
+    pixels = shown.pixels
+    for at in range(0, len(pixels), 3):
+        colour = pixels[at:at + 3]
+        counts[colour] = counts.get(colour, 0) + 1
+    return counts
+
+
+def write_png(shown: Picture, path: str) -> None:
+    """Writes the picture as a PNG file."""
+    def chunk(name: bytes, data: bytes) -> bytes:
+        return struct.pack(">I", len(data)) + name + data + struct.pack(">I", zlib.crc32(name + data))
+
+    form = struct.pack(">IIBBBBB", shown.width, shown.height, 8, 2, 0, 0, 0)  # 8 bits a channel, in colour
+    line = shown.width * 3
+    lines = b"".join(b"\0" + shown.pixels[at:at + line] for at in range(0, len(shown.pixels), line))
+    with open(path, "wb") as file:
+        file.write(b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", form) + chunk(b"IDAT", zlib.compress(lines, 6))
+                   + chunk(b"IEND", b""))
+
+
+def panel_window(desktop: PrivateDesktop) -> Optional[int]:
+    """The panel's window when it is on the screen."""
+    found = desktop.run(["xdotool", "search", "--onlyvisible", "--name", f"^{PANEL_TITLE}$"]).stdout.split()
+    return int(found[0]) if found else None
+
+
+def window_box(desktop: PrivateDesktop, window: int) -> Optional[Box]:
+    """Where a window is; None when it has gone."""
+    told = desktop.run(["xdotool", "getwindowgeometry", "--shell", str(window)]).stdout
+    values = dict(re.findall(r"^(\w+)=(-?\d+)$", told, re.MULTILINE))
+    return Box(*(int(values[key]) for key in ("X", "Y", "WIDTH", "HEIGHT"))) if "WIDTH" in values else None
+
+
+def window_property(desktop: PrivateDesktop, window: int, name: str) -> str:
+    """A window's property as the X server tells it; "" when there is none."""
+    return desktop.run(["xprop", "-id", str(window), "-notype", name]).stdout.partition("=")[2].strip()
+
+
+def active_window(desktop: PrivateDesktop) -> Optional[int]:
+    """The window that gets the keys."""
+    told = desktop.run(["xprop", "-root", "-notype", "_NET_ACTIVE_WINDOW"]).stdout
+    found = re.search(r"0x([0-9a-f]+)", told)
+    return int(found[1], 16) if found else None
+
+
+def press(desktop: PrivateDesktop, key: str) -> None:
+    """Presses and releases a key (an X keysym name, as in "Escape" or "ctrl+w") in the active window."""
+    desktop.run(["xdotool", "key", key])
+
+
+def move_pointer(desktop: PrivateDesktop, x: int, y: int) -> None:
+    """Moves the pointer to a place."""
+    desktop.run(["xdotool", "mousemove", str(x), str(y)])
+
+
+def click(desktop: PrivateDesktop, x: int, y: int) -> None:
+    """Moves the pointer to a place and clicks with the left button."""
+    desktop.run(["xdotool", "mousemove", "--sync", str(x), str(y), "click", "1"])

@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "app/AppDelegate.h"
+
+#include "support/FakePlatform.h"
+
+#include <QAbstractButton>
+#include <QLabel>
+#include <QStringList>
+#include <QWidget>
+
+#include <string>
+
+/// The application over a fake platform, and what is to be read in its panel.
+struct AppBench : FakePlatform {
+    AppBench() { bundle.resources.emplace("collectors/ostrel.py", "/opt/ostrel.py"); }
+
+    /// Lets the fetch that waits, or a new one, be answered by the script with this text and status.
+    void answer(
+        const std::string& output, int status = 0, const std::string& errorOutput = "the script failed")
+    {
+        children.outcomes.push_back({ .launchError = {},
+            .output = output,
+            .errorOutput = status == 0 ? "" : errorOutput,
+            .status = status,
+            .elapsed = platform::Seconds(0.04) });
+        delegate.snapshots().fetchPythonData();
+        globalQueue.run();
+        time.runPosted();
+    }
+
+    [[nodiscard]] QWidget& root() { return *delegate.frame().rootView(); }
+
+    /// The texts of all labels on screen.
+    [[nodiscard]] QStringList texts()
+    {
+        QStringList all;
+        for (const QLabel* label : root().findChildren<QLabel*>())
+            if (label->isVisible())
+                all.push_back(label->text());
+        return all;
+    }
+
+    /// The button on screen with that name for assistive technology; null without one.
+    [[nodiscard]] QAbstractButton* button(const QString& name)
+    {
+        for (QAbstractButton* button : root().findChildren<QAbstractButton*>())
+            if (button->accessibleName() == name && button->isVisible())
+                return button;
+        return nullptr;
+    }
+
+    ostrel::AppDelegate delegate { services() };
+};
+
+/// A snapshot with that many processes.
+[[nodiscard]] inline std::string snapshotText(int processes)
+{
+    std::string rows;
+    for (int n = 0; n < processes; ++n)
+        rows += std::string(n ? "," : "") + R"({"rss":)" + std::to_string(4000 - n) + R"(,"pid":")"
+            + std::to_string(100 + n) + R"(","name":"<b>p)" + std::to_string(n)
+            + R"(</b>","grp":"node","cmd":"node <i>x</i> &amp;","cpu":1.5})";
+    return R"({"ts":"12:00:00","ram":{},"swap":{},"fan":{"mcp":7},"procs":[)" + rows + "]}";
+}
