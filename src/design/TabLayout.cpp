@@ -7,16 +7,22 @@
 
 namespace ostrel {
 
-QLabel* wrappingLabel(const QString& text, const QFont& font, const QColor& color, int width)
+QLabel* lineLabel(const QString& text, const QFont& font, const QColor& color)
 {
     auto* label = new QLabel;
     label->setTextFormat(Qt::PlainText);
     label->setText(text);
     label->setFont(font);
-    label->setWordWrap(true);
     QPalette palette = label->palette();
     palette.setColor(QPalette::WindowText, color);
     label->setPalette(palette);
+    return label;
+}
+
+QLabel* wrappingLabel(const QString& text, const QFont& font, const QColor& color, int width)
+{
+    auto* label = lineLabel(text, font, color);
+    label->setWordWrap(true);
     if (width > 0)
         label->setFixedWidth(width);
     return label;

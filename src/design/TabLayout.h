@@ -16,6 +16,9 @@ namespace ostrel {
 [[nodiscard]] QLabel* wrappingLabel(
     const QString& text, const QFont& font, const QColor& color, int width = 0);
 
+/// A label of one line, as wide as its text.
+[[nodiscard]] QLabel* lineLabel(const QString& text, const QFont& font, const QColor& color);
+
 /// A one-pixel horizontal rule.
 [[nodiscard]] QFrame* separator(const QColor& color);
 

@@ -50,11 +50,11 @@ QWidget* card(const OstrelStyle& style, LiveRegistry& live, const std::string& c
     auto* column = new QVBoxLayout(plate);
     column->setContentsMargins(cardInset, cardInset, cardInset, cardInset);
     column->setSpacing(4);
-    column->addWidget(wrappingLabel(utf16(caption), OstrelStyle::mono(11), style.muted));
-    auto* value = wrappingLabel("–", OstrelStyle::mono(24, QFont::DemiBold), style.ink);
+    column->addWidget(lineLabel(utf16(caption), OstrelStyle::mono(11), style.muted));
+    auto* value = lineLabel("–", OstrelStyle::mono(24, QFont::DemiBold), style.ink);
     live.add(key, value);
     column->addWidget(value);
-    auto* below = wrappingLabel(utf16(sub), OstrelStyle::mono(11), style.muted);
+    auto* below = lineLabel(utf16(sub), OstrelStyle::mono(11), style.muted);
     if (!subKey.empty())
         live.add(subKey, below);
     column->addWidget(below);

@@ -86,9 +86,7 @@ void PanelFrame::makeContent(const OstrelStyle& style, std::function<void(std::s
     column->addWidget(separator(style_.hair));
     column->addWidget(makeBody(), 1);
     column->addWidget(separator(style_.hair));
-    const std::string footer
-        = fmt::format("1 dashboard · 3 processes · esc close   {} · refreshes while open", appVersion);
-    column->addWidget(wrappingLabel(utf16(footer), OstrelStyle::mono(10), style_.muted, contentWidth));
+    column->addWidget(makeFooter());
 }
 
 QWidget* PanelFrame::makeHeader() const
@@ -113,6 +111,18 @@ QWidget* PanelFrame::makeHeader() const
     version->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     row->addWidget(version);
     return header;
+}
+
+QWidget* PanelFrame::makeFooter() const
+{
+    auto* footer = new QWidget;
+    auto* row = new QHBoxLayout(footer);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->addWidget(lineLabel("1 dashboard · 3 processes · esc close", OstrelStyle::mono(10), style_.muted));
+    row->addStretch();
+    row->addWidget(lineLabel(utf16(fmt::format("{} · on this Mac · refreshes while open", appVersion)),
+        OstrelStyle::mono(10), style_.muted));
+    return footer;
 }
 
 QWidget* PanelFrame::makeStrip()
@@ -163,7 +173,7 @@ void PanelFrame::renderBody()
     if (!choice.readout.empty())
         set(choice.readout);
     renderScreen(*body, choice.screen);
-    body->addStretch();
+    body->addStretch(1);
     // A rebuild usually runs inside a handler of one of the old body's own controls.
     if (QWidget* old = scroll_->takeWidget())
         old->deleteLater();

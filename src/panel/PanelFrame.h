@@ -52,6 +52,7 @@ public:
 
 private:
     [[nodiscard]] QWidget* makeHeader() const;
+    [[nodiscard]] QWidget* makeFooter() const;
     [[nodiscard]] QWidget* makeStrip();
     [[nodiscard]] QWidget* makeBody();
     void renderScreen(QVBoxLayout& body, BodyScreen screen);

@@ -25,14 +25,9 @@ enum Column { memory, cpu, pid, name, command };
 
 QLabel* cell(const QString& text, const OstrelStyle& style, bool strong, Qt::Alignment alignment)
 {
-    auto* label = new QLabel;
-    label->setTextFormat(Qt::PlainText);
-    label->setText(text);
-    label->setFont(OstrelStyle::mono(11, strong ? QFont::DemiBold : QFont::Normal));
+    auto* label = lineLabel(text, OstrelStyle::mono(11, strong ? QFont::DemiBold : QFont::Normal),
+        strong ? style.ink : style.muted);
     label->setAlignment(alignment | Qt::AlignVCenter);
-    QPalette palette = label->palette();
-    palette.setColor(QPalette::WindowText, strong ? style.ink : style.muted);
-    label->setPalette(palette);
     return label;
 }
 
