@@ -45,7 +45,7 @@ void killMyselfIn(std::chrono::nanoseconds delay)
 
 TEST(HistoryFile, AKillAtAnyMomentOfASaveLeavesTheOldFileOrTheNew)
 {
-    constexpr int kills = 400;
+    constexpr int kills = 300;
     const TemporaryHome home;
     const std::string path = OstrelHistory::defaultPath(home.path());
     const std::string folder = platform::parentDirectory(path);
