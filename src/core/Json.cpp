@@ -17,6 +17,29 @@ T orElse(const std::optional<T>& value, T fallback)
     return value ? *value : fallback;
 }
 
+/// Whether a text nests deeper than allowed: printing, comparing and other walks over a value recurse. Told
+/// before parsing, since a watching callback makes the library walk over all earlier neighbours at the end of
+/// each object and array: hours for a hostile text.
+bool nestsTooDeep(std::string_view text)
+{
+    int depth = 0;
+    bool inText = false;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        const char c = text[at];
+        if (inText && c == '\\')
+            ++at;
+        else if (c == '"')
+            inText = !inText;
+        else if (inText)
+            continue;
+        else if ((c == '[' || c == '{') && ++depth > deepestNesting)
+            return true;
+        else if (c == ']' || c == '}')
+            --depth;
+    }
+    return false;
+}
+
 } // namespace
 
 std::optional<Value> parse(std::string_view text)
@@ -24,17 +47,10 @@ std::optional<Value> parse(std::string_view text)
     // The library takes a zero byte for the end of the text and would accept whatever follows it.
     if (text.size() > longestText || text.find('\0') != std::string_view::npos)
         return std::nullopt;
-    // What lies too deep is dropped while it is read: printing, comparing and other walks over a value
-    // recurse.
-    bool tooDeep = false;
-    const auto watch = [&tooDeep](int depth, Value::parse_event_t event, Value&) {
-        using Event = Value::parse_event_t;
-        if ((event == Event::object_start || event == Event::array_start) && depth >= deepestNesting)
-            tooDeep = true;
-        return !tooDeep;
-    };
-    Value value = Value::parse(text, watch, /*allow_exceptions=*/false);
-    if (tooDeep || value.is_discarded())
+    if (nestsTooDeep(text))
+        return std::nullopt;
+    Value value = Value::parse(text, nullptr, /*allow_exceptions=*/false);
+    if (value.is_discarded())
         return std::nullopt;
     return value;
 }
