@@ -36,6 +36,8 @@ int runApplication(int& argc, char** argv, bool background, RealPlatform& platfo
 {
     // A child that ends before it has read its input must not take the instrument with it.
     std::signal(SIGPIPE, SIG_IGN);
+    // A starter that ignored its children leaves that to us, and the kernel would then keep no exit status.
+    std::signal(SIGCHLD, SIG_DFL);
     // Before the toolkit starts its threads: a signal goes to any thread that doesn't keep it back.
     platform::QtTerminationSignals::keepBack();
     choosePlatform();
