@@ -19,7 +19,7 @@ constexpr platform::Seconds quitPatience { 0.8 };
 /// The sizes that tray hosts draw at. Each is drawn for itself: a scaled one is blurred on dense screens.
 constexpr std::array markSizes { 16, 22, 24, 32, 44, 48, 64 };
 
-std::vector<platform::Image> barMark()
+platform::Images barMark()
 {
     // Bars come dark and light: this grey stands at least 3 to 1 against both.
     const QColor ink(0x85, 0x8a, 0x90);
@@ -28,7 +28,7 @@ std::vector<platform::Image> barMark()
     images.reserve(markSizes.size());
     for (const int size : markSizes)
         images.push_back(appMarkImage(size, ink, signal));
-    return images;
+    return platform::Images(std::move(images));
 }
 
 } // namespace

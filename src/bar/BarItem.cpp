@@ -13,7 +13,7 @@ BarItem::BarItem(Owner owner)
 {
 }
 
-void BarItem::setupStatusItem(std::vector<platform::Image> mark)
+void BarItem::setupStatusItem(platform::Images mark)
 {
     mark_ = std::move(mark);
     statusItem_ = owner_.statusBar.makeItem(std::string(appIdentifier), "ostrel");

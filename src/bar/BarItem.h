@@ -11,7 +11,6 @@
 #include <functional>
 #include <memory>
 #include <string>
-#include <vector>
 
 namespace ostrel {
 
@@ -31,7 +30,7 @@ public:
     explicit BarItem(Owner owner);
 
     /// Makes the item, once. `mark` is the instrument's mark at several sizes.
-    void setupStatusItem(std::vector<platform::Image> mark);
+    void setupStatusItem(platform::Images mark);
     /// Shows the present values; nothing before `setupStatusItem`.
     void updateStatusButton();
     /// Takes the item off the bar.
@@ -45,7 +44,7 @@ private:
     [[nodiscard]] BarReading reading() const;
 
     Owner owner_;
-    std::vector<platform::Image> mark_;
+    platform::Images mark_;
     std::unique_ptr<platform::StatusItem> statusItem_;
 };
 

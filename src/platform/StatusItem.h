@@ -9,7 +9,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <vector>
 
 namespace platform {
 
@@ -19,7 +18,7 @@ struct StatusItemFace {
     std::string label; ///< text beside the picture, on hosts that show one; may be empty
     std::string labelGuide; ///< the widest label to expect, so that a host can keep its width steady
     std::string toolTip; ///< also what assistive technology reads
-    std::vector<Image> images; ///< one drawing at several sizes, smallest first
+    Images images;
 
     bool operator==(const StatusItemFace&) const = default;
 };

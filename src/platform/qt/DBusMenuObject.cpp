@@ -4,6 +4,7 @@
 #include "platform/qt/BusProperties.h"
 
 #include <QDBusConnection>
+#include <QDBusError>
 #include <QDBusMessage>
 
 #include <utility>
@@ -73,7 +74,7 @@ bool DBusMenuObject::handleMessage(const QDBusMessage& message, const QDBusConne
     if (!message.interface().isEmpty() && message.interface() != interface)
         return false;
     const QDBusMessage reply = answer(message, connection);
-    if (message.isReplyRequired() || reply.type() == QDBusMessage::ErrorMessage)
+    if (message.isReplyRequired())
         connection.send(reply);
     return true;
 }
@@ -105,8 +106,10 @@ QDBusMessage DBusMenuObject::answer(const QDBusMessage& message, const QDBusConn
         const int id = given[0].toInt();
         const QString name = given[1].toString();
         const QVariantMap found = model_.properties(id, { name });
-        if (found.isEmpty())
+        if (!model_.has(id))
             return unknownRow(message, id);
+        if (found.isEmpty())
+            return message.createErrorReply(QDBusError::InvalidArgs, "The row has no property " + name + ".");
         return message.createReply(QVariant::fromValue(QDBusVariant(found.value(name))));
     }
     if (call == "Event(isvu)") {

@@ -17,7 +17,7 @@ namespace platform {
 
 namespace {
 
-BusImages busImages(const std::vector<Image>& images)
+BusImages busImages(const Images& images)
 {
     BusImages list;
     for (const Image& image : images)
@@ -36,12 +36,18 @@ Point globalPoint(int x, int y)
     return { x / ratio, screen->geometry().height() - y / ratio };
 }
 
-StatusNotifierObject::StatusNotifierObject(MainQueue& queue, QDBusConnection bus, QString id, QString title)
+StatusNotifierObject::StatusNotifierObject(
+    MainQueue& queue, QDBusConnection bus, const QString& id, const QString& title)
     : queue_(queue)
     , bus_(std::move(bus))
-    , id_(std::move(id))
-    , title_(std::move(title))
+    , properties_ { { "Category", "SystemServices" }, { "Id", id }, { "Title", title }, { "WindowId", 0 },
+        { "IconName", "" }, { "IconThemePath", "" }, { "IconPixmap", QVariant::fromValue(BusImages()) },
+        { "OverlayIconName", "" }, { "OverlayIconPixmap", QVariant::fromValue(BusImages()) },
+        { "AttentionIconName", "" }, { "AttentionIconPixmap", QVariant::fromValue(BusImages()) },
+        { "AttentionMovieName", "" }, { "ItemIsMenu", false },
+        { "Menu", QVariant::fromValue(QDBusObjectPath(menuPath)) }, { "XAyatanaOrderingIndex", 0U } }
 {
+    describeFace({});
 }
 
 void StatusNotifierObject::tell(const char* signal, const QVariantList& arguments) const
@@ -54,15 +60,26 @@ void StatusNotifierObject::tell(const char* signal, const QVariantList& argument
 void StatusNotifierObject::setFace(const StatusItemFace& face)
 {
     const StatusItemFace before = std::exchange(face_, face);
+    describeFace(before);
     if (before.images != face_.images)
         tell("NewIcon");
     if (before.toolTip != face_.toolTip)
         tell("NewToolTip");
     if (before.visible != face_.visible)
-        tell("NewStatus", { face_.visible ? "Active" : "Passive" });
+        tell("NewStatus", { properties_["Status"] });
     if (before.label != face_.label || before.labelGuide != face_.labelGuide)
-        tell("XAyatanaNewLabel",
-            { QString::fromStdString(face_.label), QString::fromStdString(face_.labelGuide) });
+        tell("XAyatanaNewLabel", { properties_["XAyatanaLabel"], properties_["XAyatanaLabelGuide"] });
+}
+
+void StatusNotifierObject::describeFace(const StatusItemFace& before)
+{
+    properties_["Status"] = face_.visible ? "Active" : "Passive";
+    properties_["ToolTip"] = QVariant::fromValue(BusToolTip {
+        .iconName = {}, .images = {}, .title = QString::fromStdString(face_.toolTip), .text = {} });
+    properties_["XAyatanaLabel"] = QString::fromStdString(face_.label);
+    properties_["XAyatanaLabelGuide"] = QString::fromStdString(face_.labelGuide);
+    if (before.images != face_.images)
+        properties_["IconPixmap"] = QVariant::fromValue(busImages(face_.images));
 }
 
 void StatusNotifierObject::setActivateHandler(std::function<void(std::optional<Point>)> handler)
@@ -70,26 +87,10 @@ void StatusNotifierObject::setActivateHandler(std::function<void(std::optional<P
     activate_ = std::move(handler);
 }
 
-QVariantMap StatusNotifierObject::properties() const
-{
-    const BusToolTip toolTip {
-        .iconName = {}, .images = {}, .title = QString::fromStdString(face_.toolTip), .text = {}
-    };
-    return { { "Category", "SystemServices" }, { "Id", id_ }, { "Title", title_ },
-        { "Status", face_.visible ? "Active" : "Passive" }, { "WindowId", 0 }, { "IconName", "" },
-        { "IconThemePath", "" }, { "IconPixmap", QVariant::fromValue(busImages(face_.images)) },
-        { "OverlayIconName", "" }, { "OverlayIconPixmap", QVariant::fromValue(BusImages()) },
-        { "AttentionIconName", "" }, { "AttentionIconPixmap", QVariant::fromValue(BusImages()) },
-        { "AttentionMovieName", "" }, { "ToolTip", QVariant::fromValue(toolTip) }, { "ItemIsMenu", false },
-        { "Menu", QVariant::fromValue(QDBusObjectPath(menuPath)) },
-        { "XAyatanaLabel", QString::fromStdString(face_.label) },
-        { "XAyatanaLabelGuide", QString::fromStdString(face_.labelGuide) }, { "XAyatanaOrderingIndex", 0U } };
-}
-
 bool StatusNotifierObject::handleMessage(const QDBusMessage& message, const QDBusConnection& connection)
 {
     if (message.interface() == propertiesInterface) {
-        connection.send(answerPropertiesCall(message, interface, properties()));
+        connection.send(answerPropertiesCall(message, interface, properties_));
         return true;
     }
     if (!message.interface().isEmpty() && message.interface() != interface)

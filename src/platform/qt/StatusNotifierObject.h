@@ -21,7 +21,7 @@ public:
     static constexpr const char* menuPath = "/MenuBar";
 
     /// Presses run through `queue`, never inside the bus's own handler.
-    StatusNotifierObject(MainQueue& queue, QDBusConnection bus, QString id, QString title);
+    StatusNotifierObject(MainQueue& queue, QDBusConnection bus, const QString& id, const QString& title);
 
     /// Takes the face in and tells the hosts of each part that is different.
     void setFace(const StatusItemFace& face);
@@ -31,14 +31,14 @@ public:
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override;
 
 private:
-    [[nodiscard]] QVariantMap properties() const;
+    /// Brings `properties_` up to the present face.
+    void describeFace(const StatusItemFace& before);
     void tell(const char* signal, const QVariantList& arguments = {}) const;
 
     MainQueue& queue_;
     QDBusConnection bus_;
-    QString id_;
-    QString title_;
     StatusItemFace face_;
+    QVariantMap properties_; ///< as the bus asks for them, most often for one of them after each tick
     std::function<void(std::optional<Point>)> activate_;
 };
 
