@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: Apache-2.0
+/// Small texts of the kernel, the system and the settings: no bytes may lead a parser out of its bounds.
+#include "bar/OstrelHotkey.h"
+#include "platform/linux/Base64.h"
+#include "platform/linux/LinuxProcessInfo.h"
+#include "platform/linux/ProcFields.h"
+
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <string_view>
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    const std::string_view text(reinterpret_cast<const char*>(data), size);
+    const auto memory = platform::parseMemInfo(text);
+    if (memory.usedKiB() > memory.memTotal.value_or(0) || memory.swapUsedKiB() > memory.swapTotal.value_or(0))
+        std::abort();
+    (void)memory.headroom();
+    (void)platform::parseCpuLine(text);
+    (void)platform::parseMemoryStall(text);
+    if (!std::isfinite(platform::parseLeadingNumber(text)))
+        std::abort();
+    (void)platform::prettyOsName(text);
+    if (platform::fromBase64(platform::toBase64(text)) != text)
+        std::abort();
+    (void)platform::fromBase64(text);
+    if (const auto hotkey = ostrel::OstrelHotkey::fromStorage(text))
+        if (ostrel::OstrelHotkey::fromStorage(hotkey->storage()) != hotkey)
+            std::abort();
+    return 0;
+}
