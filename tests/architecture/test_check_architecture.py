@@ -58,7 +58,3 @@ class TheProjectItself(unittest.TestCase):
     def test_keeps_to_its_arrows(self):
         here = os.path.dirname(os.path.abspath(__file__))
         self.assertEqual(check(os.path.join(here, "..", "..", "src")), [])
-
-
-if __name__ == "__main__":
-    unittest.main()

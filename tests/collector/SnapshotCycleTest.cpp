@@ -1,14 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "collector/SnapshotCycle.h"
 
-#include "support/FakeBundle.h"
-#include "support/FakeChildProcess.h"
-#include "support/FakeFileManager.h"
-#include "support/FakeKernel.h"
+#include "support/FakeMachine.h"
 #include "support/FakePanel.h"
-#include "support/FakeUserDefaults.h"
-#include "support/ManualGlobalQueue.h"
-#include "support/VirtualTime.h"
 
 #include <memory>
 #include <optional>
@@ -29,22 +23,13 @@ using Calls = std::vector<std::string>;
 constexpr const char* good = R"({"ts":"now","ram":{},"swap":{}})";
 constexpr const char* script = "/home/someone/Library/Application Support/Ostrel/runtime/ostrel.py";
 
+/// A snapshot that says when it was taken.
+std::string taken(const std::string& when) { return R"({"ts":")" + when + R"(","ram":{},"swap":{}})"; }
+
 /// A cycle with an open panel, whose children answer what the test prepared.
-struct Bench {
+struct Bench : FakeMachine {
     Bench() { cycle->connect(panel, panel); }
 
-    void answer(
-        const std::string& output, int status = 0, const std::string& errorOutput = {}, double elapsed = 0.1)
-    {
-        children.outcomes.push_back(
-            { .output = output, .errorOutput = errorOutput, .status = status, .elapsed = Seconds(elapsed) });
-    }
-    /// Lets the child that is on its way end, and its answer arrive.
-    void deliver()
-    {
-        queue.run();
-        time.runPosted();
-    }
     void fetch(
         const std::string& output, int status = 0, const std::string& errorOutput = {}, double elapsed = 0.1)
     {
@@ -53,20 +38,14 @@ struct Bench {
         deliver();
     }
     Calls calls() { return std::exchange(panel.calls, {}); }
+    [[nodiscard]] std::size_t waiting() const { return globalQueue.waiting.size(); }
 
-    FakeKernel kernel;
     CPUSampler sampler { kernel };
-    VirtualTime time;
-    FakeUserDefaults defaults;
-    FakeFileManager files;
-    FakeChildProcess children;
-    FakeBundle bundle;
-    ManualGlobalQueue queue;
     FakePanel panel;
     NativeTick tick { kernel, sampler, time, time, defaults };
     std::shared_ptr<CollectorRunner> runner = std::make_shared<CollectorRunner>(children);
     std::optional<SnapshotCycle> cycle { std::in_place,
-        SnapshotCycle::Platform { time, time, queue, files, bundle, time }, runner, tick };
+        SnapshotCycle::Platform { time, time, globalQueue, files, bundle, time }, runner, tick };
 };
 
 TEST(SnapshotCycle, AsksTheScriptOfTheProgramOrElseThatOfTheHome)
@@ -84,16 +63,11 @@ TEST(SnapshotCycle, AsksTheScriptOfTheProgramOrElseThatOfTheHome)
     bench.cycle->fetchPythonData();
     EXPECT_EQ(bench.cycle->backendState(), "collector missing: /opt/collectors/ostrel.py")
         << "looked at each time";
-    EXPECT_EQ(bench.queue.waiting.at(0).first, platform::QueuePriority::utility);
+    EXPECT_EQ(bench.globalQueue.waiting.at(0).first, platform::QueuePriority::utility);
     bench.deliver();
     ASSERT_EQ(bench.children.requests.size(), 2U);
-    for (const auto& [at, path] : { std::pair { 0U, script }, { 1U, "/opt/collectors/ostrel.py" } }) {
-        const auto& request = bench.children.requests[at];
-        EXPECT_EQ(request.executable, "/usr/bin/python3");
-        EXPECT_EQ(request.arguments, (Calls { path, "json" }));
-        EXPECT_EQ(request.input, std::nullopt);
-        EXPECT_EQ(request.timeout, Seconds(8));
-    }
+    EXPECT_EQ(bench.children.requests[0].arguments, (Calls { script, "json" }));
+    EXPECT_EQ(bench.children.requests[1].arguments, (Calls { "/opt/collectors/ostrel.py", "json" }));
 }
 
 TEST(SnapshotCycle, DrawsTheWaitingStateBeforeTheFirstChildAndTheReadoutBehindTheBody)
@@ -112,19 +86,18 @@ TEST(SnapshotCycle, DrawsTheWaitingStateBeforeTheFirstChildAndTheReadoutBehindTh
 
 TEST(SnapshotCycle, TheServerAndSettingsTabsAreNotRebuilt)
 {
+    Bench bench;
+    bench.fetch(good);
     for (const auto& words : ostrelModes()) {
-        const OstrelMode mode = words.mode;
-        const bool drawn = mode != OstrelMode::server && mode != OstrelMode::settings;
-        Bench bench;
-        bench.fetch(good);
+        const bool drawn = words.mode != OstrelMode::server && words.mode != OstrelMode::settings;
+        const std::string title(words.title);
+        bench.panel.tab = words.mode;
         bench.calls();
-        bench.panel.tab = mode;
-        bench.fetch(R"({"ts":"later","ram":{},"swap":{}})");
-        EXPECT_EQ(bench.calls(), drawn ? (Calls { "forced", "readout" }) : (Calls { "readout" }))
-            << words.title;
-        EXPECT_EQ(bench.cycle->lastData()->ts, "later") << words.title;
+        bench.fetch(taken(title));
+        EXPECT_EQ(bench.calls(), drawn ? (Calls { "forced", "readout" }) : Calls { "readout" }) << title;
+        EXPECT_EQ(bench.cycle->lastData()->ts, title);
         bench.fetch("", 1);
-        EXPECT_EQ(bench.calls(), drawn ? Calls { "render" } : Calls {}) << words.title;
+        EXPECT_EQ(bench.calls(), drawn ? Calls { "render" } : Calls {}) << title;
     }
 }
 
@@ -135,39 +108,24 @@ TEST(SnapshotCycle, OnlyAnObjectWithRamAndSwapAndStatusZeroIsASnapshot)
         = R"({"ram":{},"swap":{},"x":)" + std::string(1'000, '[') + std::string(1'000, ']') + "}";
     struct Case {
         std::string output;
-        int status;
+        std::string state = invalid;
+        int status = 0;
         std::string errorOutput;
-        double elapsed;
-        std::string state;
+        double elapsed = 1;
     };
-    const Case cases[] {
-        { good, 0, "", 0.1234, "snapshot 123 ms" },
-        { good, 0, "a warning", 7.9996, "snapshot 8000 ms" },
-        { R"({"swap":{"a":1},"ram":{"b":2},"ts":7})", 0, "", 0, "snapshot 0 ms" },
-        { "  "s + good + "\n", 0, "", 1, "snapshot 1000 ms" },
-        { good, 1, "", 1, invalid },
-        { good, 1, "KeyError: 'x'\n", 1, "KeyError: 'x'\n" },
-        { good, 0, "", 8, "snapshot 8000 ms" }, // the status decides, not the clock
-        { good, 15, "", 8.5, "Collector timed out after 8s" },
-        { good, 2, "\xff", 1, "Collector stopped" },
-        { "", 0, "", 1, invalid },
-        { "", 0, "a warning", 1, invalid },
-        { "[]", 0, "", 1, invalid },
-        { "null", 0, "", 1, invalid },
-        { R"({"ram":{}})", 0, "", 1, invalid },
-        { R"({"swap":{}})", 0, "", 1, invalid },
-        { R"({"ram":[],"swap":{}})", 0, "", 1, invalid },
-        { R"({"ram":{},"swap":null})", 0, "", 1, invalid },
-        { R"({"ram":{},"swap":{})", 0, "", 1, invalid },
-        { "warning\n"s + good, 0, "", 1, invalid },
-        { good + "{}"s, 0, "", 1, invalid },
-        { good + "\0"s, 0, "", 1, invalid },
-        { "{\"ram\":{},\"swap\":{},\"ts\":\"\xff\"}", 0, "", 1, invalid },
-        { deep, 0, "", 1, invalid },
-    };
+    const Case cases[] { { good, "snapshot 123 ms", 0, "", 0.1234 },
+        { good, "snapshot 8000 ms", 0, "a warning", 7.9996 },
+        { R"({"swap":{"a":1},"ram":{"b":2},"ts":7})", "snapshot 0 ms", 0, "", 0 },
+        { "  "s + good + "\n", "snapshot 1000 ms" }, { good, invalid, 1 },
+        { good, "KeyError: 'x'\n", 1, "KeyError: 'x'\n" },
+        { good, "snapshot 8000 ms", 0, "", 8 }, // the status decides, not the clock
+        { good, "Collector timed out after 8s", 15, "", 8.5 }, { "", invalid, 0, "a warning" }, { "[]" },
+        { "null" }, { R"({"ram":{}})" }, { R"({"swap":{}})" }, { R"({"ram":[],"swap":{}})" },
+        { R"({"ram":{},"swap":null})" }, { R"({"ram":{},"swap":{})" }, { "warning\n"s + good },
+        { good + "{}"s }, { good + "\0"s }, { "{\"ram\":{},\"swap\":{},\"ts\":\"\xff\"}" }, { deep } };
     for (const Case& c : cases) {
         Bench bench;
-        bench.fetch(R"({"ts":"before","ram":{},"swap":{}})");
+        bench.fetch(taken("before"));
         const auto before = bench.cycle->lastSnapshotAt();
         bench.time.advance(5s);
         bench.fetch(c.output, c.status, c.errorOutput, c.elapsed);
@@ -178,15 +136,13 @@ TEST(SnapshotCycle, OnlyAnObjectWithRamAndSwapAndStatusZeroIsASnapshot)
         EXPECT_EQ(bench.cycle->collectorLatency(), c.elapsed) << shown;
         EXPECT_EQ(bench.cycle->snapshotIsStale(), !accepted) << shown;
         EXPECT_FALSE(bench.cycle->isFetchingPythonData()) << shown;
-        EXPECT_EQ(
-            bench.cycle->lastSnapshotJSON(), accepted ? c.output : R"({"ts":"before","ram":{},"swap":{}})")
-            << shown;
+        EXPECT_EQ(bench.cycle->lastSnapshotJSON(), accepted ? c.output : taken("before")) << shown;
         EXPECT_EQ(bench.cycle->lastData()->ts == "before", !accepted) << shown;
         EXPECT_EQ(bench.cycle->lastSnapshotAt() == before, !accepted) << shown;
     }
 }
 
-TEST(SnapshotCycle, AChildThatCannotStartIsShownInTheRunnersWords)
+TEST(SnapshotCycle, AFirstChildThatCannotStartLeavesNoDataAndIsShownInTheRunnersWords)
 {
     Bench bench;
     bench.children.outcomes.push_back({ .launchError = "No such file or directory" });
@@ -194,8 +150,8 @@ TEST(SnapshotCycle, AChildThatCannotStartIsShownInTheRunnersWords)
     bench.deliver();
     EXPECT_EQ(bench.cycle->backendState(), "Could not start Python 3: No such file or directory");
     EXPECT_EQ(bench.cycle->lastData(), std::nullopt);
-    EXPECT_TRUE(bench.cycle->snapshotIsStale());
     EXPECT_EQ(bench.cycle->snapshotAgeText(), std::nullopt);
+    EXPECT_TRUE(bench.cycle->snapshotIsStale());
 }
 
 TEST(SnapshotCycle, OneChildAtATimeAndNoneWhileOtherWorkRuns)
@@ -204,20 +160,20 @@ TEST(SnapshotCycle, OneChildAtATimeAndNoneWhileOtherWorkRuns)
     bool busy = true;
     bench.cycle->setBusy([&busy] { return busy; });
     bench.cycle->startPanelPolling();
-    EXPECT_TRUE(bench.queue.waiting.empty());
+    EXPECT_EQ(bench.waiting(), 0U);
     EXPECT_EQ(bench.cycle->backendState(), "collector idle") << "a skipped fetch touches nothing";
     EXPECT_EQ(bench.calls(), Calls {});
     busy = false;
     for (int press = 0; press < 5; ++press)
         bench.cycle->fetchPythonData();
     bench.time.advance(100s); // ticks of the timer meanwhile
-    EXPECT_EQ(bench.queue.waiting.size(), 1U);
+    EXPECT_EQ(bench.waiting(), 1U);
     EXPECT_TRUE(bench.cycle->isFetchingPythonData());
     bench.answer(good);
     bench.deliver();
-    EXPECT_TRUE(bench.queue.waiting.empty()) << "nothing has queued up";
+    EXPECT_EQ(bench.waiting(), 0U) << "nothing has queued up";
     bench.time.advance(15s);
-    EXPECT_EQ(bench.queue.waiting.size(), 1U);
+    EXPECT_EQ(bench.waiting(), 1U);
 }
 
 TEST(SnapshotCycle, TheTimerFollowsTheProfileAndOnlyAnOpenPanelIsFetchedFor)
@@ -228,24 +184,20 @@ TEST(SnapshotCycle, TheTimerFollowsTheProfileAndOnlyAnOpenPanelIsFetchedFor)
         bench.deliver();
         bench.tick.applyRefresh(profile);
         bench.cycle->profileChanged();
-        EXPECT_EQ(bench.queue.waiting.size(), 1U) << "at once";
+        EXPECT_EQ(bench.waiting(), 1U) << "at once";
         bench.deliver();
         EXPECT_EQ(bench.time.timers(), 1) << profile;
-        bench.children.requests.clear();
-        for (int i = 1; i <= 3; ++i) {
-            bench.time.advance(period - 1ms);
-            EXPECT_TRUE(bench.queue.waiting.empty()) << profile;
-            bench.time.advance(1ms);
-            EXPECT_EQ(bench.queue.waiting.size(), 1U) << profile;
-            bench.deliver();
-        }
+        bench.time.advance(period - 1ms);
+        EXPECT_EQ(bench.waiting(), 0U) << profile;
+        bench.time.advance(1ms);
+        EXPECT_EQ(bench.waiting(), 1U) << profile;
+        bench.deliver();
         bench.cycle->panelDidClose();
         bench.panel.open = false;
         bench.cycle->profileChanged();
         EXPECT_EQ(bench.time.timers(), 0) << profile;
         bench.time.advance(1000s);
-        EXPECT_TRUE(bench.queue.waiting.empty()) << profile;
-        EXPECT_EQ(bench.children.requests.size(), 3U) << profile;
+        EXPECT_EQ(bench.waiting(), 0U) << profile;
     }
 }
 
@@ -259,8 +211,8 @@ TEST(SnapshotCycle, AClosingVoidsTheAnswerOnItsWayAndReopeningFetchesAtOnce)
         bench.children.whileRunning = nullptr;
         bench.cycle->panelDidClose();
     };
-    bench.answer(R"({"ts":"late","ram":{},"swap":{}})", 0, "", 3);
-    bench.queue.run();
+    bench.answer(taken("late"), 0, "", 3);
+    bench.globalQueue.run();
     EXPECT_EQ(*bench.children.stops, 1) << "the child was asked to end";
     EXPECT_EQ(bench.cycle->generation(), 1);
     EXPECT_FALSE(bench.cycle->isFetchingPythonData());
@@ -268,13 +220,13 @@ TEST(SnapshotCycle, AClosingVoidsTheAnswerOnItsWayAndReopeningFetchesAtOnce)
     // It opens again, and the newer fetch is on its way when the old answer arrives.
     bench.calls();
     bench.cycle->startPanelPolling();
-    EXPECT_EQ(bench.queue.waiting.size(), 1U);
+    EXPECT_EQ(bench.waiting(), 1U);
     bench.time.runPosted();
     EXPECT_TRUE(bench.cycle->isFetchingPythonData()) << "the flag is the newer one's";
     EXPECT_EQ(bench.cycle->lastData()->ts, "now");
     EXPECT_EQ(bench.cycle->collectorLatency(), 0.1);
     EXPECT_EQ(bench.calls(), Calls {});
-    bench.answer(R"({"ts":"new","ram":{},"swap":{}})");
+    bench.answer(taken("new"));
     bench.deliver();
     EXPECT_EQ(bench.cycle->lastData()->ts, "new");
     EXPECT_FALSE(bench.cycle->isFetchingPythonData());
@@ -292,13 +244,11 @@ TEST(SnapshotCycle, WhatIsShownGetsStaleByTheProfileOrAtOnceByAFailure)
         bench.time.jump(1ms);
         EXPECT_TRUE(bench.cycle->snapshotIsStale()) << profile;
         bench.fetch(good);
-        EXPECT_FALSE(bench.cycle->snapshotIsStale()) << profile;
         bench.time.jump(10s);
+        EXPECT_FALSE(bench.cycle->snapshotIsStale()) << profile;
         bench.fetch("", 1);
         EXPECT_TRUE(bench.cycle->snapshotIsStale()) << profile;
         EXPECT_EQ(bench.cycle->snapshotAgeText(), "10s ago") << "of the last good one";
-        bench.fetch(good);
-        EXPECT_FALSE(bench.cycle->snapshotIsStale()) << profile;
     }
 }
 
@@ -310,7 +260,6 @@ TEST(SnapshotCycle, TheAgeIsRoundedToSecondsAndThenCutToItsUnit)
         { 86'400 * 10, "240h ago" }, { -5, "0s ago" }, { -7200, "0s ago" } };
     for (const auto& [age, text] : cases) {
         Bench bench;
-        EXPECT_EQ(bench.cycle->snapshotAgeText(), std::nullopt);
         bench.fetch(good);
         bench.time.jump(Seconds(age));
         EXPECT_EQ(bench.cycle->snapshotAgeText(), text) << age;
@@ -333,19 +282,18 @@ TEST(SnapshotCycle, AnAnswerThatOutlivesItsOwnerIsDroppedAndTheRunnerLivesAsLong
     EXPECT_EQ(bench.calls(), Calls {});
     EXPECT_TRUE(runner.expired());
     bench.time.advance(100s);
-    EXPECT_TRUE(bench.queue.waiting.empty()) << "the timer went with it";
+    EXPECT_EQ(bench.waiting(), 0U) << "the timer went with it";
 }
 
 TEST(SnapshotCycle, WithoutAPanelItKeepsStateOnly)
 {
     Bench bench;
-    SnapshotCycle bare({ bench.time, bench.time, bench.queue, bench.files, bench.bundle, bench.time },
+    bench.cycle.emplace(SnapshotCycle::Platform { bench.time, bench.time, bench.globalQueue, bench.files,
+                            bench.bundle, bench.time },
         bench.runner, bench.tick);
-    bare.fetchPythonData();
-    bench.answer(good);
-    bench.deliver();
-    EXPECT_EQ(bare.lastData()->ts, "now");
-    bare.profileChanged();
+    bench.fetch(good);
+    EXPECT_EQ(bench.cycle->lastData()->ts, "now");
+    bench.cycle->profileChanged();
     EXPECT_EQ(bench.time.timers(), 0);
 }
 

@@ -1,7 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
 """A made-up machine in a temporary folder: its /proc, /sys and home. Makes the collectors importable."""
-from __future__ import annotations
-
 import os
 import shutil
 import sys

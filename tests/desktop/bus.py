@@ -31,8 +31,7 @@ class Row(NamedTuple):
 
 
 def call(env: dict[str, str], service: str, path: str, method: str, *arguments: str) -> Any:
-    """The answer of a method as plain Python values: None when the call fails, the bare value when there is
-    one, an empty tuple when there is none. Arguments are in GVariant text."""
+    """A method's answer as plain Python: None after a failure, a bare value when it is alone, or a tuple."""
     command = ["gdbus", "call", "--session", "--timeout", "10", "--dest", service, "--object-path", path]
     done = subprocess.run([*command, "--method", method, "--", *arguments], env=env, stdin=subprocess.DEVNULL,
                           capture_output=True, text=True, check=False)
@@ -44,10 +43,8 @@ def call(env: dict[str, str], service: str, path: str, method: str, *arguments: 
 
 def parse_variant(text: str) -> Any:
     """GVariant text as plain Python values; variants give what they hold."""
-    def plain(match: re.Match) -> str:
-        return match["text"] or (match["word"] or "").capitalize()
-
-    return ast.literal_eval(_FOREIGN.sub(plain, text).strip())
+    plain = _FOREIGN.sub(lambda found: found["text"] or (found["word"] or "").capitalize(), text)
+    return ast.literal_eval(plain.strip())
 
 
 def has_owner(env: dict[str, str], name: str) -> bool:
@@ -57,13 +54,11 @@ def has_owner(env: dict[str, str], name: str) -> bool:
 
 def has_host(env: dict[str, str]) -> bool:
     """Whether something on the desktop shows status items."""
-    return has_owner(env, WATCHER) and _watcher(env, "IsStatusNotifierHostRegistered") is True
+    return _watcher(env, "IsStatusNotifierHostRegistered") is True
 
 
 def item_of(env: dict[str, str], pid: int) -> Optional[Item]:
     """The registered status item of a process; None when the watcher lists none."""
-    if not has_owner(env, WATCHER):
-        return None
     for entry in _watcher(env, "RegisteredStatusNotifierItems") or []:
         service, slash, path = entry.partition("/")
         if call(env, *_DAEMON, "org.freedesktop.DBus.GetConnectionUnixProcessID", service) == pid:
@@ -80,11 +75,6 @@ def tool_tip(env: dict[str, str], item: Item) -> str:
     """The words that a host shows when the pointer rests on the item."""
     parts = item_property(env, item, "ToolTip")
     return "\n".join(filter(None, parts[2:4])) if parts else ""
-
-
-def activate(env: dict[str, str], item: Item, x: int = 0, y: int = 0) -> bool:
-    """A left click on the item at a place of the screen, as a host reports it. Whether the item took it."""
-    return call(env, item.service, item.path, f"{ITEM}.Activate", str(x), str(y)) is not None
 
 
 def menu_rows(env: dict[str, str], item: Item) -> list[Row]:

@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: Apache-2.0
 """Finds and ends every process that one cause started, also those whose parents have ended.
 
-A mark in the environment passes from parent to child; together with the process tree it finds what was
-started. The caller becomes the parent of orphans (`adopt_orphans`), so that none slips away to process 1.
+A mark in the environment passes from parent to child. The caller becomes the parent of orphans
+(`adopt_orphans`), so that none slips away to process 1.
 """
 import contextlib
 import ctypes
@@ -12,6 +12,7 @@ import time
 from collections.abc import Collection
 
 MARK = "OSTREL_DESKTOP_MARK"
+PATIENCE = 3.0  # seconds
 
 _PR_SET_PDEATHSIG = 1
 _PR_SET_CHILD_SUBREAPER = 36
@@ -29,35 +30,26 @@ def end_with_parent() -> None:
 
 
 def living(mark: str) -> set[int]:
-    """The running processes that carry the mark, and their descendants, without the caller."""
+    """The running processes that carry the mark, without the caller."""
     entry = f"{MARK}={mark}".encode()
-    parents: dict[int, int] = {}
     found: set[int] = set()
     for pid in map(int, filter(str.isdigit, os.listdir("/proc"))):
         with contextlib.suppress(OSError):
-            state, parent = _read(f"/proc/{pid}/stat").rpartition(b")")[2].split()[:2]
-            if state in (b"Z", b"X"):
-                continue
-            parents[pid] = int(parent)
-            if entry in _read(f"/proc/{pid}/environ").split(b"\0"):
+            ended = _read(f"/proc/{pid}/stat").rpartition(b") ")[2][:1] in (b"Z", b"X")
+            if not ended and entry in _read(f"/proc/{pid}/environ").split(b"\0"):
                 found.add(pid)
-    grown = True
-    while grown:
-        below = {pid for pid, parent in parents.items() if parent in found} - found
-        found |= below
-        grown = bool(below)
     return found - {os.getpid()}
 
 
-def end_all(mark: str, patience: float = 3.0, reaped_elsewhere: Collection[int] = ()) -> set[int]:
-    """Asks every marked process to end, kills what is still there after `patience` seconds, and gives what
+def end_all(mark: str, reaped_elsewhere: Collection[int]) -> set[int]:
+    """Asks every marked process to end, kills what is still there after three seconds, and gives what
     even that didn't end (nothing, unless a process hangs in the kernel). Whoever holds the ones that are
     `reaped_elsewhere` asks for their exit codes."""
     begin = time.monotonic()
     asked: set[int] = set()
     while pids := living(mark):
-        late = time.monotonic() - begin - patience
-        if late > patience:
+        late = time.monotonic() - begin - PATIENCE
+        if late > PATIENCE:
             return pids
         for pid in pids if late > 0 else pids - asked:
             with contextlib.suppress(ProcessLookupError):

@@ -1,23 +1,19 @@
-#!/usr/bin/python3
 # SPDX-License-Identifier: Apache-2.0
 """A private X11 desktop: virtual screen, home, session bus, window manager and a tray for status items.
 
 Nothing of the developer's own session is read or reached, nothing listens on the network, and at the end
 (also after a failure or a signal) every process that the desktop caused has ended and its folder is gone.
-As a program it runs one command on such a desktop: private_desktop.py [options] -- COMMAND [ARGUMENT...]
 """
-import argparse
 import atexit
 import contextlib
 import glob
 import os
+import re
 import secrets
-import select
 import shutil
 import signal
 import struct
 import subprocess
-import sys
 import tempfile
 import threading
 import time
@@ -27,58 +23,36 @@ import bus
 import marked_processes
 
 # What each part needs: a program on the path or a file pattern, and the Debian package that has it.
-PACKAGES = {
-    "base": [("Xvfb", "xvfb"), ("dbus-daemon", "dbus-daemon"), ("gdbus", "libglib2.0-bin"),
-             ("xprop", "x11-utils"), ("xdotool", "xdotool")],
-    "openbox": [("openbox", "openbox")],
-    "xfwm4": [("xfwm4", "xfwm4")],
-    "xfce": [("xfce4-panel", "xfce4-panel"),
-             ("/usr/share/dbus-1/services/org.xfce.Xfconf.service", "xfconf")],
-    "accessible": [("/usr/libexec/at-spi-bus-launcher", "at-spi2-core"),
-                   ("/usr/lib/python3/dist-packages/pyatspi", "python3-pyatspi")],
-}
-WINDOW_MANAGERS = {"openbox": ["openbox", "--sm-disable"], "xfwm4": ["xfwm4", "--vblank=off"]}
-TRAYS = {"xfce": ["xfce4-panel", "--disable-wm-check", "--sm-client-disable"]}
+PACKAGES = [("Xvfb", "xvfb"), ("dbus-daemon", "dbus-daemon"), ("gdbus", "libglib2.0-bin"),
+            ("xprop", "x11-utils"), ("xdotool", "xdotool"), ("openbox", "openbox"),
+            ("xfce4-panel", "xfce4-panel"),
+            ("/usr/share/dbus-1/services/org.xfce.Xfconf.service", "xfconf")]
+ACCESSIBLE_PACKAGES = [("/usr/libexec/at-spi-bus-launcher", "at-spi2-core"),
+                       ("/usr/lib/python3/dist-packages/pyatspi", "python3-pyatspi")]
 TRAY_HEIGHT = 28
-# Services that the bus may start on demand; everything else on it is started by hand or absent.
-BUS_SERVICES = {"xfce": "org.xfce.Xfconf", "accessible": "org.a11y.Bus"}
 # All that is taken over from the surroundings. The rest of the environment describes another desktop.
-KEPT_VARIABLES = ("PATH", "USER", "LOGNAME", "TERM", "TMPDIR", "ASAN_OPTIONS", "LSAN_OPTIONS",
-                  "TSAN_OPTIONS", "UBSAN_OPTIONS", "LLVM_PROFILE_FILE", "GCOV_PREFIX")
-HOME_FOLDERS = {"XDG_CONFIG_HOME": ".config", "XDG_DATA_HOME": ".local/share", "XDG_CACHE_HOME": ".cache",
-                "XDG_STATE_HOME": ".local/state"}
+KEPT_VARIABLES = ("PATH", "TMPDIR", "ASAN_OPTIONS", "LSAN_OPTIONS", "TSAN_OPTIONS", "UBSAN_OPTIONS")
 BUS_CONFIGURATION = """<busconfig>
-<type>session</type>
-<listen>unix:path={folder}/run/bus</listen>
-<auth>EXTERNAL</auth>
-<servicedir>{folder}/services</servicedir>
+<type>session</type> <auth>EXTERNAL</auth>
+<listen>unix:path={folder}/run/bus</listen> <servicedir>{folder}/services</servicedir>
 <policy context="default">
-  <allow send_destination="*" eavesdrop="true"/>
-  <allow eavesdrop="true"/>
-  <allow own="*"/>
+  <allow send_destination="*" eavesdrop="true"/> <allow eavesdrop="true"/> <allow own="*"/>
 </policy>
 </busconfig>"""
 # One strip along the top: a gap that takes the room, then the status items.
 TRAY_CONFIGURATION = f"""<?xml version="1.0" encoding="UTF-8"?>
 <channel name="xfce4-panel" version="1.0">
   <property name="configver" type="int" value="2"/>
-  <property name="panels" type="array">
-    <value type="int" value="1"/>
+  <property name="panels" type="array"> <value type="int" value="1"/>
     <property name="panel-1" type="empty">
       <property name="position" type="string" value="p=11;x=0;y=0"/>
-      <property name="position-locked" type="bool" value="true"/>
       <property name="length" type="uint" value="100"/>
       <property name="size" type="uint" value="{TRAY_HEIGHT}"/>
-      <property name="plugin-ids" type="array">
-        <value type="int" value="1"/>
-        <value type="int" value="2"/>
-      </property>
-    </property>
-  </property>
+      <property name="plugin-ids" type="array"> <value type="int" value="1"/> <value type="int" value="2"/>
+    </property> </property> </property>
   <property name="plugins" type="empty">
     <property name="plugin-1" type="string" value="separator">
-      <property name="expand" type="bool" value="true"/>
-      <property name="style" type="uint" value="0"/>
+      <property name="expand" type="bool" value="true"/> <property name="style" type="uint" value="0"/>
     </property>
     <property name="plugin-2" type="string" value="systray"/>
   </property>
@@ -101,9 +75,9 @@ class Interrupted(KeyboardInterrupt):
     """A signal asks to end; its number is the argument. Test runners let it through like the keyboard's."""
 
 
-def require(*parts: str) -> None:
-    """Raises MissingPackages unless everything that the parts (keys of PACKAGES) need is installed."""
-    missing = {package: need for part in parts for need, package in PACKAGES[part]
+def require(packages: list[tuple[str, str]]) -> None:
+    """Raises MissingPackages unless everything in a list like PACKAGES is installed."""
+    missing = {package: need for need, package in packages
                if not (glob.glob(need) if "/" in need else shutil.which(need))}
     if missing:
         raise MissingPackages(f"{', '.join(sorted(missing.values()))} missing; "
@@ -114,10 +88,8 @@ class PrivateDesktop:
     """One desktop, from `with` to its end. `env` is the environment of all that runs on it, `home` its home
     folder, `size` the screen's width and height in pixels. One thread, one desktop at a time."""
 
-    def __init__(self, size: tuple[int, int] = (1440, 900), scale: float = 1, window_manager: str = "openbox",
-                 tray: str = "xfce", accessible: bool = False) -> None:
+    def __init__(self, size: tuple[int, int] = (1440, 900), scale: int = 1, accessible: bool = False) -> None:
         self.size, self.scale, self.accessible = size, scale, accessible
-        self._window_manager, self._tray = window_manager, tray
         self._parts: dict[str, subprocess.Popen] = {}
         self._started: list[subprocess.Popen] = []
         self._handlers: dict[int, object] = {}
@@ -126,8 +98,7 @@ class PrivateDesktop:
         self.env: dict[str, str] = {}
 
     def __enter__(self) -> "PrivateDesktop":
-        require("base", self._window_manager, *([self._tray] if self._tray != "none" else []),
-                *(["accessible"] if self.accessible else []))
+        require(PACKAGES + ACCESSIBLE_PACKAGES * self.accessible)
         self._watch_signals()
         marked_processes.adopt_orphans()
         atexit.register(self.close)  # a test runner that is interrupted leaves no other way
@@ -136,17 +107,13 @@ class PrivateDesktop:
             self._start_screen()
             self._start_bus()
             self._start_window_manager()
-            if self._tray != "none":
-                self.start_tray()
+            self.start_tray()
         except BaseException:
             self.close()
             raise
         return self
 
-    def __exit__(self, *_: object) -> None:
-        self.close()
-
-    def close(self) -> None:
+    def close(self, *_: object) -> None:
         """Ends all that runs on the desktop and removes its folder. A second call does nothing."""
         if not self.folder:
             return
@@ -164,20 +131,20 @@ class PrivateDesktop:
         if left:
             raise DesktopError(f"processes that can't be ended: {sorted(left)}")
 
-    def start(self, name: str, command: list[str], env: Optional[dict[str, str]] = None,
-              keep: tuple[int, ...] = ()) -> subprocess.Popen:
-        """Starts a program on the desktop; what it prints goes to the log of that name. `keep` are
-        descriptors that it inherits."""
+    __exit__ = close
+
+    def start(self, name: str, command: list[str], env: Optional[dict[str, str]] = None) -> subprocess.Popen:
+        """Starts a program on the desktop; what it prints goes to the log of that name."""
         with open(self._log(name), "ab") as log:
             process = subprocess.Popen(command, env=env or self.env, cwd=self.home, stdin=subprocess.DEVNULL,
-                                       stdout=log, stderr=log, pass_fds=keep, start_new_session=True,
+                                       stdout=log, stderr=log, start_new_session=True,
                                        preexec_fn=marked_processes.end_with_parent)
         self._started.append(process)
         return process
 
-    def run(self, command: list[str], env: Optional[dict[str, str]] = None) -> subprocess.CompletedProcess:
+    def run(self, command: list[str]) -> subprocess.CompletedProcess:
         """Runs a short command on the desktop to its end and gives its exit code and texts."""
-        return subprocess.run(command, env=env or self.env, cwd=self.home, stdin=subprocess.DEVNULL,
+        return subprocess.run(command, env=self.env, cwd=self.home, stdin=subprocess.DEVNULL,
                               capture_output=True, text=True, timeout=GENEROUS * 3, check=False)
 
     def log(self, name: str) -> str:
@@ -201,18 +168,15 @@ class PrivateDesktop:
         return answer
 
     def home_environment(self, home: str) -> dict[str, str]:
-        """The desktop's environment with another home folder, which is made."""
-        env = dict(self.env, HOME=home, **{key: f"{home}/{folder}" for key, folder in HOME_FOLDERS.items()})
-        for key in ("HOME", *HOME_FOLDERS):
-            os.makedirs(env[key], mode=0o700, exist_ok=True)
-        return env
+        """The desktop's environment with another home folder."""
+        return dict(self.env, HOME=home)
 
     def start_tray(self) -> None:
         """Starts the tray and waits until it takes status items and has its strip of the screen."""
-        self._parts["tray"] = self.start("tray", TRAYS[self._tray])
-        self.wait_for("status item host", lambda: bus.has_host(self.env), program="tray")
+        self._parts["tray"] = self.start("tray", ["xfce4-panel", "--disable-wm-check", "--sm-client-disable"])
         full = (0, 0, *self.size)
-        self.wait_for("tray strip", lambda: self.work_area() not in (None, full), program="tray")
+        self.wait_for("tray", lambda: bus.has_host(self.env) and self.work_area() not in (None, full),
+                      program="tray")
 
     def stop_tray(self) -> None:
         """Kills the tray, as a crash would, and waits until the bus has seen it go."""
@@ -242,22 +206,18 @@ class PrivateDesktop:
         self.home = f"{self.folder}/home"
         self.env = {key: os.environ[key] for key in KEPT_VARIABLES if key in os.environ}
         self.env.update({
-            marked_processes.MARK: self._mark,
-            "LANG": "C.UTF-8",
-            "QT_QPA_PLATFORM": "xcb",
-            "GDK_BACKEND": "x11",
-            "XDG_SESSION_TYPE": "x11", "XDG_CURRENT_DESKTOP": "XFCE" if self._tray == "xfce" else "X-Generic",
+            marked_processes.MARK: self._mark, "HOME": self.home,
+            "LANG": "C.UTF-8", "QT_QPA_PLATFORM": "xcb", "GDK_BACKEND": "x11",
+            "XDG_SESSION_TYPE": "x11", "XDG_CURRENT_DESKTOP": "XFCE",
             "XDG_RUNTIME_DIR": f"{self.folder}/run", "XAUTHORITY": f"{self.folder}/xauthority",
             # The machine's own system bus isn't part of this desktop.
             "DBUS_SYSTEM_BUS_ADDRESS": f"unix:path={self.folder}/no-system-bus",
         })
         self.env["QT_LINUX_ACCESSIBILITY_ALWAYS_ON" if self.accessible else "NO_AT_BRIDGE"] = "1"
         if self.scale != 1:
-            # GTK takes whole factors, and multiplies the dots per inch by them once more.
-            whole = max(1, int(self.scale))
-            self.env.update({"GDK_SCALE": str(whole), "GDK_DPI_SCALE": str(1 / whole)})
-        self.env = self.home_environment(self.home)
-        settings = f"{self.env['XDG_CONFIG_HOME']}/xfce4/xfconf/xfce-perchannel-xml"
+            # GTK multiplies the dots per inch by the scale once more.
+            self.env.update({"GDK_SCALE": str(self.scale), "GDK_DPI_SCALE": str(1 / self.scale)})
+        settings = f"{self.home}/.config/xfce4/xfconf/xfce-perchannel-xml"
         for path in (f"{self.folder}/run", f"{self.folder}/log", f"{self.folder}/services", settings):
             os.makedirs(path, mode=0o700)
         with open(f"{settings}/xfce4-panel.xml", "w", encoding="utf-8") as file:
@@ -269,83 +229,36 @@ class PrivateDesktop:
             os.fchmod(file.fileno(), 0o600)
             # Family 0xffff with empty address and number: the key fits whatever display number comes out.
             file.write(b"\xff\xff" + b"".join(struct.pack(">H", len(part)) + part for part in cookie))
-        dpi = str(round(96 * self.scale))
-        number = self._start_ready("screen", lambda ready: [
-            "Xvfb", "-displayfd", str(ready), "-screen", "0", f"{self.size[0]}x{self.size[1]}x24", "-noreset",
-            "-dpi", dpi, "-nolisten", "tcp", "-auth", self.env["XAUTHORITY"], "-fbdir", self.folder])
-        self.env["DISPLAY"] = f":{number}"
+        dpi = str(96 * self.scale)
+        command = ["Xvfb", "-displayfd", "1", "-screen", "0", f"{self.size[0]}x{self.size[1]}x24", "-noreset",
+                   "-dpi", dpi, "-nolisten", "tcp", "-auth", self.env["XAUTHORITY"], "-fbdir", self.folder]
+        self.env["DISPLAY"] = ":" + self._start_part("screen", command, r"^(\d+)\n")
         if self.scale != 1:
             self.run(["xprop", "-root", "-f", "RESOURCE_MANAGER", "8s", "-set", "RESOURCE_MANAGER",
                       f"Xft.dpi:\t{dpi}\n"])
 
     def _start_bus(self) -> None:
-        for part in (self._tray, *(["accessible"] if self.accessible else [])):
-            if part in BUS_SERVICES:
-                os.symlink(f"/usr/share/dbus-1/services/{BUS_SERVICES[part]}.service",
-                           f"{self.folder}/services/{BUS_SERVICES[part]}.service")
+        # What the bus may start on demand; everything else on it is started by hand or absent.
+        for name in ["org.xfce.Xfconf"] + ["org.a11y.Bus"] * self.accessible:
+            os.symlink(f"/usr/share/dbus-1/services/{name}.service", f"{self.folder}/services/{name}.service")
         configuration = f"{self.folder}/bus.conf"
         with open(configuration, "w", encoding="utf-8") as file:
             file.write(BUS_CONFIGURATION.format(folder=self.folder))
-        self.env["DBUS_SESSION_BUS_ADDRESS"] = self._start_ready("bus", lambda ready: [
-            "dbus-daemon", f"--config-file={configuration}", "--nofork", "--nopidfile", "--nosyslog",
-            f"--print-address={ready}"])
+        command = ["dbus-daemon", f"--config-file={configuration}", "--nofork", "--nopidfile", "--nosyslog",
+                   "--print-address=1"]
+        self.env["DBUS_SESSION_BUS_ADDRESS"] = self._start_part("bus", command, r"^(unix:.*)\n")
         if self.accessible:
             self.wait_for("accessibility bus", lambda: bus.call(
                 self.env, "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus.GetAddress"))
 
     def _start_window_manager(self) -> None:
-        self._parts["window manager"] = self.start("window manager", WINDOW_MANAGERS[self._window_manager])
-        self.wait_for("window manager", lambda: "0x" in self._root("_NET_SUPPORTING_WM_CHECK"),
-                      program="window manager")
+        self._parts["openbox"] = self.start("openbox", ["openbox", "--sm-disable"])
+        self.wait_for("openbox", lambda: "0x" in self._root("_NET_SUPPORTING_WM_CHECK"), program="openbox")
 
-    def _start_ready(self, name: str, command: Callable[[int], list[str]]) -> str:
-        """Starts a part that writes one line to a descriptor when it is ready, and gives that line."""
-        reading, writing = os.pipe()
-        with open(reading, "rb", buffering=0) as pipe:
-            try:
-                self._parts[name] = self.start(name, command(writing), keep=(writing,))
-            finally:
-                os.close(writing)
-            line = b""
-            while not line.endswith(b"\n"):
-                ready = select.select([pipe], [], [], GENEROUS)[0]
-                more = pipe.read(4096) if ready else b""
-                if not more:
-                    why = "ended" if ready else "no answer"
-                    raise DesktopError(f"{name}: {why}\n{self.log(name)[-1500:]}")
-                line += more
-        return line.decode().strip()
+    def _start_part(self, name: str, command: list[str], ready: str) -> str:
+        """Starts a part that prints a line of this form when it is ready, and gives that line."""
+        self._parts[name] = self.start(name, command)
+        return self.wait_for(name, lambda: re.search(ready, self.log(name), re.MULTILINE), program=name)[1]
 
     def _root(self, name: str) -> str:
         return self.run(["xprop", "-root", "-notype", name]).stdout
-
-
-def main(arguments: list[str]) -> int:
-    """The command's own exit code; 128+N when signal N ended it or this program, 70 when the desktop didn't
-    come, 77 when a package is missing."""
-    parser = argparse.ArgumentParser(description=__doc__)
-    parser.add_argument("--size", default="1440x900", metavar="WIDTHxHEIGHT", help="of the screen, in pixels")
-    parser.add_argument("--scale", type=float, default=1, help="how much larger programs draw")
-    parser.add_argument("--window-manager", choices=WINDOW_MANAGERS, default="openbox")
-    parser.add_argument("--tray", choices=[*TRAYS, "none"], default="xfce")
-    parser.add_argument("--accessible", action="store_true", help="with an accessibility bus")
-    parser.add_argument("command", nargs="+")
-    options = parser.parse_args(arguments)
-    width, _, height = options.size.partition("x")
-    if not (width.isdigit() and height.isdigit() and 0.5 <= options.scale <= 8):
-        parser.error("the size is WIDTHxHEIGHT, the scale 0.5 to 8")
-    try:
-        with PrivateDesktop((int(width), int(height)), options.scale, options.window_manager, options.tray,
-                            options.accessible) as desktop:
-            code = subprocess.Popen(options.command, env=desktop.env, stdin=subprocess.DEVNULL,
-                                    preexec_fn=marked_processes.end_with_parent).wait()
-            return code if code >= 0 else 128 - code
-    except Interrupted as interruption:
-        return 128 + interruption.args[0]
-    except (DesktopError, OSError) as error:
-        print(f"private_desktop: {error}", file=sys.stderr)
-        return 77 if isinstance(error, MissingPackages) else 70
-
-
-if __name__ == "__main__":
-    sys.exit(main(sys.argv[1:]))

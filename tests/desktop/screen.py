@@ -4,11 +4,10 @@ import mmap
 import re
 import struct
 import zlib
+from collections import Counter
 from typing import NamedTuple, Optional
 
 from private_desktop import PrivateDesktop
-
-PANEL_TITLE = "OSTREL"
 
 
 class Box(NamedTuple):
@@ -26,13 +25,12 @@ class Picture(NamedTuple):
     pixels: bytes
 
 
-def picture(desktop: PrivateDesktop, box: Optional[Box] = None) -> Picture:
-    """What the screen shows now, or the part of it that lies in the box."""
+def picture(desktop: PrivateDesktop, box: Box) -> Picture:
+    """What the part of the screen that lies in the box shows now."""
     with open(f"{desktop.folder}/Xvfb_screen0", "rb") as file, \
             mmap.mmap(file.fileno(), 0, access=mmap.ACCESS_READ) as memory:
         header = struct.unpack(">25I", memory[:100])
         start, width, height, line = header[0] + header[19] * 12, header[4], header[5], header[12]
-        box = box or Box(0, 0, width, height)
         left, top = max(0, box.x), max(0, box.y)
         right, bottom = max(left, min(width, box.x + box.width)), max(top, min(height, box.y + box.height))
         starts = (start + row * line for row in range(top, bottom))
@@ -43,14 +41,10 @@ def picture(desktop: PrivateDesktop, box: Optional[Box] = None) -> Picture:
     return Picture(right - left, bottom - top, bytes(pixels))
 
 
-def colours(shown: Picture) -> dict[bytes, int]:
+def colours(shown: Picture) -> Counter[tuple[int, int, int]]:
     """How many pixels have each colour."""
-    counts: dict[bytes, int] = {}
     pixels = shown.pixels
-    for at in range(0, len(pixels), 3):
-        colour = pixels[at:at + 3]
-        counts[colour] = counts.get(colour, 0) + 1
-    return counts
+    return Counter(zip(pixels[::3], pixels[1::3], pixels[2::3]))
 
 
 def write_png(shown: Picture, path: str) -> None:
@@ -68,7 +62,7 @@ def write_png(shown: Picture, path: str) -> None:
 
 def panel_window(desktop: PrivateDesktop) -> Optional[int]:
     """The panel's window when it is on the screen."""
-    found = desktop.run(["xdotool", "search", "--onlyvisible", "--name", f"^{PANEL_TITLE}$"]).stdout.split()
+    found = desktop.run(["xdotool", "search", "--onlyvisible", "--name", "^OSTREL$"]).stdout.split()
     return int(found[0]) if found else None
 
 

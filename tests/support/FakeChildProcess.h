@@ -33,10 +33,10 @@ public:
             whileRunning();
         platform::ChildOutcome outcome;
         outcome.status = 0;
-        if (!outcomes.empty()) {
-            outcome = std::move(outcomes.front());
-            outcomes.pop_front();
-        }
+        if (outcomes.empty())
+            return outcome;
+        outcome = std::move(outcomes.front());
+        outcomes.pop_front();
         return outcome;
     }
 

@@ -3,14 +3,8 @@
 
 #include "app/PlatformServices.h"
 
-#include "support/FakeBundle.h"
-#include "support/FakeChildProcess.h"
-#include "support/FakeFileManager.h"
-#include "support/FakeKernel.h"
+#include "support/FakeMachine.h"
 #include "support/FakeStatusBar.h"
-#include "support/FakeUserDefaults.h"
-#include "support/ManualGlobalQueue.h"
-#include "support/VirtualTime.h"
 
 #include <map>
 #include <string>
@@ -18,7 +12,7 @@
 #include <vector>
 
 /// Everything that the application asks of an operating system, as fakes.
-struct FakePlatform {
+struct FakePlatform : FakeMachine {
     struct Machine final : platform::ProcessInfo {
         [[nodiscard]] std::string operatingSystemVersionString() const override { return "Test OS 1"; }
         [[nodiscard]] double systemUptime() const override { return 7200; }
@@ -37,29 +31,11 @@ struct FakePlatform {
 
     [[nodiscard]] ostrel::PlatformServices services()
     {
-        return { .kernel = kernel,
-            .processInfo = machine,
-            .children = children,
-            .defaults = defaults,
-            .files = files,
-            .bundle = bundle,
-            .clock = time,
-            .mainQueue = time,
-            .runLoop = time,
-            .globalQueue = globalQueue,
-            .statusBar = statusBar,
-            .notifications = notifications,
-            .quit = [this] { ++quits; } };
+        return { kernel, machine, children, defaults, files, bundle, time, time, time, globalQueue, statusBar,
+            notifications, [this] { ++quits; } };
     }
 
-    FakeKernel kernel;
     Machine machine;
-    FakeChildProcess children;
-    FakeUserDefaults defaults;
-    FakeFileManager files;
-    FakeBundle bundle;
-    VirtualTime time;
-    ManualGlobalQueue globalQueue;
     FakeStatusBar statusBar;
     Notifications notifications;
     int quits = 0;

@@ -12,50 +12,43 @@
 
 /// A bar that keeps what its last item was given.
 class FakeStatusBar final : public platform::StatusBar {
+    using Activate = std::function<void(std::optional<platform::Point>)>;
+
 public:
     [[nodiscard]] std::unique_ptr<platform::StatusItem> makeItem(
         const std::string& id, const std::string& title) override
     {
         ids.push_back(id + " " + title);
         ++items;
-        return std::make_unique<Item>(*this);
+        auto item = std::make_unique<Item>();
+        item->bar = this;
+        return item;
     }
 
     std::vector<std::string> ids; ///< of all items ever made, with their titles
     int items = 0; ///< on the bar now
     std::vector<platform::StatusItemFace> faces;
     std::function<platform::Menu()> menu;
-    std::function<void(std::optional<platform::Point>)> activate;
-    platform::Job onFace; ///< called after each face
-    platform::Job onRemove; ///< called when an item goes
+    Activate activate;
+    platform::Job onFace = [] {}; ///< called after each face
+    platform::Job onRemove = [] {}; ///< called when an item goes
 
 private:
-    class Item final : public platform::StatusItem {
-    public:
-        explicit Item(FakeStatusBar& bar)
-            : bar_(bar)
-        {
-        }
+    struct Item final : platform::StatusItem {
         ~Item() override
         {
-            --bar_.items;
-            if (bar_.onRemove)
-                bar_.onRemove();
+            --bar->items;
+            bar->onRemove();
         }
         void setFace(const platform::StatusItemFace& face) override
         {
-            bar_.faces.push_back(face);
-            if (bar_.onFace)
-                bar_.onFace();
+            bar->faces.push_back(face);
+            bar->onFace();
         }
-        void setMenuBuilder(std::function<platform::Menu()> build) override { bar_.menu = std::move(build); }
-        void setActivateHandler(std::function<void(std::optional<platform::Point>)> handler) override
-        {
-            bar_.activate = std::move(handler);
-        }
+        void setMenuBuilder(std::function<platform::Menu()> build) override { bar->menu = std::move(build); }
+        void setActivateHandler(Activate handler) override { bar->activate = std::move(handler); }
         [[nodiscard]] bool isRegistered() const override { return true; }
 
-    private:
-        FakeStatusBar& bar_;
+        FakeStatusBar* bar = nullptr;
     };
 };

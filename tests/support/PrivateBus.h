@@ -1,15 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "support/ForkedProcess.h"
 #include "support/TemporaryFolder.h"
 
 #include <csignal>
+#include <optional>
 #include <stdexcept>
 #include <string>
 
 #include <fcntl.h>
 #include <sys/prctl.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 /// A message bus of the test's own, with a socket in a temporary folder and no services to start. It ends
@@ -26,8 +27,7 @@ public:
         int ready[2] = { -1, -1 };
         if (::pipe(ready) != 0)
             throw std::runtime_error("no pipe");
-        pid_ = ::fork();
-        if (pid_ == 0) {
+        daemon_.emplace([&] {
             ::prctl(PR_SET_PDEATHSIG, SIGKILL);
             ::dup2(ready[1], STDOUT_FILENO);
             // It grumbles about the limits of a container.
@@ -35,8 +35,7 @@ public:
             ::open("/dev/null", O_WRONLY);
             ::execlp("dbus-daemon", "dbus-daemon", config.c_str(), "--nofork", "--nosyslog",
                 "--print-address=1", nullptr);
-            ::_exit(127);
-        }
+        });
         ::close(ready[1]);
         char next = 0;
         while (::read(ready[0], &next, 1) == 1 && next != '\n')
@@ -46,19 +45,10 @@ public:
             throw std::runtime_error("dbus-daemon didn't start");
     }
 
-    PrivateBus(const PrivateBus&) = delete;
-    PrivateBus& operator=(const PrivateBus&) = delete;
-
-    ~PrivateBus()
-    {
-        ::kill(pid_, SIGKILL);
-        ::waitpid(pid_, nullptr, 0);
-    }
-
     [[nodiscard]] const std::string& address() const { return address_; }
 
 private:
     TemporaryFolder folder_;
     std::string address_;
-    pid_t pid_ = -1;
+    std::optional<ForkedProcess> daemon_;
 };

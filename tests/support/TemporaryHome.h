@@ -24,9 +24,6 @@ public:
         ::setenv("HOME", path().c_str(), 1);
     }
 
-    TemporaryHome(const TemporaryHome&) = delete;
-    TemporaryHome& operator=(const TemporaryHome&) = delete;
-
     ~TemporaryHome()
     {
         for (std::size_t i = 0; i < names.size(); ++i)

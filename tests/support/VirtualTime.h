@@ -12,6 +12,7 @@
 #include <map>
 #include <memory>
 #include <utility>
+#include <vector>
 
 /// The main thread's clock, queue and timers in a time that only the test moves. Due work runs in the order
 /// of its instants; what falls on one instant runs in the order in which it was made.
@@ -19,11 +20,6 @@ class VirtualTime final : public platform::Clock, public platform::MainQueue, pu
 public:
     using Instant = platform::Instant;
     using Seconds = platform::Seconds;
-
-    VirtualTime()
-        : now_(std::chrono::seconds(1'700'000'000))
-    {
-    }
 
     [[nodiscard]] Instant now() const override { return now_; }
 
@@ -34,10 +30,11 @@ public:
     [[nodiscard]] std::unique_ptr<platform::Timer> scheduleRepeating(
         Seconds period, platform::Job job) override
     {
-        auto running = std::make_shared<Repeating>(Repeating { period, std::move(job) });
-        plan(running);
-        ++timers_;
-        return std::make_unique<VirtualTimer>(*this, running);
+        auto timer = std::make_unique<VirtualTimer>();
+        timer->job = std::make_shared<platform::Job>(std::move(job));
+        made_.emplace_back(timer->job);
+        plan(period, timer->job);
+        return timer;
     }
 
     /// Runs what was posted, and what that posts, until nothing is left.
@@ -67,40 +64,25 @@ public:
     /// Moves the clock alone, as when the machine sleeps or the user sets it.
     void jump(Seconds by) { now_ = later(by); }
 
-    [[nodiscard]] int timers() const { return timers_; }
+    /// How many timers run.
+    [[nodiscard]] std::ptrdiff_t timers() const
+    {
+        return std::ranges::count_if(made_, [](const auto& job) { return !job.expired(); });
+    }
 
 private:
-    struct Repeating {
-        Seconds period;
-        platform::Job job;
-        bool alive = true;
+    struct VirtualTimer final : platform::Timer {
+        std::shared_ptr<platform::Job> job; ///< held by nobody else but while it runs
     };
 
-    class VirtualTimer final : public platform::Timer {
-    public:
-        VirtualTimer(VirtualTime& time, std::shared_ptr<Repeating> running)
-            : time_(time)
-            , running_(std::move(running))
-        {
-        }
-        ~VirtualTimer() override
-        {
-            running_->alive = false;
-            --time_.timers_;
-        }
-
-    private:
-        VirtualTime& time_;
-        std::shared_ptr<Repeating> running_;
-    };
-
-    void plan(const std::shared_ptr<Repeating>& running)
+    void plan(Seconds period, const std::weak_ptr<platform::Job>& timer)
     {
-        due_.emplace(later(running->period), [this, running] {
-            if (!running->alive)
+        due_.emplace(later(period), [this, period, timer] {
+            const auto job = timer.lock();
+            if (!job)
                 return;
-            plan(running);
-            running->job();
+            plan(period, timer);
+            (*job)();
         });
     }
 
@@ -109,8 +91,8 @@ private:
         return now_ + std::chrono::duration_cast<Instant::duration>(by);
     }
 
-    Instant now_;
+    Instant now_ { std::chrono::seconds(1'700'000'000) };
     std::deque<platform::Job> posted_;
     std::multimap<Instant, platform::Job> due_;
-    int timers_ = 0;
+    std::vector<std::weak_ptr<platform::Job>> made_;
 };

@@ -31,21 +31,14 @@ inline bool appears(const std::string& path)
     return eventually([&path] { return std::filesystem::exists(path); });
 }
 
-/// A process's state letter, 'Z' for one that has ended but is still listed, 0 for none.
-inline char processState(int pid)
+/// Whether a process still does something: it is listed, and not only for its parent to read its status.
+inline bool isRunning(int pid)
 {
     std::ifstream file("/proc/" + std::to_string(pid) + "/stat");
     std::string line;
     std::getline(file, line);
     const auto bracket = line.rfind(") ");
-    return bracket == std::string::npos ? '\0' : line.at(bracket + 2);
-}
-
-/// Whether a process still does something.
-inline bool isRunning(int pid)
-{
-    const char state = processState(pid);
-    return state != '\0' && state != 'Z' && state != 'X';
+    return bracket != std::string::npos && line[bracket + 2] != 'Z' && line[bracket + 2] != 'X';
 }
 
 /// How many entries a folder has.

@@ -16,18 +16,13 @@
 struct AppBench : FakePlatform {
     AppBench() { bundle.resources.emplace("collectors/ostrel.py", "/opt/ostrel.py"); }
 
-    /// Lets the fetch that waits, or a new one, be answered by the script with this text and status.
-    void answer(
-        const std::string& output, int status = 0, const std::string& errorOutput = "the script failed")
+    /// Lets the fetch that waits, or a new one, be answered by the script with this text, or a failure that
+    /// says so.
+    void fetch(const std::string& output, const std::string& failure = {})
     {
-        children.outcomes.push_back({ .launchError = {},
-            .output = output,
-            .errorOutput = status == 0 ? "" : errorOutput,
-            .status = status,
-            .elapsed = platform::Seconds(0.04) });
+        answer(output, failure.empty() ? 0 : 1, failure);
         delegate.snapshots().fetchPythonData();
-        globalQueue.run();
-        time.runPosted();
+        deliver();
     }
 
     [[nodiscard]] QWidget& root() { return *delegate.frame().rootView(); }

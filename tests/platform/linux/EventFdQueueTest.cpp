@@ -6,6 +6,7 @@
 
 #include <array>
 #include <memory>
+#include <numeric>
 #include <string>
 #include <thread>
 #include <utility>
@@ -25,47 +26,29 @@ bool readable(const EventFdQueue& queue)
     return ::poll(&watched, 1, 0) == 1;
 }
 
-TEST(EventFdQueue, JobsRunInOrderAndWhatTheyPostWaitsForALaterCall)
-{
-    EventFdQueue queue;
-    std::string ran;
-    EXPECT_FALSE(readable(queue));
-    queue.post([&] {
-        ran += 'a';
-        queue.post([&ran] { ran += 'c'; });
-    });
-    queue.post([&ran] { ran += 'b'; });
-    EXPECT_TRUE(readable(queue));
-    queue.drain();
-    EXPECT_EQ(ran, "ab");
-    EXPECT_TRUE(readable(queue)) << "the posted one waits";
-    queue.drain();
-    EXPECT_EQ(ran, "abc");
-    EXPECT_FALSE(readable(queue)) << "a loop would turn for nothing";
-    queue.drain();
-    EXPECT_EQ(ran, "abc");
-}
-
-TEST(EventFdQueue, AJobThatRunsALoopOfItsOwnHoldsBackNoneAndTheOrderStays)
+TEST(EventFdQueue, JobsRunInOrderAlsoInALoopInsideAJobAndWhatTheyPostWaitsForALaterCall)
 {
     // An alert stands on the stack of the job that shows it, and turns the same queue meanwhile.
     EventFdQueue queue;
     std::string ran;
+    const auto note = [&ran](char letter) { return [&ran, letter] { ran += letter; }; };
+    EXPECT_FALSE(readable(queue));
     queue.post([&] {
         ran += 'a';
-        queue.post([&ran] { ran += 'd'; });
+        queue.post(note('d'));
         EXPECT_TRUE(readable(queue)) << "the loop inside isn't woken";
         queue.drain();
         ran += '|';
-        queue.post([&ran] { ran += 'e'; });
+        queue.post(note('e'));
     });
-    queue.post([&ran] { ran += 'b'; });
-    queue.post([&ran] { ran += 'c'; });
-    queue.drain();
-    EXPECT_EQ(ran, "abcd|");
-    queue.drain();
-    EXPECT_EQ(ran, "abcd|e");
-    EXPECT_FALSE(readable(queue));
+    queue.post(note('b'));
+    queue.post(note('c'));
+    EXPECT_TRUE(readable(queue));
+    for (const auto& [expected, more] : { std::pair { "abcd|", true }, { "abcd|e", false } }) {
+        queue.drain();
+        EXPECT_EQ(ran, expected);
+        EXPECT_EQ(readable(queue), more) << "the posted one waits, and no loop turns for nothing";
+    }
 }
 
 TEST(EventFdQueue, EachJobIsReleasedAsSoonAsItHasRun)
@@ -80,16 +63,15 @@ TEST(EventFdQueue, EachJobIsReleasedAsSoonAsItHasRun)
 
 TEST(EventFdQueue, WhatManyThreadsPostArrivesWholeAndInEachThreadsOrder)
 {
-    constexpr int posters = 4;
     constexpr int jobs = 2000;
     EventFdQueue queue;
-    std::array<int, posters> next {};
+    std::array<int, 4> next {};
     bool ordered = true;
     std::vector<std::jthread> threads;
-    for (std::size_t poster = 0; poster < posters; ++poster)
-        threads.emplace_back([&, poster] {
+    for (int& mine : next)
+        threads.emplace_back([&] {
             for (int i = 0; i < jobs; ++i)
-                queue.post([&, poster, i] { ordered &= next[poster]++ == i; });
+                queue.post([&, i] { ordered &= mine++ == i; });
         });
     EXPECT_TRUE(eventually([&] {
         if (readable(queue))
@@ -102,14 +84,13 @@ TEST(EventFdQueue, WhatManyThreadsPostArrivesWholeAndInEachThreadsOrder)
 
 TEST(Base64, TurnsBytesToTextAndBack)
 {
-    std::string everyByte;
-    for (int byte = 0; byte < 256; ++byte)
-        everyByte += static_cast<char>(byte);
     for (const auto& [bytes, text] : { std::pair { ""s, "" }, { "f"s, "Zg==" }, { "fo"s, "Zm8=" },
              { "foo"s, "Zm9v" }, { "foob"s, "Zm9vYg==" }, { "\0\xff\xfe"s, "AP/+" }, { "\0"s, "AA==" } }) {
         EXPECT_EQ(toBase64(bytes), text);
         EXPECT_EQ(fromBase64(text), bytes) << text;
     }
+    std::string everyByte(256, '\0');
+    std::iota(everyByte.begin(), everyByte.end(), '\0');
     EXPECT_EQ(fromBase64(toBase64(everyByte)), everyByte);
     for (const std::string& text : { "Z"s, "Zg="s, "Zg"s, "===="s, "Z==="s, "Zg==Zg=="s, "Z=g="s, "Zm9 "s,
              "Zm9v\n"s, "Zm9-"s, "Zm\0v"s, "\xc3\xa9g="s })

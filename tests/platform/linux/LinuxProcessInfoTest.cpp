@@ -3,6 +3,7 @@
 
 #include "support/TemporaryFolder.h"
 
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -24,30 +25,22 @@ TEST(LinuxProcessInfo, TakesTheNameOutOfQuotesAndEscapes)
 
 TEST(LinuxProcessInfo, JudgesTheWorstZoneByItsOwnTripPoints)
 {
-    struct Case {
-        const char* temperature;
-        std::optional<ThermalState> state;
-    };
-    for (const Case& c : { Case { "60000", ThermalState::nominal }, Case { "80000", ThermalState::fair },
-             Case { "85000", ThermalState::serious }, Case { "99999", ThermalState::serious },
-             Case { "100000", ThermalState::critical }, Case { "-3000", ThermalState::nominal },
-             Case { "hot", std::nullopt } }) {
+    using enum ThermalState;
+    const std::pair<const char*, std::optional<ThermalState>> cases[] { { "60000", nominal },
+        { "80000", fair }, { "85000", serious }, { "99999", serious }, { "100000", critical },
+        { "-3000", nominal }, { "hot", {} } };
+    for (const auto& [temperature, state] : cases) {
         const TemporaryFolder root;
-        const std::string zone = "sys/class/thermal/thermal_zone0/";
-        root.write(zone + "temp", std::string(c.temperature) + "\n");
-        root.write(zone + "trip_point_0_type", "critical\n");
-        root.write(zone + "trip_point_0_temp", "100000\n");
-        root.write(zone + "trip_point_1_type", "passive\n");
-        root.write(zone + "trip_point_1_temp", "85000\n");
-        root.write(zone + "trip_point_2_type", "passive\n");
-        root.write(zone + "trip_point_2_temp", "-274000\n");
+        const std::pair<const char*, std::string> files[] { { "zone0/temp", temperature },
+            { "zone0/trip_point_0_type", "critical" }, { "zone0/trip_point_0_temp", "100000" },
+            { "zone0/trip_point_1_type", "passive" }, { "zone0/trip_point_1_temp", "85000" },
+            { "zone0/trip_point_2_type", "passive" }, { "zone0/trip_point_2_temp", "-274000" } };
+        for (const auto& [name, text] : files)
+            root.write("sys/class/thermal/thermal_" + std::string(name), text + "\n");
         root.write("sys/class/thermal/cooling_device0/type", "fan\n");
-        EXPECT_EQ(LinuxProcessInfo(root.path()).thermalState(), c.state) << c.temperature;
+        EXPECT_EQ(LinuxProcessInfo(root.path()).thermalState(), state) << temperature;
         root.write("sys/class/thermal/thermal_zone1/temp", "1000\n");
-        if (c.state) {
-            EXPECT_EQ(LinuxProcessInfo(root.path()).thermalState(), c.state)
-                << "a cool second zone changes nothing";
-        }
+        EXPECT_EQ(LinuxProcessInfo(root.path()).thermalState(), state ? state : nominal) << "and a cool zone";
     }
 }
 
@@ -61,11 +54,11 @@ TEST(LinuxProcessInfo, SaysNothingWhereTheMachineSaysNothing)
     EXPECT_FALSE(info.isLowPowerModeEnabled());
     EXPECT_GE(info.activeProcessorCount(), 1);
     root.write("proc/uptime", "4262.53 8433.85\n");
-    root.write("sys/firmware/acpi/platform_profile", "low-power\n");
     EXPECT_DOUBLE_EQ(info.systemUptime(), 4262.53);
-    EXPECT_EQ(info.isLowPowerModeEnabled(), true);
-    root.write("sys/firmware/acpi/platform_profile", "balanced\n");
-    EXPECT_EQ(info.isLowPowerModeEnabled(), false);
+    for (const char* profile : { "low-power", "balanced" }) {
+        root.write("sys/firmware/acpi/platform_profile", profile + std::string("\n"));
+        EXPECT_EQ(info.isLowPowerModeEnabled(), profile == std::string("low-power"));
+    }
 }
 
 } // namespace

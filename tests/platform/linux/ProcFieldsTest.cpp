@@ -25,47 +25,38 @@ TEST(MemInfo, GivesTheZeroForWhatIsHostileOrMissing)
     for (const char* text : { "", "MemTotal:", "MemTotal: -5 kB\nMemFree: 1 kB",
              "MemTotal: many kB\nMemFree: 1 kB", "MemTotal: 99999999999999999999999999 kB\nMemFree: 1 kB",
              "MemTotal: 9007199254740993 kB\nMemFree: 1 kB", "MemTotal: 100 kB", "MemFree: 100 kB",
-             "\0\n\n\xff\xfe MemTotal" }) {
+             "\n\n\xff\xfe MemTotal",
+             // More caches than memory, and more free than total, never wrap.
+             "MemTotal: 10 kB\nMemFree: 5 kB\nCached: 900 kB", "SwapTotal: 10 kB\nSwapFree: 20 kB",
+             "SwapTotal: 10 kB\n" }) {
         const MemInfo info = parseMemInfo(text);
-        EXPECT_EQ(info.usedKiB(), 0U) << text;
+        EXPECT_EQ(info.usedKiB() + info.swapUsedKiB(), 0U) << text;
     }
-    EXPECT_FALSE(parseMemInfo("MemTotal: 0 kB\nMemAvailable: 5 kB").headroom());
-    EXPECT_FALSE(parseMemInfo("MemAvailable: 5 kB").headroom());
-    // More caches than memory, and more free than total, never wrap.
-    EXPECT_EQ(parseMemInfo("MemTotal: 10 kB\nMemFree: 5 kB\nCached: 900 kB").usedKiB(), 0U);
-    EXPECT_EQ(parseMemInfo("SwapTotal: 10 kB\nSwapFree: 20 kB").swapUsedKiB(), 0U);
-    EXPECT_EQ(parseMemInfo("SwapTotal: 10 kB\n").swapUsedKiB(), 0U);
+    for (const char* text : { "MemTotal: 0 kB\nMemAvailable: 5 kB", "MemAvailable: 5 kB" })
+        EXPECT_FALSE(parseMemInfo(text).headroom()) << text;
 }
 
 TEST(MemInfo, HeadroomIsTheKernelsEstimateOrElseFreeMemoryAndCaches)
 {
-    const auto kernels
-        = parseMemInfo("MemTotal: 1000 kB\nMemFree: 1 kB\nMemAvailable: 250 kB\nSwapTotal: 200 kB\n"
-                       "SwapFree: 50 kB")
-              .headroom();
-    ASSERT_TRUE(kernels);
-    EXPECT_DOUBLE_EQ(kernels->available, 0.25);
-    EXPECT_DOUBLE_EQ(kernels->swapFree, 0.25);
-    const auto own
-        = parseMemInfo("MemTotal: 1000 kB\nMemFree: 100 kB\nBuffers: 50 kB\nCached: 90 kB\nShmem: 40 kB")
-              .headroom();
-    ASSERT_TRUE(own);
-    EXPECT_DOUBLE_EQ(own->available, 0.2);
-    EXPECT_DOUBLE_EQ(own->swapFree, 0);
+    const std::tuple<const char*, double, double> cases[] {
+        { "MemTotal: 1000 kB\nMemFree: 1 kB\nMemAvailable: 250 kB\nSwapTotal: 200 kB\nSwapFree: 50 kB", 0.25,
+            0.25 },
+        { "MemTotal: 1000 kB\nMemFree: 100 kB\nBuffers: 50 kB\nCached: 90 kB\nShmem: 40 kB", 0.2, 0 }
+    };
+    for (const auto& [text, available, swapFree] : cases) {
+        const auto headroom = parseMemInfo(text).headroom();
+        ASSERT_TRUE(headroom) << text;
+        EXPECT_DOUBLE_EQ(headroom->available, available) << text;
+        EXPECT_DOUBLE_EQ(headroom->swapFree, swapFree) << text;
+    }
 }
 
-TEST(CpuLine, AddsInterruptsAndStolenTimeToSystemAndDiskWaitToIdle)
+TEST(CpuLine, AddsInterruptsAndStolenTimeToSystemAndDiskWaitToIdleAndNeedsItsClassicFields)
 {
     const auto times = parseCpuLine("cpu  1 2 3 4 5 6 7 8 900 901\ncpu0 1 1 1 1\n");
     ASSERT_TRUE(times);
-    EXPECT_EQ(times->user, 1U);
-    EXPECT_EQ(times->nice, 2U);
-    EXPECT_EQ(times->system, 3U + 6 + 7 + 8);
-    EXPECT_EQ(times->idle, 4U + 5);
-}
-
-TEST(CpuLine, NeedsTheMachinesLineAndItsFourClassicFields)
-{
+    EXPECT_EQ(std::tuple(times->user, times->nice, times->system, times->idle),
+        std::tuple(1U, 2U, 3U + 6 + 7 + 8, 4U + 5));
     EXPECT_TRUE(parseCpuLine("cpu  1 2 3 4"));
     for (const char* text : { "", "cpu", "cpu ", "cpu  1 2 3", "cpu0 1 2 3 4", "cpu  1 2 -3 4",
              "cpu  a b c d", "cpu  99999999999999999999 2 3 4", "intr 1\ncpu  1 2 3 4" })

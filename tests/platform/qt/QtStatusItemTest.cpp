@@ -21,6 +21,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -72,6 +73,15 @@ public:
     QVariantList registered;
 };
 
+StatusItemFace face()
+{
+    return { .visible = true,
+        .label = " cpu 3%",
+        .labelGuide = "cpu 100%",
+        .toolTip = "ostrel · cpu 3%",
+        .images = { { .width = 2, .height = 1, .pixels = { 0x80FF2010, 0xFF000001 } } } };
+}
+
 /// A desktop on a connection of its own, and an item on the program's.
 class QtStatusItemOnABus : public testing::Test {
 protected:
@@ -87,7 +97,11 @@ protected:
         QDBusConnection::disconnectFromBus("desktop");
     }
 
-    void makeItem() { item = bar.makeItem("dev.quent.ostrel", "ostrel"); }
+    void makeItem()
+    {
+        item = bar.makeItem("dev.quent.ostrel", "ostrel");
+        item->setFace(face());
+    }
 
     /// Calls the program, whose objects live on this same thread.
     QDBusMessage call(
@@ -102,19 +116,23 @@ protected:
 
     QVariantMap properties()
     {
-        const QDBusMessage reply = call(itemPath, propertiesOf, "GetAll", { itemInterface });
-        EXPECT_EQ(reply.type(), QDBusMessage::ReplyMessage) << reply.errorMessage().toStdString();
-        return reply.arguments().isEmpty() ? QVariantMap()
-                                           : qdbus_cast<QVariantMap>(reply.arguments().constFirst());
+        return qdbus_cast<QVariantMap>(
+            call(itemPath, propertiesOf, "GetAll", { itemInterface }).arguments().value(0));
+    }
+
+    QVariant property(const char* path, const char* interface, const char* name)
+    {
+        const QDBusMessage reply = call(path, propertiesOf, "Get", { interface, name });
+        return qvariant_cast<QDBusVariant>(reply.arguments().value(0)).variant();
     }
 
     BusMenuLayout layout()
     {
         const QDBusMessage reply = call(menuPath, menuInterface, "GetLayout", { 0, -1, QStringList() });
-        EXPECT_EQ(reply.arguments().size(), 2) << reply.errorMessage().toStdString();
-        return reply.arguments().size() == 2 ? qdbus_cast<BusMenuLayout>(reply.arguments()[1])
-                                             : BusMenuLayout();
+        return qdbus_cast<BusMenuLayout>(reply.arguments().value(1));
     }
+
+    QVariantList aboutToShow() { return call(menuPath, menuInterface, "AboutToShow", { 0 }).arguments(); }
 
     void listen(const char* interface)
     {
@@ -130,16 +148,6 @@ protected:
         return std::exchange(log.names, {});
     }
 
-    /// Whether the watcher service can be had on a connection of its own.
-    static QDBusConnection watcherConnection(Watcher& watcher)
-    {
-        QDBusConnection own
-            = QDBusConnection::connectToBus(qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS"), "watcher");
-        EXPECT_TRUE(own.registerVirtualObject("/StatusNotifierWatcher", &watcher));
-        EXPECT_TRUE(own.registerService("org.kde.StatusNotifierWatcher"));
-        return own;
-    }
-
     QtMainQueue queue;
     QtStatusBar bar { queue };
     QDBusConnection desktop
@@ -149,19 +157,9 @@ protected:
     std::unique_ptr<StatusItem> item;
 };
 
-StatusItemFace face()
-{
-    return { .visible = true,
-        .label = " cpu 3%",
-        .labelGuide = "cpu 100%",
-        .toolTip = "ostrel · cpu 3%",
-        .images = { { .width = 2, .height = 1, .pixels = { 0x80FF2010, 0xFF000001 } } } };
-}
-
 TEST_F(QtStatusItemOnABus, ItsPropertiesAreReadInOneCall)
 {
     makeItem();
-    item->setFace(face());
     const QVariantMap all = properties();
     const QVariantMap plain { { "Category", "SystemServices" }, { "Id", "dev.quent.ostrel" },
         { "Title", "ostrel" }, { "Status", "Active" }, { "WindowId", 0 }, { "ItemIsMenu", false },
@@ -169,19 +167,15 @@ TEST_F(QtStatusItemOnABus, ItsPropertiesAreReadInOneCall)
     for (const auto& [name, value] : plain.asKeyValueRange())
         EXPECT_EQ(all.value(name), value) << name.toStdString();
     EXPECT_EQ(qvariant_cast<QDBusObjectPath>(all.value("Menu")).path(), menuPath);
-    const auto toolTip = qdbus_cast<BusToolTip>(all.value("ToolTip"));
-    EXPECT_EQ(toolTip.title, "ostrel · cpu 3%");
+    EXPECT_EQ(qdbus_cast<BusToolTip>(all.value("ToolTip")).title, "ostrel · cpu 3%");
     const auto images = qdbus_cast<BusImages>(all.value("IconPixmap"));
     ASSERT_EQ(images.size(), 1);
-    EXPECT_EQ(images[0].width, 2);
-    EXPECT_EQ(images[0].height, 1);
+    EXPECT_EQ(std::pair(images[0].width, images[0].height), std::pair(2, 1));
     EXPECT_EQ(images[0].pixels.toHex(), "80ff2010ff000001") << "network byte order";
-    StatusItemFace hidden = face();
-    hidden.visible = false;
-    item->setFace(hidden);
-    const QDBusMessage status = call(itemPath, propertiesOf, "Get", { itemInterface, "Status" });
-    ASSERT_EQ(status.arguments().size(), 1);
-    EXPECT_EQ(qvariant_cast<QDBusVariant>(status.arguments()[0]).variant(), "Passive");
+    EXPECT_EQ(property(itemPath, itemInterface, "Title"), "ostrel");
+    EXPECT_EQ(property(menuPath, menuInterface, "Version"), 3U);
+    const QDBusMessage xml = call(itemPath, "org.freedesktop.DBus.Introspectable", "Introspect");
+    EXPECT_TRUE(xml.arguments().value(0).toString().contains("XAyatanaLabelGuide"));
 }
 
 TEST_F(QtStatusItemOnABus, WhatItDoesntKnowIsAnError)
@@ -193,45 +187,41 @@ TEST_F(QtStatusItemOnABus, WhatItDoesntKnowIsAnError)
         QVariantList arguments;
         const char* error;
     };
-    const Case cases[] {
-        { propertiesOf, "Get", { itemInterface, "Nothing" }, "org.freedesktop.DBus.Error.UnknownProperty" },
-        { propertiesOf, "GetAll", { "org.example.Other" }, "org.freedesktop.DBus.Error.UnknownInterface" },
+    const Case cases[] { { propertiesOf, "Get", { itemInterface, "Nothing" }, "UnknownProperty" },
+        { propertiesOf, "GetAll", { "org.example.Other" }, "UnknownInterface" },
         { propertiesOf, "Set",
             { itemInterface, "Status", QVariant::fromValue(QDBusVariant(QVariant("Active"))) },
-            "org.freedesktop.DBus.Error.UnknownMethod" },
-        { itemInterface, "Activate", { "left" }, "org.freedesktop.DBus.Error.UnknownMethod" },
-        { itemInterface, "Explode", {}, "org.freedesktop.DBus.Error.UnknownMethod" },
-        { "org.example.Other", "Activate", { 1, 2 }, "org.freedesktop.DBus.Error.UnknownInterface" },
-    };
+            "UnknownMethod" },
+        { itemInterface, "Activate", { "left" }, "UnknownMethod" },
+        { itemInterface, "Explode", {}, "UnknownMethod" },
+        { "org.example.Other", "Activate", { 1, 2 }, "UnknownInterface" } };
     for (const Case& c : cases)
-        EXPECT_EQ(call(itemPath, c.interface, c.member, c.arguments).errorName(), c.error) << c.member;
-    const QDBusMessage xml = call(itemPath, "org.freedesktop.DBus.Introspectable", "Introspect");
-    EXPECT_TRUE(xml.arguments().value(0).toString().contains("XAyatanaLabelGuide"));
+        EXPECT_EQ(call(itemPath, c.interface, c.member, c.arguments).errorName(),
+            QString("org.freedesktop.DBus.Error.") + c.error)
+            << c.member;
 }
 
 TEST_F(QtStatusItemOnABus, HostsHearOnlyOfWhatReallyChanged)
 {
     makeItem();
-    item->setFace(face());
     properties();
     listen(itemInterface);
-    item->setFace(face());
-    EXPECT_EQ(heard(), QStringList());
     StatusItemFace next = face();
+    const auto hears = [&](const QStringList& signals, const QVariantList& arguments = {}) {
+        item->setFace(next);
+        EXPECT_EQ(heard(), signals);
+        EXPECT_EQ(log.messages.isEmpty() ? QVariantList() : log.messages.back().arguments(), arguments);
+    };
+    hears({});
     next.toolTip = "ostrel · cpu 4%";
-    item->setFace(next);
-    EXPECT_EQ(heard(), QStringList { "NewToolTip" });
-    next.images[0].pixels[1] = 0;
-    item->setFace(next);
-    EXPECT_EQ(heard(), QStringList { "NewIcon" });
+    hears({ "NewToolTip" });
+    next.images = { { .width = 1, .height = 1, .pixels = { 0 } } };
+    hears({ "NewIcon" });
     next.label = " cpu 4%";
-    item->setFace(next);
-    EXPECT_EQ(heard(), QStringList { "XAyatanaNewLabel" });
-    EXPECT_EQ(log.messages.back().arguments(), (QVariantList { " cpu 4%", "cpu 100%" }));
+    hears({ "XAyatanaNewLabel" }, { " cpu 4%", "cpu 100%" });
     next.visible = false;
-    item->setFace(next);
-    EXPECT_EQ(heard(), QStringList { "NewStatus" });
-    EXPECT_EQ(log.messages.back().arguments(), QVariantList { "Passive" });
+    hears({ "NewStatus" }, { "Passive" });
+    EXPECT_EQ(properties().value("Status"), "Passive");
 }
 
 TEST_F(QtStatusItemOnABus, APressRunsTheHandlerWithThePointersPlace)
@@ -259,34 +249,26 @@ TEST_F(QtStatusItemOnABus, TheMenuIsBuiltWhenItOpensAndAClickRunsTheRow)
         return Menu { { .title = "built " + std::to_string(built) }, { .separator = true },
             { .title = "press", .action = [&pressed] { ++pressed; } } };
     });
-    BusMenuLayout root = layout();
+    const BusMenuLayout root = layout();
     ASSERT_EQ(root.children.size(), 3);
     EXPECT_EQ(root.children[0].properties.value("label"), "built 1");
     listen(menuInterface);
-    const QDBusMessage shown = call(menuPath, menuInterface, "AboutToShow", { 0 });
-    EXPECT_EQ(shown.arguments(), QVariantList { true });
+    EXPECT_EQ(aboutToShow(), QVariantList { true });
     EXPECT_EQ(heard(), QStringList { "ItemsPropertiesUpdated" });
     EXPECT_EQ(layout().children[0].properties.value("label"), "built 2");
 
     const int row = root.children[2].id;
+    const QDBusVariant none(QVariant(0));
     const auto event = [&](int id, const char* name) {
-        return call(menuPath, menuInterface, "Event",
-            { id, name, QVariant::fromValue(QDBusVariant(QVariant(0))), 0U });
+        const QVariantList arguments { id, name, QVariant::fromValue(none), 0U };
+        return call(menuPath, menuInterface, "Event", arguments).errorName();
     };
-    EXPECT_EQ(event(row, "hovered").type(), QDBusMessage::ReplyMessage);
-    EXPECT_EQ(event(root.children[0].id, "clicked").type(), QDBusMessage::ReplyMessage);
-    EXPECT_EQ(event(row, "clicked").type(), QDBusMessage::ReplyMessage);
+    EXPECT_EQ(event(row, "hovered") + event(root.children[0].id, "clicked") + event(row, "clicked"), "");
     EXPECT_TRUE(spinUntil([&] { return pressed > 0; }));
-    EXPECT_EQ(event(9999, "clicked").errorName(), "com.canonical.dbusmenu.Error.UnknownId");
-    const BusMenuEvent click {
-        .id = row, .name = "clicked", .data = QDBusVariant(QVariant(0)), .timestamp = 0
-    };
-    BusMenuEvent astray = click;
-    astray.id = 9999;
-    const QDBusMessage group = call(
-        menuPath, menuInterface, "EventGroup", { QVariant::fromValue(BusMenuEvents { astray, click }) });
-    ASSERT_EQ(group.arguments().size(), 1) << group.errorMessage().toStdString();
-    EXPECT_EQ(qdbus_cast<QList<int>>(group.arguments()[0]), QList<int> { 9999 });
+    EXPECT_EQ(event(9999, "clicked"), "com.canonical.dbusmenu.Error.UnknownId");
+    const BusMenuEvents clicks { { 9999, "clicked", none, 0 }, { row, "clicked", none, 0 } };
+    const QDBusMessage group = call(menuPath, menuInterface, "EventGroup", { QVariant::fromValue(clicks) });
+    EXPECT_EQ(qdbus_cast<QList<int>>(group.arguments().value(0)), QList<int> { 9999 });
     EXPECT_TRUE(spinUntil([&] { return pressed > 1; }));
     EXPECT_EQ(pressed, 2);
 }
@@ -296,47 +278,39 @@ TEST_F(QtStatusItemOnABus, AnotherMenuIsAnnouncedAsANewLayout)
     makeItem();
     Menu rows { { .title = "one" } };
     item->setMenuBuilder([&] { return rows; });
-    const int old = layout().children[0].id;
+    const int old = layout().children.value(0).id;
     listen(menuInterface);
-    EXPECT_EQ(call(menuPath, menuInterface, "AboutToShow", { 0 }).arguments(), QVariantList { false });
+    EXPECT_EQ(aboutToShow(), QVariantList { false });
     rows.push_back({ .title = "two" });
-    EXPECT_EQ(call(menuPath, menuInterface, "AboutToShow", { 0 }).arguments(), QVariantList { true });
+    EXPECT_EQ(aboutToShow(), QVariantList { true });
     EXPECT_EQ(heard(), QStringList { "LayoutUpdated" });
     EXPECT_EQ(layout().children.size(), 2);
     EXPECT_EQ(call(menuPath, menuInterface, "AboutToShow", { old }).errorName(),
         "com.canonical.dbusmenu.Error.UnknownId");
-    const QDBusMessage version = call(menuPath, propertiesOf, "Get", { menuInterface, "Version" });
-    ASSERT_EQ(version.arguments().size(), 1);
-    EXPECT_EQ(qvariant_cast<QDBusVariant>(version.arguments()[0]).variant(), 3U);
 }
 
-TEST_F(QtStatusItemOnABus, RegistersWithEveryWatcherThatComes)
+TEST_F(QtStatusItemOnABus, RegistersWithEveryWatcherThatComesOrIsThereAndLeavesTheBusAtItsEnd)
 {
-    makeItem();
-    properties();
-    EXPECT_FALSE(item->isRegistered()) << "nobody is there";
-    for (int round = 0; round < 2; ++round) {
+    for (const bool itemFirst : { true, true, false }) {
+        if (itemFirst && !item)
+            makeItem();
+        else if (!itemFirst)
+            item.reset();
+        EXPECT_FALSE(item && item->isRegistered()) << "nobody is there";
+        EXPECT_EQ(desktop.interface()->isServiceRegistered(service).value(), itemFirst);
         Watcher watcher;
-        {
-            const QDBusConnection own = watcherConnection(watcher);
-            EXPECT_TRUE(spinUntil([&] { return item->isRegistered(); }));
-            EXPECT_EQ(watcher.registered, QVariantList { service });
-        }
-        QDBusConnection::disconnectFromBus("watcher");
+        QDBusConnection own
+            = QDBusConnection::connectToBus(qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS"), "watcher");
+        EXPECT_TRUE(own.registerVirtualObject("/StatusNotifierWatcher", &watcher));
+        EXPECT_TRUE(own.registerService("org.kde.StatusNotifierWatcher"));
+        if (!itemFirst)
+            makeItem();
+        EXPECT_TRUE(spinUntil([&] { return item->isRegistered(); }));
+        EXPECT_EQ(watcher.registered, QVariantList { service });
+        own.unregisterService("org.kde.StatusNotifierWatcher");
         EXPECT_TRUE(spinUntil([&] { return !item->isRegistered(); })) << "the watcher has gone";
+        QDBusConnection::disconnectFromBus("watcher");
     }
-}
-
-TEST_F(QtStatusItemOnABus, RegistersWithAWatcherThatWasThereFirstAndLeavesTheBusAtItsEnd)
-{
-    Watcher watcher;
-    const QDBusConnection own = watcherConnection(watcher);
-    makeItem();
-    EXPECT_TRUE(spinUntil([&] { return item->isRegistered(); }));
-    EXPECT_EQ(watcher.registered.size(), 1);
-    item.reset();
-    EXPECT_FALSE(desktop.interface()->isServiceRegistered(service).value());
-    QDBusConnection::disconnectFromBus("watcher");
 }
 
 TEST_F(QtStatusItemOnABus, ANotificationReachesTheOtherPrograms)
@@ -347,25 +321,18 @@ TEST_F(QtStatusItemOnABus, ANotificationReachesTheOtherPrograms)
     QtDistributedNotificationCenter().post("dev.quent.ostrel.testbed", { { "action", "bänana" } });
     ASSERT_TRUE(spinUntil([&] { return !log.names.isEmpty(); }));
     const QVariantList arguments = log.messages[0].arguments();
-    ASSERT_EQ(arguments.size(), 2);
-    EXPECT_EQ(arguments[0], "dev.quent.ostrel.testbed");
-    EXPECT_EQ(qdbus_cast<QVariantMap>(arguments[1]), (QVariantMap { { "action", "bänana" } }));
+    EXPECT_EQ(arguments.value(0), "dev.quent.ostrel.testbed");
+    EXPECT_EQ(qdbus_cast<QVariantMap>(arguments.value(1)), (QVariantMap { { "action", "bänana" } }));
 }
 
 bool anItemWithoutABusIsQuiet()
 {
     ::setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/ostrel-bus", 1);
     QtMainQueue queue;
-    queue.attach();
-    QtStatusBar bar(queue);
-    const auto item = bar.makeItem("dev.quent.ostrel", "ostrel");
+    const auto item = QtStatusBar(queue).makeItem("dev.quent.ostrel", "ostrel");
     int built = 0;
     item->setFace(face());
-    item->setMenuBuilder([&] {
-        ++built;
-        return Menu { { .title = "a" } };
-    });
-    item->setActivateHandler([](std::optional<Point>) {});
+    item->setMenuBuilder([&] { return Menu(static_cast<std::size_t>(built++)); });
     QtDistributedNotificationCenter().post("dev.quent.ostrel.testbed", { { "action", "show" } });
     QCoreApplication::processEvents();
     return !item->isRegistered() && built == 1;
@@ -375,13 +342,12 @@ TEST(QtStatusItemWithoutABusDeathTest, DoesNothing)
 {
     // In a process of its own, which has never seen the bus.
     GTEST_FLAG_SET(death_test_style, "threadsafe");
-    EXPECT_EXIT(
-        {
-            const bool quiet = anItemWithoutABusIsQuiet();
-            qt->TearDown();
-            std::_Exit(quiet ? 0 : 1);
-        },
-        testing::ExitedWithCode(0), "");
+    const auto judge = [] {
+        const bool quiet = anItemWithoutABusIsQuiet();
+        qt->TearDown();
+        std::_Exit(quiet ? 0 : 1);
+    };
+    EXPECT_EXIT(judge(), testing::ExitedWithCode(0), "");
 }
 
 } // namespace
