@@ -14,7 +14,7 @@ namespace {
 void signal(int fd)
 {
     const std::uint64_t one = 1;
-    // The counter can only be full after 2^64 posts without a drain.
+    // The counter can only be full after 2^64 posts to a queue that nobody runs.
     [[maybe_unused]] const auto written = ::write(fd, &one, sizeof one);
 }
 
@@ -29,40 +29,25 @@ void EventFdQueue::post(Job job)
 {
     const std::lock_guard lock(mutex_);
     jobs_.push_back(std::move(job));
-    ++posted_;
     signal(wake_.get());
-}
-
-void EventFdQueue::drain()
-{
-    std::uint64_t before = 0;
-    {
-        const std::lock_guard lock(mutex_);
-        before = posted_;
-    }
-    while (const auto job = take(before))
-        (*job)();
 }
 
 void EventFdQueue::runNext()
 {
-    if (const auto job = take(UINT64_MAX))
-        (*job)();
-}
-
-std::optional<Job> EventFdQueue::take(std::uint64_t before)
-{
-    const std::lock_guard lock(mutex_);
-    if (jobs_.empty() || posted_ - jobs_.size() >= before)
-        return std::nullopt;
-    std::optional<Job> job(std::move(jobs_.front()));
-    jobs_.pop_front();
-    // Only now: a loop that the job runs must be woken for those behind it.
-    if (jobs_.empty()) {
-        std::uint64_t count = 0;
-        [[maybe_unused]] const auto taken = ::read(wake_.get(), &count, sizeof count);
+    Job job;
+    {
+        const std::lock_guard lock(mutex_);
+        if (jobs_.empty())
+            return;
+        job = std::move(jobs_.front());
+        jobs_.pop_front();
+        // Only now: a loop that the job runs must be woken for those behind it.
+        if (jobs_.empty()) {
+            std::uint64_t count = 0;
+            [[maybe_unused]] const auto taken = ::read(wake_.get(), &count, sizeof count);
+        }
     }
-    return job;
+    job();
 }
 
 } // namespace platform
