@@ -23,7 +23,7 @@ from private_desktop import PrivateDesktop  # noqa: E402
 
 SETTINGS = ".config/zol-mini-apps/dev.quent.ostrel.json"
 TICK = 3.0  # seconds, at the fast profile
-CONKY = """conky.config = { out_to_console = true, out_to_x = false, update_interval = 3, total_run_times = 0 }
+CONKY = """conky.config = { out_to_console = true, out_to_x = false, update_interval = 3 }
 conky.text = [[ ${cpu} ${memperc} ${swapperc} ${loadavg 1} ]]"""
 
 
@@ -79,16 +79,18 @@ def start_ms(desktop: PrivateDesktop, command: list, ready, runs: int) -> float:
 
 def background(desktop: PrivateDesktop, commands: dict, seconds: float) -> None:
     """Lets all programs run beside each other and prints what each took."""
-    running = {name: subprocess.Popen(command, env=desktop.env, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    quiet = {"stdout": subprocess.DEVNULL, "stderr": subprocess.DEVNULL}
+    running = {name: subprocess.Popen(command, env=desktop.env, **quiet)
                for name, command in commands.items()}
     time.sleep(5)
     before = {name: (processor_ms(one.pid), switches(one.pid)) for name, one in running.items()}
     begin = time.monotonic()
     time.sleep(seconds)
     lasted = time.monotonic() - begin
-    print(f"in the background for {lasted:.0f} s   CPU per {TICK:.0f} s   switches/s   PSS MB   private dirty MB")
+    print(f"in the background for {lasted:.0f} s   CPU per {TICK:.0f} s   switches/s   PSS MB   own dirty MB")
     for name, one in running.items():
-        cpu, woken = (now - then for now, then in zip((processor_ms(one.pid), switches(one.pid)), before[name]))
+        cpu = processor_ms(one.pid) - before[name][0]
+        woken = switches(one.pid) - before[name][1]
         pss, dirty = (field(one.pid, "smaps_rollup", key) / 1024 for key in ("Pss", "Private_Dirty"))
         print(f"  {name:26} {cpu / lasted * TICK:8.2f} ms {woken / lasted:12.2f} {pss:8.1f} {dirty:18.1f}")
     for one in running.values():
@@ -104,7 +106,8 @@ def main(arguments: list) -> int:
         os.makedirs(os.path.dirname(f"{home}/{SETTINGS}"), exist_ok=True)
         with open(f"{home}/{SETTINGS}", "w", encoding="utf-8") as file:
             json.dump({"dev.quent.ostrel.refresh": "fast"}, file)
-        print(f"one reading, wall            {wall_ms([ostrel, '--readings'], desktop.env, 15) - 200:8.2f} ms beyond 200")
+        reading = wall_ms([ostrel, "--readings"], desktop.env, 15) - 200
+        print(f"one reading, wall            {reading:8.2f} ms beyond 200")
         print(f"  beside: an empty Qt Core   {wall_ms([core], desktop.env, 15):8.2f} ms")
         print(f"  beside: /bin/true          {wall_ms(['/bin/true'], desktop.env, 15):8.2f} ms")
         item = start_ms(desktop, [ostrel, "--background"],

@@ -19,8 +19,8 @@ struct Image {
     bool operator==(const Image&) const = default;
 };
 
-/// One drawing at several sizes, smallest first. Copies share the pixels, since a bar item hands its drawing on
-/// with every tick; they never change.
+/// One drawing at several sizes, smallest first. Copies share the pixels, since a bar item hands its drawing
+/// on with every tick; they never change.
 class Images {
 public:
     Images() = default;

@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Reads every #include under src/ and fails where one room uses another without saying so, where a folder cycle
-closes, or where a rule draws. The rooms and their arrows are read from the rooms' own CMake files."""
+"""Reads every #include under src/ and fails where one room uses another without saying so, where a
+folder cycle closes, or where a rule draws. The rooms and their arrows are read from the rooms' own CMake
+files."""
 import os
 import re
 
@@ -15,7 +16,7 @@ ORDER = [
     {"core"}, {"platform"}, {"platform/linux"}, {"platform/qt"}, {"design"}, {"readings"}, {"collector"},
     {"history", "bar", "janitor", "automations", "sessions"}, {"hints"}, {"panel"}, {"app"}, {"selftest"},
 ]
-# Beside the order: the interfaces know the standard library alone, and logic never knows a real platform part.
+# Beside the order: the interfaces know the standard library alone, and logic knows no real platform part.
 NEVER = {"platform": {"core"}}
 REAL_PARTS = {"platform/linux", "platform/qt"}
 MAY_USE_REAL_PARTS = {"platform/linux", "platform/qt", "app", "selftest"}
@@ -74,7 +75,7 @@ def draws(target: str) -> bool:
 
 
 def owner(path: str, of_file: dict) -> str:
-    """The target of a file; a header belongs to the .cpp of its name. Empty for a header that stands alone."""
+    """The target of a file; a header belongs to the .cpp of its name. Empty for a header on its own."""
     return of_file.get(path) or of_file.get(path[:-2] + ".cpp" if path.endswith(".h") else path, "")
 
 
@@ -104,8 +105,8 @@ def check(root: str) -> list:
                 problems.append(f"{path}: only the application may use {name}")
             elif target:
                 said = {room_of_target[t] for t in links[target] if t in room_of_target}
-                said |= {room_of_target[t] for o in links[target] if room_of_target.get(o) == room_of_target[target]
-                         for t in links[o] if t in room_of_target}
+                own = [t for t in links[target] if room_of_target.get(t) == room_of_target[target]]
+                said |= {room_of_target[t] for o in own for t in links[o] if t in room_of_target}
                 if other not in said:
                     problems.append(f"{path}: {target} doesn't say that it uses {other}, for {name}")
     # A header without a .cpp of its own may draw only when those who include it do.

@@ -8,11 +8,14 @@ from check_architecture import check
 
 CORE = {"core/CMakeLists.txt": "add_library(o_core STATIC\n Text.cpp\n)\n",
         "core/Text.h": "#include <string>\n", "core/Text.cpp": '#include "core/Text.h"\n'}
-BAR = {"bar/CMakeLists.txt": "add_library(o_bar STATIC\n Bar.cpp\n)\ntarget_link_libraries(o_bar PUBLIC o_core)\n"
+BAR = {"bar/CMakeLists.txt": "add_library(o_bar STATIC\n Bar.cpp\n)\n"
+                             "target_link_libraries(o_bar PUBLIC o_core)\n"
                              "add_library(o_bar_ui STATIC\n View.cpp\n)\n"
                              "target_link_libraries(o_bar_ui PUBLIC o_bar Qt6::Widgets)\n",
-       "bar/Bar.h": '#include "core/Text.h"\n', "bar/Bar.cpp": '#include "bar/Bar.h"\n#include "core/Text.h"\n',
-       "bar/View.h": "#include <QWidget>\n", "bar/View.cpp": '#include "bar/View.h"\n#include "core/Text.h"\n'}
+       "bar/Bar.h": '#include "core/Text.h"\n',
+       "bar/Bar.cpp": '#include "bar/Bar.h"\n#include "core/Text.h"\n',
+       "bar/View.h": "#include <QWidget>\n",
+       "bar/View.cpp": '#include "bar/View.h"\n#include "core/Text.h"\n'}
 GOOD = {**CORE, **BAR, "main.cpp": '#include "bar/View.h"\n'}
 
 FAULTS = {
@@ -26,11 +29,13 @@ FAULTS = {
     "rooms that use each other": (
         {"janitor/CMakeLists.txt": "add_library(o_janitor STATIC\n J.cpp\n)\n"
                                    "target_link_libraries(o_janitor PUBLIC o_bar)\n",
-         "janitor/J.h": "\n", "janitor/J.cpp": '#include "bar/Bar.h"\n', "bar/Bar.cpp": '#include "janitor/J.h"\n'},
+         "janitor/J.h": "\n", "janitor/J.cpp": '#include "bar/Bar.h"\n',
+         "bar/Bar.cpp": '#include "janitor/J.h"\n'},
         "use each other"),
     "logic that knows a real platform part": (
         {"platform/linux/CMakeLists.txt": "add_library(o_linux STATIC\n L.cpp\n)\n",
-         "platform/linux/L.h": "\n", "platform/linux/L.cpp": "\n", "bar/Bar.cpp": '#include "platform/linux/L.h"\n'},
+         "platform/linux/L.h": "\n", "platform/linux/L.cpp": "\n",
+         "bar/Bar.cpp": '#include "platform/linux/L.h"\n'},
         "only the application"),
 }
 
