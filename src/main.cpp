@@ -8,14 +8,21 @@
 #include <string>
 #include <vector>
 
+namespace {
+
+// Neither is ever destroyed: a thread that waits for a child may outlive the end of main.
+ostrel::RealPlatform* app = nullptr;
+ostrel::AppDelegate* delegate = nullptr;
+
+} // namespace
+
 int main(int argc, char** argv)
 {
-    // Neither is ever destroyed: a thread that waits for a child may outlive the end of main.
-    auto& platform = *new ostrel::RealPlatform;
-    auto& delegate = *new ostrel::AppDelegate(platform.services());
+    app = new ostrel::RealPlatform;
+    delegate = new ostrel::AppDelegate(app->services());
     const std::vector<std::string> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);
     const ostrel::Route route = ostrel::parseArguments(arguments);
     if (route.kind != ostrel::Route::Kind::application)
-        return ostrel::runCommandLineRoute(route, delegate);
-    return ostrel::runApplication(argc, argv, route.background, platform, delegate);
+        return ostrel::runCommandLineRoute(route, *delegate);
+    return ostrel::runApplication(argc, argv, route.background, *app, *delegate);
 }

@@ -42,8 +42,8 @@ TEST(EventFdQueue, JobsRunInOrderAlsoInALoopInsideAJob)
     EXPECT_FALSE(readable(queue));
     queue.post([&] {
         ran += 'a';
+        EXPECT_TRUE(readable(queue)) << "the loop inside isn't woken for those behind";
         queue.post(note('d'));
-        EXPECT_TRUE(readable(queue)) << "the loop inside isn't woken";
         runAll(queue);
         ran += '|';
         queue.post(note('e'));
