@@ -22,6 +22,7 @@ class DesktopCase(unittest.TestCase):
     """A test class on one desktop. Each program that a test starts has to end well when it is asked to."""
     DESKTOP: dict[str, Any] = {}
     desktop: PrivateDesktop
+    home: str  # of the program that was started last
 
     @classmethod
     def setUpClass(cls) -> None:
@@ -30,7 +31,7 @@ class DesktopCase(unittest.TestCase):
 
     def start(self, *arguments: str, **settings: Any) -> subprocess.Popen:
         """Starts the instrument in a fresh home that holds the given settings, named without their prefix."""
-        home = tempfile.mkdtemp(dir=self.desktop.folder)
+        self.home = home = tempfile.mkdtemp(dir=self.desktop.folder)
         env = self.desktop.home_environment(home)
         if settings:
             os.makedirs(os.path.dirname(f"{home}/{SETTINGS_FILE}"), mode=0o700)

@@ -97,4 +97,4 @@ def move_pointer(desktop: PrivateDesktop, x: int, y: int) -> None:
 
 def click(desktop: PrivateDesktop, x: int, y: int) -> None:
     """Moves the pointer to a place and clicks with the left button."""
-    desktop.run(["xdotool", "mousemove", "--sync", str(x), str(y), "click", "1"])
+    desktop.run(["xdotool", "mousemove", str(x), str(y), "click", "1"])

@@ -1,5 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 """The status item in a real tray: what it tells, what a click and its menu do, and that it comes back."""
+import json
+import os
 import re
 import unittest
 
@@ -46,6 +48,10 @@ class BarItem(DesktopCase):
         held[::4096] = b"\1" * len(held[::4096])
         self.wait_for("new figures", lambda: agrees(bus.tool_tip(self.desktop.env, item)), limit=9)
         del held
+        history = f"{self.home}/Library/Application Support/ostrel/dashboard-history.jsonl"
+        self.wait_for("minute history", lambda: os.path.exists(history))
+        with open(history, encoding="ascii") as file:
+            self.assertEqual(list(json.loads(file.readline())), ["m", "cpu", "swap", "ram", "load"])
 
     def test_a_background_start_shows_the_panel_only_on_a_click_and_the_next_click_closes_it(self):
         item = self.item(self.start("--background"))
