@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "app/AppDelegate.h"
 
-#include "design/OstrelStyle.h"
-#include "design/ZOLAppMarkPainter.h"
+#include "design/ZOLAppMarkView.h"
 #include "platform/qt/WindowHints.h"
 
 #include <array>
@@ -22,12 +21,11 @@ constexpr std::array markSizes { 16, 22, 24, 32, 44, 48, 64 };
 platform::Images barMark()
 {
     // Bars come dark and light: this grey stands at least 3 to 1 against both.
-    const QColor ink(0x85, 0x8a, 0x90);
-    const QColor signal = OstrelStyle(ZOLThemePolicy::themeDefault).red;
+    constexpr Color ink = zolHex("#858a90");
     std::vector<platform::Image> images;
     images.reserve(markSizes.size());
     for (const int size : markSizes)
-        images.push_back(appMarkImage(size, ink, signal));
+        images.push_back(platformImage(tinted(ZOLAppMarkView::image(ZOLAppMark::ostrel, size, true), ink)));
     return platform::Images(std::move(images));
 }
 

@@ -1,35 +1,48 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "design/ZOLThemePolicy.h"
+#include "design/ThemedColor.h"
+#include "design/ZOLAppShellStyle.h"
+#include "platform/UserDefaults.h"
 
-#include <QColor>
-#include <QFont>
-#include <QPalette>
+#include <optional>
+#include <string_view>
 
 namespace ostrel {
 
-/// The colours and the typeface that the system's own views draw with. Main thread, with an application
-/// object.
-class OstrelStyle {
-public:
-    explicit OstrelStyle(ZOLThemePolicy::Mode mode);
+/// The two looks of the older palette.
+enum class ThemeMode { dark, light };
 
-    QColor bg; ///< the panel's ground
-    QColor ink; ///< text and figures
-    QColor muted; ///< secondary text
-    QColor hair; ///< separators and outlines
-    QColor fill; ///< the ground of data
-    QColor hover;
-    QColor red; ///< the one signal colour
+[[nodiscard]] std::string_view rawValue(ThemeMode mode);
 
-    static constexpr double radius = 8;
+/// What the system's own views draw with.
+namespace OstrelStyle {
 
-    /// The monospaced face in points, at least 10: nothing in the panel is smaller.
-    [[nodiscard]] static QFont mono(double size, QFont::Weight weight = QFont::Normal);
+inline constexpr ThemedColor bg = ZOLAppShellStyle::role("canvas"); ///< the panel's ground
+inline constexpr ThemedColor ink = ZOLAppShellStyle::role("text"); ///< text and figures
+inline constexpr ThemedColor muted = ZOLAppShellStyle::role("text-secondary");
+inline constexpr ThemedColor soft = ZOLAppShellStyle::role("text-disabled");
+inline constexpr ThemedColor hair = ZOLAppShellStyle::role("divider"); ///< separators and outlines
+inline constexpr ThemedColor fill = ZOLAppShellStyle::role("data"); ///< the ground of data
+inline constexpr ThemedColor hover = ZOLAppShellStyle::role("hover");
+inline constexpr ThemedColor red = ZOLAppShellStyle::role("selection"); ///< the one signal colour
+inline constexpr ThemedColor redBright = red;
+inline constexpr ThemedColor amber = muted;
 
-    /// The colours as a palette for plain widgets, so that nothing of the desktop's own theme shows through.
-    [[nodiscard]] QPalette palette() const;
-};
+inline constexpr double radius = 8;
+/// Nothing in the panel is written smaller, in points.
+inline constexpr double smallestText = 10;
+
+/// Wins over the stored theme while it is set. Main thread.
+extern std::optional<ZOLThemePolicy::Mode> override;
+
+/// The theme as it is chosen at this moment.
+[[nodiscard]] ZOLThemePolicy::Mode theme(const platform::UserDefaults& standard);
+/// The same in the words of the older palette.
+[[nodiscard]] ThemeMode mode(const platform::UserDefaults& standard);
+/// A themed colour as a fixed one, in the chosen theme and not in the desktop's.
+[[nodiscard]] Color layerColor(const ThemedColor& color, const platform::UserDefaults& standard);
+
+} // namespace OstrelStyle
 
 } // namespace ostrel

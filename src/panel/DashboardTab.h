@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "design/OstrelStyle.h"
 #include "panel/LiveRegistry.h"
 #include "panel/PanelState.h"
 
@@ -10,6 +9,6 @@ class QVBoxLayout;
 namespace ostrel {
 
 /// Draws the dashboard into the body: the live readings, and what the minute history holds.
-void renderOverview(QVBoxLayout& body, const PanelState& state, const OstrelStyle& style, LiveRegistry& live);
+void renderOverview(QVBoxLayout& body, const PanelState& state, LiveRegistry& live);
 
 } // namespace ostrel

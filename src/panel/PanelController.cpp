@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "panel/PanelController.h"
 
+#include "design/Appearance.h"
+#include "design/OstrelStyle.h"
+
 #include <QGuiApplication>
 #include <QScreen>
 #include <QWidget>
@@ -25,9 +28,11 @@ PanelController::PanelController(PanelFrame& frame, const platform::UserDefaults
 
 void PanelController::show()
 {
-    if (!frame_.rootView())
-        frame_.makeContent(
-            OstrelStyle(ZOLThemePolicy::load(defaults_)), [this](std::string_view reason) { close(reason); });
+    if (!frame_.rootView()) {
+        const ZOLThemePolicy::Mode theme = OstrelStyle::theme(defaults_);
+        ZOLThemePolicy::apply(theme);
+        frame_.makeContent(theme, [this](std::string_view reason) { close(reason); });
+    }
     QWidget& window = *frame_.rootView();
     const bool wasShown = frame_.shown();
     frame_.renderBody();

@@ -2,17 +2,17 @@
 #include "panel/PanelFrame.h"
 
 #include "core/Version.h"
-#include "design/TabLayout.h"
+#include "design/Appearance.h"
+#include "design/OstrelStyle.h"
 #include "design/Utf8.h"
-#include "design/ZOLAppMarkPainter.h"
+#include "design/ZOLAppMarkView.h"
+#include "design/controls/TabLayout.h"
+#include "design/controls/ZOLShellLabel.h"
 #include "panel/DashboardTab.h"
 #include "panel/ProcessesTab.h"
 #include "panel/ReadoutText.h"
 #include "panel/TabButton.h"
 
-#include <QImage>
-#include <QLabel>
-#include <QPixmap>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QVBoxLayout>
@@ -29,29 +29,10 @@ namespace {
 
 constexpr int inset = 16;
 constexpr int spacing = 8;
-constexpr int headerMarkSize = 40;
 constexpr platform::Seconds throttle { 2 };
 
 /// The tabs that this version has.
 constexpr std::array builtModes { OstrelMode::overview, OstrelMode::processes };
-
-QPixmap markPixmap(const OstrelStyle& style, double ratio)
-{
-    const platform::Image image
-        = appMarkImage(static_cast<int>(headerMarkSize * ratio), style.ink, style.red);
-    const QImage pixels(reinterpret_cast<const uchar*>(image.pixels.data()), image.width, image.height,
-        QImage::Format_ARGB32);
-    QPixmap pixmap = QPixmap::fromImage(pixels);
-    pixmap.setDevicePixelRatio(ratio);
-    return pixmap;
-}
-
-void setColor(QWidget& widget, const QColor& color)
-{
-    QPalette palette = widget.palette();
-    palette.setColor(QPalette::WindowText, color);
-    widget.setPalette(palette);
-}
 
 } // namespace
 
@@ -66,26 +47,25 @@ PanelFrame::~PanelFrame() = default;
 
 void PanelFrame::setAfterRender(std::function<void()> afterRender) { afterRender_ = std::move(afterRender); }
 
-void PanelFrame::makeContent(const OstrelStyle& style, std::function<void(std::string_view)> close)
+void PanelFrame::makeContent(ZOLThemePolicy::Mode theme, std::function<void(std::string_view)> close)
 {
-    style_ = style;
-    root_ = std::make_unique<PanelRootView>(style,
-        PanelRootView::Actions {
-            .switchMode = [this](OstrelMode mode) { switchMode(mode); },
-            .close = std::move(close),
-        });
+    root_ = std::make_unique<PanelRootView>(PanelRootView::Actions {
+        .switchMode = [this](OstrelMode mode) { switchMode(mode); },
+        .close = std::move(close),
+    });
+    setAppearance(*root_, theme);
     root_->setFixedSize(panelWidth, panelHeight);
     auto* column = new QVBoxLayout(root_.get());
     column->setContentsMargins(inset, inset, inset, inset);
     column->setSpacing(spacing);
     column->addWidget(makeHeader());
-    column->addWidget(separator(style_.hair));
+    column->addWidget(separator(contentWidth));
     column->addWidget(makeStrip());
-    readout_ = wrappingLabel("loading…", OstrelStyle::mono(11, QFont::DemiBold), style_.ink, contentWidth);
+    readout_ = wrappingLabel("loading…", 11, QFont::DemiBold, OstrelStyle::ink, contentWidth);
     column->addWidget(readout_);
-    column->addWidget(separator(style_.hair));
+    column->addWidget(separator(contentWidth));
     column->addWidget(makeBody(), 1);
-    column->addWidget(separator(style_.hair));
+    column->addWidget(separator(contentWidth));
     column->addWidget(makeFooter());
 }
 
@@ -95,19 +75,17 @@ QWidget* PanelFrame::makeHeader() const
     auto* row = new QHBoxLayout(header);
     row->setContentsMargins(0, 0, 0, 0);
     row->setSpacing(12);
-    auto* mark = new QLabel;
-    mark->setPixmap(markPixmap(style_, root_->devicePixelRatioF()));
-    mark->setFixedSize(headerMarkSize, headerMarkSize);
-    mark->setAccessibleName("ostrel");
+    auto* mark = new ZOLAppMarkView(ZOLAppMark::ostrel);
+    ZOLThemePolicy::plate(*mark);
     row->addWidget(mark);
     auto* words = new QVBoxLayout;
     words->setSpacing(2);
-    words->addWidget(wrappingLabel("OSTREL", OstrelStyle::mono(14, QFont::DemiBold), style_.ink));
+    words->addWidget(wrappingLabel("OSTREL", 14, QFont::DemiBold, OstrelStyle::ink));
     words->addWidget(
-        wrappingLabel("local + server · a little more room to think", OstrelStyle::mono(11), style_.muted));
+        wrappingLabel("local + server · a little more room to think", 11, QFont::Normal, OstrelStyle::muted));
     row->addLayout(words, 1);
     auto* version = wrappingLabel(
-        utf16(fmt::format("{} · {}", appVersion, appBuild)), OstrelStyle::mono(11), style_.muted);
+        utf16(fmt::format("{} · {}", appVersion, appBuild)), 11, QFont::Normal, OstrelStyle::muted);
     version->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     row->addWidget(version);
     return header;
@@ -118,10 +96,10 @@ QWidget* PanelFrame::makeFooter() const
     auto* footer = new QWidget;
     auto* row = new QHBoxLayout(footer);
     row->setContentsMargins(0, 0, 0, 0);
-    row->addWidget(lineLabel("1 dashboard · 3 processes · esc close", OstrelStyle::mono(10), style_.muted));
+    row->addWidget(lineLabel("1 dashboard · 3 processes · esc close", 10, QFont::Normal, OstrelStyle::muted));
     row->addStretch();
-    row->addWidget(lineLabel(utf16(fmt::format("{} · on this Mac · refreshes while open", appVersion)),
-        OstrelStyle::mono(10), style_.muted));
+    row->addWidget(lineLabel(utf16(fmt::format("{} · on this Mac · refreshes while open", appVersion)), 10,
+        QFont::Normal, OstrelStyle::muted));
     return footer;
 }
 
@@ -133,7 +111,7 @@ QWidget* PanelFrame::makeStrip()
     row->setSpacing(4);
     tabs_.clear();
     for (const OstrelMode mode : builtModes) {
-        auto* tab = new TabButton(utf16(words(mode).title), utf16(words(mode).hint), style_);
+        auto* tab = new TabButton(utf16(words(mode).title), utf16(words(mode).hint));
         tab->setChecked(mode == mode_);
         QObject::connect(tab, &QAbstractButton::clicked, [this, mode] { switchMode(mode); });
         tabs_.push_back(tab);
@@ -222,7 +200,7 @@ void PanelFrame::renderScreen(QVBoxLayout& body, BodyScreen screen)
         break;
     case BodyScreen::stale: {
         const auto notice = fmt::format("Showing the last successful reading. {}", state);
-        body.addWidget(wrappingLabel(utf16(notice), OstrelStyle::mono(11), style_.red, contentWidth));
+        body.addWidget(wrappingLabel(utf16(notice), 11, QFont::Normal, OstrelStyle::red, contentWidth));
         renderNotice(body, {}, {}, true);
         renderTab(body);
         break;
@@ -236,14 +214,13 @@ void PanelFrame::renderScreen(QVBoxLayout& body, BodyScreen screen)
 void PanelFrame::renderNotice(QVBoxLayout& body, std::string_view title, std::string_view text, bool retry)
 {
     if (!title.empty())
-        body.addWidget(
-            wrappingLabel(utf16(title), OstrelStyle::mono(16, QFont::DemiBold), style_.ink, contentWidth));
+        body.addWidget(wrappingLabel(utf16(title), 16, QFont::DemiBold, OstrelStyle::ink, contentWidth));
     if (!text.empty())
-        body.addWidget(wrappingLabel(utf16(text), OstrelStyle::mono(11), style_.muted, contentWidth));
+        body.addWidget(wrappingLabel(utf16(text), 11, QFont::Normal, OstrelStyle::muted, contentWidth));
     if (!retry)
         return;
-    auto* button = new TabButton(
-        "retry snapshot", "read the process snapshot again; nothing is stopped or changed", style_);
+    auto* button
+        = new TabButton("retry snapshot", "read the process snapshot again; nothing is stopped or changed");
     button->setCheckable(false);
     button->setAutoExclusive(false);
     button->setFixedWidth(160);
@@ -257,12 +234,12 @@ void PanelFrame::renderTab(QVBoxLayout& body)
 {
     const auto& data = state_.snapshots.lastData();
     if (mode_ == OstrelMode::processes && data)
-        renderProcesses(body, *data, style_);
+        renderProcesses(body, *data);
     else
-        renderOverview(body, state_, style_, live_);
+        renderOverview(body, state_, live_);
 }
 
-void PanelFrame::set(std::string_view text) { showReadout(text, style_.ink); }
+void PanelFrame::set(std::string_view text) { showReadout(text, OstrelStyle::ink); }
 
 void PanelFrame::refresh()
 {
@@ -271,15 +248,15 @@ void PanelFrame::refresh()
         return;
     showReadout(readoutText(*data, state_.tick.native(), state_.tick.lastCPU(),
                     state_.snapshots.snapshotAgeText(), state_.snapshots.snapshotIsStale()),
-        style_.muted);
+        OstrelStyle::muted);
 }
 
-void PanelFrame::showReadout(std::string_view text, const QColor& color)
+void PanelFrame::showReadout(std::string_view text, const ThemedColor& color)
 {
     if (!readout_)
         return;
     readout_->setText(utf16(text));
-    setColor(*readout_, color);
+    readout_->setColor(color);
 }
 
 } // namespace ostrel

@@ -3,7 +3,7 @@
 
 #include "core/PanelBody.h"
 #include "core/Readout.h"
-#include "design/OstrelStyle.h"
+#include "design/ThemedColor.h"
 #include "panel/BodyScreen.h"
 #include "panel/LiveRegistry.h"
 #include "panel/PanelRootView.h"
@@ -15,13 +15,13 @@
 #include <string_view>
 #include <vector>
 
-class QLabel;
 class QScrollArea;
 class QVBoxLayout;
 
 namespace ostrel {
 
 class TabButton;
+class ZOLShellLabel;
 
 /// The panel's one frame: header, tab strip, readout, scrolling body, footer. The body is built anew from
 /// state at each `renderBody`; before `makeContent` every call changes state only. Main thread.
@@ -35,7 +35,7 @@ public:
     ~PanelFrame() override;
 
     /// Builds the frame; `close` gets the reason. The application object must exist.
-    void makeContent(const OstrelStyle& style, std::function<void(std::string_view)> close);
+    void makeContent(ZOLThemePolicy::Mode theme, std::function<void(std::string_view)> close);
     /// The frame's window; null before `makeContent`.
     [[nodiscard]] QWidget* rootView() const { return root_.get(); }
     /// Called after each rebuild, to fill in the live values.
@@ -58,18 +58,17 @@ private:
     void renderScreen(QVBoxLayout& body, BodyScreen screen);
     void renderNotice(QVBoxLayout& body, std::string_view title, std::string_view text, bool retry);
     void renderTab(QVBoxLayout& body);
-    void showReadout(std::string_view text, const QColor& color);
+    void showReadout(std::string_view text, const ThemedColor& color);
 
     PanelState state_;
     const platform::Clock& clock_;
     LiveRegistry& live_;
-    OstrelStyle style_ { ZOLThemePolicy::themeDefault };
     OstrelMode mode_ = OstrelMode::overview;
     platform::Instant lastBodyRenderAt_ = platform::distantPast;
     std::function<void()> afterRender_;
     std::unique_ptr<PanelRootView> root_;
     std::vector<TabButton*> tabs_;
-    QLabel* readout_ = nullptr;
+    ZOLShellLabel* readout_ = nullptr;
     QScrollArea* scroll_ = nullptr;
 };
 

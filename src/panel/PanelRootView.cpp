@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "panel/PanelRootView.h"
 
+#include "design/Appearance.h"
+#include "design/OstrelStyle.h"
+
 #include <QCloseEvent>
 #include <QKeyEvent>
 #include <QPainter>
@@ -9,22 +12,20 @@
 
 namespace ostrel {
 
-PanelRootView::PanelRootView(const OstrelStyle& style, Actions actions)
+PanelRootView::PanelRootView(Actions actions)
     : QWidget(nullptr, Qt::Tool | Qt::FramelessWindowHint)
-    , style_(style)
     , actions_(std::move(actions))
 {
     setWindowTitle("OSTREL");
     setAccessibleName("OSTREL");
-    setPalette(style_.palette());
     setFocusPolicy(Qt::StrongFocus);
 }
 
 void PanelRootView::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
-    painter.fillRect(rect(), style_.bg);
-    painter.setPen(style_.hair);
+    painter.fillRect(rect(), resolved(OstrelStyle::bg, *this));
+    painter.setPen(resolved(OstrelStyle::hair, *this));
     painter.drawRect(rect().adjusted(0, 0, -1, -1));
 }
 

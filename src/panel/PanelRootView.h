@@ -2,7 +2,6 @@
 #pragma once
 
 #include "core/OstrelMode.h"
-#include "design/OstrelStyle.h"
 
 #include <QWidget>
 
@@ -19,7 +18,7 @@ public:
         std::function<void(std::string_view reason)> close;
     };
 
-    PanelRootView(const OstrelStyle& style, Actions actions);
+    explicit PanelRootView(Actions actions);
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -27,7 +26,6 @@ protected:
     void closeEvent(QCloseEvent* event) override;
 
 private:
-    OstrelStyle style_;
     Actions actions_;
 };
 

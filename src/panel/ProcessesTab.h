@@ -2,13 +2,12 @@
 #pragma once
 
 #include "collector/OstrelData.h"
-#include "design/OstrelStyle.h"
 
 class QVBoxLayout;
 
 namespace ostrel {
 
 /// Draws the top processes of a snapshot into the body, as the collector ordered them.
-void renderProcesses(QVBoxLayout& body, const OstrelData& data, const OstrelStyle& style);
+void renderProcesses(QVBoxLayout& body, const OstrelData& data);
 
 } // namespace ostrel

@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "panel/TabButton.h"
 
+#include "design/Appearance.h"
+#include "design/Fonts.h"
+#include "design/OstrelStyle.h"
+
 #include <QEnterEvent>
 #include <QPainter>
 
@@ -16,9 +20,8 @@ constexpr double ringRadius = 6;
 
 } // namespace
 
-TabButton::TabButton(const QString& title, const QString& hint, const OstrelStyle& style, QWidget* parent)
+TabButton::TabButton(const QString& title, const QString& hint, QWidget* parent)
     : QAbstractButton(parent)
-    , style_(style)
 {
     setText(title);
     setToolTip(hint);
@@ -39,19 +42,19 @@ void TabButton::paintEvent(QPaintEvent*)
     const bool lit = isChecked() || underMouse();
     painter.setPen(Qt::NoPen);
     if (lit) {
-        painter.setBrush(style_.hover);
+        painter.setBrush(resolved(OstrelStyle::hover, *this));
         painter.drawRoundedRect(bounds, OstrelStyle::radius, OstrelStyle::radius);
     }
     if (isChecked()) {
-        painter.setBrush(style_.red);
+        painter.setBrush(resolved(OstrelStyle::red, *this));
         const QRectF bar(barInset, height() - barHeight, width() - 2 * barInset, barHeight);
         painter.drawRoundedRect(bar, 1, 1);
     }
-    painter.setPen(lit ? style_.ink : style_.muted);
+    painter.setPen(resolved(lit ? OstrelStyle::ink : OstrelStyle::muted, *this));
     painter.setFont(OstrelStyle::mono(11, isChecked() ? QFont::DemiBold : QFont::Normal));
     painter.drawText(rect(), Qt::AlignCenter, text());
     if (hasFocus()) {
-        painter.setPen(QPen(style_.ink, 2));
+        painter.setPen(QPen(resolved(OstrelStyle::ink, *this), 2));
         painter.setBrush(Qt::NoBrush);
         // Above the bar, which says something else.
         painter.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -barHeight - 3), ringRadius, ringRadius);

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "design/OstrelStyle.h"
-
 #include <QAbstractButton>
 
 namespace ostrel {
@@ -10,7 +8,7 @@ namespace ostrel {
 /// One tab of the strip: flat text, a red bar below the active one, a ring around the focused one.
 class TabButton final : public QAbstractButton {
 public:
-    TabButton(const QString& title, const QString& hint, const OstrelStyle& style, QWidget* parent = nullptr);
+    TabButton(const QString& title, const QString& hint, QWidget* parent = nullptr);
 
     [[nodiscard]] QSize sizeHint() const override;
 
@@ -18,9 +16,6 @@ protected:
     void paintEvent(QPaintEvent* event) override;
     void enterEvent(QEnterEvent* event) override;
     void leaveEvent(QEvent* event) override;
-
-private:
-    OstrelStyle style_;
 };
 
 } // namespace ostrel

@@ -59,11 +59,11 @@ TEST(ZOLThemePolicy, OnlyTheTwoStoredWordsNameAMode)
     for (const auto& [raw, mode] : cases)
         EXPECT_EQ(ZOLThemePolicy::resolve(raw), mode) << raw.value_or("none");
     FakeUserDefaults defaults;
-    EXPECT_EQ(ZOLThemePolicy::load(defaults), light);
+    EXPECT_EQ(ZOLThemePolicy::load(defaults, ZOLThemePolicy::key()), light);
     defaults.setText("dev.quent.ostrel.theme", ZOLThemePolicy::rawValue(dark));
-    EXPECT_EQ(ZOLThemePolicy::load(defaults), dark);
+    EXPECT_EQ(ZOLThemePolicy::load(defaults, ZOLThemePolicy::key()), dark);
     defaults.setBoolean("dev.quent.ostrel.theme", true);
-    EXPECT_EQ(ZOLThemePolicy::load(defaults), light);
+    EXPECT_EQ(ZOLThemePolicy::load(defaults, ZOLThemePolicy::key()), light);
 }
 
 } // namespace

@@ -46,9 +46,8 @@ TEST(PanelRootView, KeysReachTheTabsAndCloseThePanel)
         { Qt::Key_W, Qt::MetaModifier, "close cmd-w" }, { Qt::Key_W, Qt::ControlModifier, "close cmd-w" },
         { Qt::Key_W, plain, "" } };
     std::string heard;
-    PanelRootView view(OstrelStyle(ZOLThemePolicy::themeDefault),
-        { .switchMode = [&](OstrelMode mode) { heard = words(mode).title; },
-            .close = [&](std::string_view reason) { heard = "close " + std::string(reason); } });
+    PanelRootView view({ .switchMode = [&](OstrelMode mode) { heard = words(mode).title; },
+        .close = [&](std::string_view reason) { heard = "close " + std::string(reason); } });
     for (const auto& [key, modifiers, expected] : cases) {
         heard.clear();
         press(view, key, modifiers);

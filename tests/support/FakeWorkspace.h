@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "platform/Workspace.h"
+
+#include "support/Observers.h"
+
+#include <memory>
+
+/// A desktop whose wish for less movement the test sets.
+class FakeWorkspace final : public platform::Workspace {
+public:
+    [[nodiscard]] bool accessibilityDisplayShouldReduceMotion() const override { return reduceMotion_; }
+
+    [[nodiscard]] std::unique_ptr<platform::Observation> observeDisplayOptions(platform::Job changed) override
+    {
+        return observers.add(std::move(changed));
+    }
+
+    void setReduceMotion(bool reduce)
+    {
+        reduceMotion_ = reduce;
+        observers.tell();
+    }
+
+    Observers observers;
+
+private:
+    bool reduceMotion_ = false;
+};
