@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "design/Paint.h"
 
+#include "design/QuadRaster.h"
+
+#include <QImage>
+#include <QPaintDevice>
 #include <QPainter>
 #include <QPen>
 #include <QPointF>
@@ -9,6 +13,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdint>
 
 namespace ostrel {
 
@@ -36,6 +41,24 @@ private:
     QPainter& painter_;
 };
 
+/// The device pixels that the quads may touch, as far as the device has them.
+QRect layerOf(std::span<const Quad> quads, const QTransform& toDevice, const QPainter& painter)
+{
+    QRectF bounds;
+    for (const Quad& quad : quads) {
+        const auto [left, right] = std::ranges::minmax(quad.corners, {}, &ScenePoint::x);
+        const auto [top, bottom] = std::ranges::minmax(quad.corners, {}, &ScenePoint::y);
+        const double around = quad.strokeWidth / 2;
+        bounds |= QRectF(left.x - around, top.y - around, right.x - left.x + quad.strokeWidth,
+            bottom.y - top.y + quad.strokeWidth);
+    }
+    const QPaintDevice& device = *painter.device();
+    const double ratio = device.devicePixelRatioF();
+    const QRectF all(0, 0, device.width() * ratio, device.height() * ratio);
+    // A picture's size is told in points or in pixels, depending on what it is; the larger does no harm.
+    return (toDevice.mapRect(bounds) & all).toAlignedRect();
+}
+
 void strokeRounded(QPainter& painter, const QRectF& rect, double radius, double width, const Color& color)
 {
     const Saved saved(painter);
@@ -55,18 +78,23 @@ QColor qColor(const Color& color)
 
 void drawQuads(QPainter& painter, std::span<const Quad> quads)
 {
-    const Saved saved(painter);
-    for (const Quad& quad : quads) {
-        std::array<QPointF, 4> corners;
-        std::ranges::transform(quad.corners, corners.begin(), [](auto at) { return QPointF(at.x, at.y); });
-        painter.setBrush(qColor(quad.fill));
-        if (quad.strokeWidth > 0)
-            painter.setPen(
-                QPen(qColor(quad.stroke), quad.strokeWidth, Qt::SolidLine, Qt::FlatCap, Qt::RoundJoin));
-        else
-            painter.setPen(Qt::NoPen);
-        painter.drawConvexPolygon(corners.data(), static_cast<int>(corners.size()));
-    }
+    // A layer of whole device pixels under all of them, laid over what is there in one go.
+    const QTransform toDevice = painter.deviceTransform();
+    const double scale = scaleOf(painter);
+    const QRect layer = layerOf(quads, toDevice, painter);
+    if (layer.isEmpty() || scale <= 0)
+        return;
+    QImage image(layer.size(), QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    const PixelBuffer pixels { reinterpret_cast<std::uint32_t*>(image.bits()), image.width(), image.height(),
+        image.bytesPerLine() / static_cast<qsizetype>(sizeof(std::uint32_t)) };
+    const QPointF origin = toDevice.inverted().map(QPointF(layer.topLeft()));
+    QuadRaster().paint(pixels, quads, scale, { origin.x(), origin.y() });
+    painter.save();
+    painter.translate(origin);
+    painter.scale(1 / scale, 1 / scale);
+    painter.drawImage(QPointF(), image);
+    painter.restore();
 }
 
 double hairline(const QPainter& painter)

@@ -1,0 +1,273 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "design/QuadRaster.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace ostrel {
+
+namespace {
+
+/// In pixels. What is farther out is a fault of its maker's, and single precision can't place it.
+constexpr double farthest = 1e5;
+
+/// A round join is drawn with this many corners.
+constexpr std::size_t joinCorners = 3;
+
+/// A colour as the blending takes it: premultiplied by its own alpha, each channel from 0 to 255.
+struct Ink {
+    std::uint32_t redBlue; ///< 0x00RR00BB
+    std::uint32_t alphaGreen; ///< 0x00AA00GG
+    float alpha;
+
+    explicit Ink(const Color& color)
+        : alpha(static_cast<float>(std::clamp(color.alpha, 0.0, 1.0)))
+    {
+        const auto byte = [](double value) {
+            return static_cast<std::uint32_t>(std::clamp(value, 0.0, 1.0) * 255 + 0.5);
+        };
+        redBlue = (byte(color.red) << 16U) | byte(color.blue);
+        alphaGreen = (0xffU << 16U) | byte(color.green);
+    }
+};
+
+/// Two channels at once, each divided by 255 and rounded.
+constexpr std::uint32_t divided(std::uint32_t pair)
+{
+    pair += 0x00800080U;
+    return ((pair + ((pair >> 8U) & 0x00ff00ffU)) >> 8U) & 0x00ff00ffU;
+}
+
+/// How strongly an ink that covers so much of a pixel colours it, from 0 to 255.
+std::uint32_t strength(const Ink& ink, float coverage)
+{
+    return static_cast<std::uint32_t>(std::min(std::abs(coverage), 1.0F) * ink.alpha * 255 + 0.5F);
+}
+
+std::uint32_t over(std::uint32_t pixel, const Ink& ink, std::uint32_t alpha)
+{
+    const std::uint32_t rest = 255 - alpha;
+    const std::uint32_t redBlue = divided(ink.redBlue * alpha + (pixel & 0x00ff00ffU) * rest);
+    const std::uint32_t alphaGreen = divided(ink.alphaGreen * alpha + ((pixel >> 8U) & 0x00ff00ffU) * rest);
+    return (alphaGreen << 8U) | redBlue;
+}
+
+/// The next whole number of one that isn't negative. The library's function is a call on this processor.
+template <typename Real>
+constexpr int roundedUp(Real value)
+{
+    const int below = static_cast<int>(value);
+    return below + (static_cast<Real>(below) < value ? 1 : 0);
+}
+
+double doubledArea(std::span<const ScenePoint> polygon)
+{
+    double sum = 0;
+    for (std::size_t at = 0; at < polygon.size(); ++at) {
+        const ScenePoint a = polygon[at];
+        const ScenePoint b = polygon[(at + 1) % polygon.size()];
+        sum += a.x * b.y - a.y * b.x;
+    }
+    return sum;
+}
+
+/// The two borders of a closed outline: `half` of its width to either side, the outer one with round joins.
+struct Outline {
+    std::array<ScenePoint, 4 * joinCorners> outer;
+    std::array<ScenePoint, 4> inner;
+};
+
+Outline outlined(const std::array<ScenePoint, 4>& corners, double half)
+{
+    // Outward normals, whichever way the polygon turns.
+    const double turn = doubledArea(corners) > 0 ? 1 : -1;
+    std::array<ScenePoint, 4> normals;
+    for (std::size_t at = 0; at < 4; ++at) {
+        const ScenePoint a = corners[at];
+        const ScenePoint b = corners[(at + 1) % 4];
+        const double length = std::hypot(b.x - a.x, b.y - a.y);
+        normals[at] = length > 0 ? ScenePoint { (b.y - a.y) / length * turn, (a.x - b.x) / length * turn }
+                                 : ScenePoint {};
+    }
+    Outline outline;
+    for (std::size_t at = 0; at < 4; ++at) {
+        const ScenePoint corner = corners[at];
+        const ScenePoint before = normals[(at + 3) % 4];
+        const ScenePoint after = normals[at];
+        const ScenePoint middle { before.x + after.x, before.y + after.y };
+        const double length = std::hypot(middle.x, middle.y);
+        const double reach = length > 0 ? half / length : 0;
+        outline.outer[at * joinCorners] = { corner.x + before.x * half, corner.y + before.y * half };
+        outline.outer[at * joinCorners + 1] = { corner.x + middle.x * reach, corner.y + middle.y * reach };
+        outline.outer[at * joinCorners + 2] = { corner.x + after.x * half, corner.y + after.y * half };
+        // Where the two inner borders meet.
+        const double facing = 1 + before.x * after.x + before.y * after.y;
+        const double depth = facing > 0.01 ? half / facing : 0;
+        outline.inner[at] = { corner.x - middle.x * depth, corner.y - middle.y * depth };
+    }
+    return outline;
+}
+
+} // namespace
+
+/// The part of the picture that one quad may touch, in whole pixels.
+struct QuadRaster::Bounds {
+    int left = 0;
+    int top = 0;
+    int width = 0;
+    int height = 0;
+
+    /// Sums of a row: one a column, one for what ends at the right edge, one to spare.
+    [[nodiscard]] int stride() const { return width + 2; }
+};
+
+void QuadRaster::paint(
+    const PixelBuffer& target, std::span<const Quad> quads, double scale, ScenePoint origin)
+{
+    for (const Quad& quad : quads) {
+        std::array<ScenePoint, 4> corners;
+        std::ranges::transform(quad.corners, corners.begin(), [&](ScenePoint at) {
+            return ScenePoint { (at.x - origin.x) * scale, (at.y - origin.y) * scale };
+        });
+        const double half = quad.strokeWidth > 0 ? quad.strokeWidth * scale / 2 : 0;
+        const auto [left, right] = std::ranges::minmax(corners, {}, &ScenePoint::x);
+        const auto [top, bottom] = std::ranges::minmax(corners, {}, &ScenePoint::y);
+        const bool near = std::ranges::all_of(
+            corners, [](ScenePoint at) { return std::abs(at.x) <= farthest && std::abs(at.y) <= farthest; });
+        if (!near || half > farthest)
+            continue;
+        const auto within = [](double value, int limit) {
+            return static_cast<int>(std::clamp(value, 0.0, static_cast<double>(limit)));
+        };
+        Bounds bounds { .left = within(std::floor(left.x - half), target.width),
+            .top = within(std::floor(top.y - half), target.height) };
+        bounds.width = within(std::ceil(right.x + half), target.width) - bounds.left;
+        bounds.height = within(std::ceil(bottom.y + half), target.height) - bounds.top;
+        if (bounds.width <= 0 || bounds.height <= 0)
+            continue;
+        const auto rows = static_cast<std::size_t>(bounds.height);
+        const std::size_t cells = rows * static_cast<std::size_t>(bounds.stride());
+        fill_.assign(cells, 0);
+        first_.assign(rows, bounds.width);
+        last_.assign(rows, 0);
+        accumulate(fill_, bounds, corners, 1);
+        if (half > 0) {
+            stroke_.assign(cells, 0);
+            const Outline outline = outlined(corners, half);
+            accumulate(stroke_, bounds, outline.outer, 1);
+            accumulate(stroke_, bounds, outline.inner, -1);
+        }
+        blend(target, bounds, quad, half > 0);
+    }
+}
+
+void QuadRaster::accumulate(std::vector<float>& sums, const Bounds& bounds, Corners polygon, float sign)
+{
+    // Polygons of either turn add the same way.
+    const float turned = doubledArea(polygon) > 0 ? sign : -sign;
+    for (std::size_t at = 0; at < polygon.size(); ++at)
+        accumulateEdge(sums, bounds, polygon[at], polygon[(at + 1) % polygon.size()], turned);
+}
+
+/// Each cell gets the change of coverage that the edge brings from the column before it, so that the running
+/// sum along a row is the coverage itself.
+void QuadRaster::accumulateEdge(
+    std::vector<float>& sums, const Bounds& bounds, ScenePoint from, ScenePoint to, float sign)
+{
+    if (from.y == to.y)
+        return;
+    if (from.y > to.y) {
+        std::swap(from, to);
+        sign = -sign;
+    }
+    // Places within the bounds are small: single precision is a ten-thousandth of a pixel.
+    const auto slope = static_cast<float>((to.x - from.x) / (to.y - from.y));
+    const auto startX = static_cast<float>(from.x - bounds.left);
+    const auto startY = static_cast<float>(from.y - bounds.top);
+    const auto limit = static_cast<float>(bounds.height);
+    const auto rightmost = static_cast<float>(bounds.width);
+    const float endY = std::min(static_cast<float>(to.y - bounds.top), limit);
+    float y = std::max(startY, 0.0F);
+    if (y >= endY)
+        return;
+    const auto column = [&](float at) { return std::clamp(startX + (at - startY) * slope, 0.0F, rightmost); };
+    float x = column(y);
+    for (int row = static_cast<int>(y); y < endY; ++row) {
+        const float rowEnd = std::min(static_cast<float>(row + 1), endY);
+        const float next = column(rowEnd);
+        const float high = (rowEnd - y) * sign;
+        const float low = std::min(x, next);
+        const float wide = std::max(x, next);
+        const int lowCell = static_cast<int>(low);
+        const int highCell = roundedUp(wide);
+        const auto at = static_cast<std::size_t>(row);
+        first_[at] = std::min(first_[at], lowCell);
+        last_[at] = std::max(last_[at], std::min(bounds.width, std::max(highCell, lowCell + 1)));
+        float* const cells = sums.data() + static_cast<std::ptrdiff_t>(row) * bounds.stride();
+        if (highCell <= lowCell + 1) {
+            const float right = (x + next) / 2 - static_cast<float>(lowCell);
+            cells[lowCell] += high * (1 - right);
+            cells[lowCell + 1] += high * right;
+        } else {
+            // The edge crosses several columns: trapezoids between two triangles.
+            const float perCell = 1 / (wide - low);
+            const float lead = 1 - (low - static_cast<float>(lowCell));
+            const float trail = wide - static_cast<float>(highCell) + 1;
+            const float leading = lead * lead * perCell / 2;
+            const float trailing = trail * trail * perCell / 2;
+            cells[lowCell] += high * leading;
+            if (highCell == lowCell + 2) {
+                cells[lowCell + 1] += high * (1 - leading - trailing);
+            } else {
+                const float second = (lead + 0.5F) * perCell;
+                cells[lowCell + 1] += high * (second - leading);
+                for (int cell = lowCell + 2; cell < highCell - 1; ++cell)
+                    cells[cell] += high * perCell;
+                const float reached = second + static_cast<float>(highCell - lowCell - 3) * perCell;
+                cells[highCell - 1] += high * (1 - reached - trailing);
+            }
+            cells[highCell] += high * trailing;
+        }
+        x = next;
+        y = rowEnd;
+    }
+}
+
+void QuadRaster::blend(const PixelBuffer& target, const Bounds& bounds, const Quad& quad, bool outlined)
+{
+    const Ink fill(quad.fill);
+    const Ink stroke(quad.stroke);
+    for (int row = 0; row < bounds.height; ++row) {
+        const auto at = static_cast<std::size_t>(row);
+        const std::ptrdiff_t start = static_cast<std::ptrdiff_t>(row) * bounds.stride();
+        const float* const fillCells = fill_.data() + start;
+        const float* const strokeCells = outlined ? stroke_.data() + start : nullptr;
+        std::uint32_t* const pixels = target.pixels + (bounds.top + row) * target.stride + bounds.left;
+        float filled = 0;
+        float stroked = 0;
+        std::uint32_t fillAlpha = 0;
+        std::uint32_t strokeAlpha = 0;
+        for (int cell = first_[at]; cell < last_[at]; ++cell) {
+            // Inside the polygon most cells change nothing.
+            if (fillCells[cell] != 0) {
+                filled += fillCells[cell];
+                fillAlpha = strength(fill, filled);
+            }
+            if (strokeCells && strokeCells[cell] != 0) {
+                stroked += strokeCells[cell];
+                strokeAlpha = strength(stroke, stroked);
+            }
+            std::uint32_t pixel = pixels[cell];
+            if (fillAlpha == 255)
+                pixel = (fill.alphaGreen << 8U) | fill.redBlue;
+            else if (fillAlpha > 0)
+                pixel = over(pixel, fill, fillAlpha);
+            if (strokeAlpha > 0)
+                pixel = over(pixel, stroke, strokeAlpha);
+            pixels[cell] = pixel;
+        }
+    }
+}
+
+} // namespace ostrel
