@@ -1,0 +1,13 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Samples.h"
+
+namespace ostrel {
+
+void drawSamples(Sheet& sheet)
+{
+    drawColors(sheet);
+    drawFaces(sheet);
+    drawMarks(sheet);
+}
+
+} // namespace ostrel
