@@ -13,6 +13,8 @@
 #include "platform/StatusItem.h"
 #include "platform/Timer.h"
 #include "platform/UserDefaults.h"
+#include "platform/WindowOcclusion.h"
+#include "platform/Workspace.h"
 
 #include <functional>
 
@@ -33,6 +35,8 @@ struct PlatformServices {
     platform::GlobalQueue& globalQueue;
     platform::StatusBar& statusBar;
     platform::DistributedNotificationCenter& notifications;
+    platform::Workspace& workspace;
+    platform::WindowOcclusion& occlusion;
     std::function<void()> quit; ///< ends the event loop
 };
 

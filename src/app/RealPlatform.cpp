@@ -13,6 +13,8 @@ RealPlatform::RealPlatform()
     : defaults_(files_, std::string(appIdentifier))
     , bundle_(platform::LinuxBundle::runningExecutableFolder())
     , statusBar_(mainQueue_)
+    , workspace_(mainQueue_)
+    , occlusion_(mainQueue_)
 {
 }
 
@@ -30,6 +32,8 @@ PlatformServices RealPlatform::services()
         .globalQueue = globalQueue_,
         .statusBar = statusBar_,
         .notifications = notifications_,
+        .workspace = workspace_,
+        .occlusion = occlusion_,
         .quit = [] { QCoreApplication::quit(); } };
 }
 

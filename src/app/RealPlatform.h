@@ -14,6 +14,8 @@
 #include "platform/qt/QtMainQueue.h"
 #include "platform/qt/QtRunLoop.h"
 #include "platform/qt/QtStatusItem.h"
+#include "platform/qt/QtWorkspace.h"
+#include "platform/qt/X11WindowOcclusion.h"
 
 namespace ostrel {
 
@@ -38,6 +40,8 @@ private:
     platform::LinuxGlobalQueue globalQueue_;
     platform::QtStatusBar statusBar_;
     platform::QtDistributedNotificationCenter notifications_;
+    platform::QtWorkspace workspace_;
+    platform::X11WindowOcclusion occlusion_;
 };
 
 } // namespace ostrel

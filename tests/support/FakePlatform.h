@@ -4,7 +4,9 @@
 #include "app/PlatformServices.h"
 
 #include "support/FakeMachine.h"
+#include "support/FakeOcclusion.h"
 #include "support/FakeStatusBar.h"
+#include "support/FakeWorkspace.h"
 
 #include <map>
 #include <string>
@@ -32,11 +34,13 @@ struct FakePlatform : FakeMachine {
     [[nodiscard]] ostrel::PlatformServices services()
     {
         return { kernel, machine, children, defaults, files, bundle, time, time, time, globalQueue, statusBar,
-            notifications, [this] { ++quits; } };
+            notifications, workspace, occlusion, [this] { ++quits; } };
     }
 
     Machine machine;
     FakeStatusBar statusBar;
     Notifications notifications;
+    FakeWorkspace workspace;
+    FakeOcclusion occlusion;
     int quits = 0;
 };
