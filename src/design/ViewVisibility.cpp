@@ -28,7 +28,7 @@ void ViewVisibility::attach()
     if (!handle_)
         return;
     handle_->installEventFilter(this);
-    observation_ = occlusion_.observe(window_->internalWinId(), [this] { changed_(); });
+    observation_ = occlusion_.observe(handle_->winId(), [this] { changed_(); });
 }
 
 void ViewVisibility::detach()
@@ -45,7 +45,7 @@ void ViewVisibility::detach()
 bool ViewVisibility::visible() const
 {
     return window_ && handle_ && view_.isVisible() && !window_->isMinimized() && handle_->isExposed()
-        && !occlusion_.covered(window_->internalWinId());
+        && !occlusion_.covered(handle_->winId());
 }
 
 bool ViewVisibility::eventFilter(QObject*, QEvent* event)
