@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-/// A frame of a figure at two pixels a point: its polygons alone, and with their painting. Sixteen frames a
-/// second leave 62 ms; a frame is meant to stay below 1.5 ms.
+/// A frame of a figure at two pixels a point: its polygons alone, and with their painting. Frames come every
+/// 62 ms while something moves; the budget of one is 1.5 ms on a desktop of today.
 #include "design/Paint.h"
 #include "design/voxel/VoxelFigure.h"
 #include "design/voxel/VoxelScene.h"

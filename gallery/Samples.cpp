@@ -8,6 +8,12 @@ void drawSamples(Sheet& sheet)
     drawColors(sheet);
     drawFaces(sheet);
     drawMarks(sheet);
+    drawFigures(sheet);
+    drawBadges(sheet);
+    drawButtons(sheet);
+    drawFrame(sheet);
+    drawTabHelpers(sheet);
+    drawHintCards(sheet);
 }
 
 } // namespace ostrel

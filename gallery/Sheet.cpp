@@ -90,9 +90,13 @@ void Sheet::view(const QString& caption, QWidget* view, const std::function<void
     view->adjustSize();
     view->move(0, 0);
     window.resize(view->size());
+    // Away from where the display has its pointer.
+    window.move(200, 200);
     window.show();
     QApplication::setActiveWindow(&window);
     QApplication::processEvents();
+    // Else the first view of a window has the keyboard.
+    window.setFocus();
     if (prepare)
         prepare(*view);
     QImage seen(view->size() * ratio_, QImage::Format_ARGB32_Premultiplied);

@@ -42,7 +42,8 @@ AppDelegate::AppDelegate(const PlatformServices& services)
                      services.bundle, services.clock },
           collector_, tick_)
     , panelState_ { tick_, snapshots_, history_, settings_ }
-    , frame_(panelState_, services.clock, liveRegistry_)
+    , frame_(panelState_, services.clock,
+          { services.runLoop, services.mainQueue, services.workspace, services.occlusion }, liveRegistry_)
     , panel_(frame_, services.defaults,
           { .beforeShow = [](QWidget& window) { platform::keepOutOfTaskbar(window); },
               .opened = [this] { snapshots_.startPanelPolling(); },

@@ -53,9 +53,10 @@ QRect layerOf(std::span<const Quad> quads, const QTransform& toDevice, const QPa
             bottom.y - top.y + quad.strokeWidth);
     }
     const QPaintDevice& device = *painter.device();
-    const double ratio = device.devicePixelRatioF();
-    const QRectF all(0, 0, device.width() * ratio, device.height() * ratio);
-    // A picture's size is told in points or in pixels, depending on what it is; the larger does no harm.
+    // A view is painted somewhere within the device of its window. Its size is told in points, and a
+    // picture's in pixels: too much of it does no harm.
+    const QTransform ofDevice = painter.worldTransform().inverted() * toDevice;
+    const QRectF all = ofDevice.mapRect(QRectF(0, 0, device.width(), device.height()));
     return (toDevice.mapRect(bounds) & all).toAlignedRect();
 }
 

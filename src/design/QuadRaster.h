@@ -19,8 +19,8 @@ struct PixelBuffer {
 };
 
 /// Paints convex polygons with exact area coverage. The toolkit's painter hands each translucent outline to
-/// its thread pool, which costs a figure of two hundred cubes thirty milliseconds; this takes two. Not for
-/// use by two threads at once.
+/// its thread pool, and takes more than ten times as long for a figure of two hundred cubes. Not for use by
+/// two threads at once.
 class QuadRaster {
 public:
     /// Paints the quads in order. A point p of a quad lies at (p - origin) * scale in pixels. What lies

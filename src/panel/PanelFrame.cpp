@@ -4,14 +4,19 @@
 #include "core/Version.h"
 #include "design/Appearance.h"
 #include "design/OstrelStyle.h"
+#include "design/TabTransition.h"
 #include "design/Utf8.h"
-#include "design/ZOLAppMarkView.h"
+#include "design/controls/OstrelButton.h"
 #include "design/controls/TabLayout.h"
+#include "design/controls/ZOLAppHeader.h"
+#include "design/controls/ZOLFooterLine.h"
+#include "design/controls/ZOLShellButton.h"
 #include "design/controls/ZOLShellLabel.h"
+#include "design/voxel/ZOLVoxelModels.h"
+#include "design/voxel/ZOLVoxelView.h"
 #include "panel/DashboardTab.h"
 #include "panel/ProcessesTab.h"
 #include "panel/ReadoutText.h"
-#include "panel/TabButton.h"
 
 #include <QScrollArea>
 #include <QScrollBar>
@@ -29,6 +34,10 @@ namespace {
 
 constexpr int inset = 16;
 constexpr int spacing = 8;
+constexpr int headerMarkSize = 40;
+constexpr int tabWidth = 80;
+constexpr int tabHeight = 30;
+constexpr int retryWidth = 160;
 constexpr platform::Seconds throttle { 2 };
 
 /// The tabs that this version has.
@@ -36,9 +45,11 @@ constexpr std::array builtModes { OstrelMode::overview, OstrelMode::processes };
 
 } // namespace
 
-PanelFrame::PanelFrame(const PanelState& state, const platform::Clock& clock, LiveRegistry& live)
+PanelFrame::PanelFrame(
+    const PanelState& state, const platform::Clock& clock, const MotionServices& motion, LiveRegistry& live)
     : state_(state)
     , clock_(clock)
+    , motion_(motion)
     , live_(live)
 {
 }
@@ -51,14 +62,14 @@ void PanelFrame::makeContent(ZOLThemePolicy::Mode theme, std::function<void(std:
 {
     root_ = std::make_unique<PanelRootView>(PanelRootView::Actions {
         .switchMode = [this](OstrelMode mode) { switchMode(mode); },
-        .close = std::move(close),
+        .close = close,
     });
     setAppearance(*root_, theme);
     root_->setFixedSize(panelWidth, panelHeight);
     auto* column = new QVBoxLayout(root_.get());
     column->setContentsMargins(inset, inset, inset, inset);
     column->setSpacing(spacing);
-    column->addWidget(makeHeader());
+    column->addWidget(makeHeader(std::move(close)));
     column->addWidget(separator(contentWidth));
     column->addWidget(makeStrip());
     readout_ = wrappingLabel("loading…", 11, QFont::DemiBold, OstrelStyle::ink, contentWidth);
@@ -69,38 +80,32 @@ void PanelFrame::makeContent(ZOLThemePolicy::Mode theme, std::function<void(std:
     column->addWidget(makeFooter());
 }
 
-QWidget* PanelFrame::makeHeader() const
+QWidget* PanelFrame::makeHeader(std::function<void(std::string_view)> close) const
 {
-    auto* header = new QWidget;
-    auto* row = new QHBoxLayout(header);
-    row->setContentsMargins(0, 0, 0, 0);
-    row->setSpacing(12);
-    auto* mark = new ZOLAppMarkView(ZOLAppMark::ostrel);
-    ZOLThemePolicy::plate(*mark);
-    row->addWidget(mark);
-    auto* words = new QVBoxLayout;
-    words->setSpacing(2);
-    words->addWidget(wrappingLabel("OSTREL", 14, QFont::DemiBold, OstrelStyle::ink));
-    words->addWidget(
-        wrappingLabel("local + server · a little more room to think", 11, QFont::Normal, OstrelStyle::muted));
-    row->addLayout(words, 1);
-    auto* version = wrappingLabel(
-        utf16(fmt::format("{} · {}", appVersion, appBuild)), 11, QFont::Normal, OstrelStyle::muted);
-    version->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    row->addWidget(version);
+    auto* header = new ZOLAppHeader({ .mark = ZOLAppMark::ostrel,
+                                        .name = "OSTREL",
+                                        .status = "local + server · a little more room to think",
+                                        .version = utf16(fmt::format("{} · {}", appVersion, appBuild)),
+                                        .onClose = [close = std::move(close)] { close("x"); } },
+        contentWidth);
+    auto* character = new ZOLVoxelView(ZOLVoxelModels::ostrel(), motion_);
+    character->setFixedSize(headerMarkSize, headerMarkSize);
+    character->setPadding(0);
+    character->setShowsShadow(false);
+    character->setAssemblesOnAppear(state_.settings.motionEnabled);
+    character->setAccessibleName("OSTREL character");
+    character->setObjectName("header-character");
+    character->setToolTip("OSTREL · click flashes the red core");
+    header->replaceMark(character);
     return header;
 }
 
 QWidget* PanelFrame::makeFooter() const
 {
-    auto* footer = new QWidget;
-    auto* row = new QHBoxLayout(footer);
-    row->setContentsMargins(0, 0, 0, 0);
-    row->addWidget(lineLabel("1 dashboard · 3 processes · esc close", 10, QFont::Normal, OstrelStyle::muted));
-    row->addStretch();
-    row->addWidget(lineLabel(utf16(fmt::format("{} · on this Mac · refreshes while open", appVersion)), 10,
-        QFont::Normal, OstrelStyle::muted));
-    return footer;
+    return new ZOLFooterLine(
+        { .keys = "1 dashboard · 3 processes",
+            .status = utf16(fmt::format("{} · on this Mac · refreshes while open", appVersion)) },
+        contentWidth);
 }
 
 QWidget* PanelFrame::makeStrip()
@@ -108,16 +113,18 @@ QWidget* PanelFrame::makeStrip()
     auto* strip = new QWidget;
     auto* row = new QHBoxLayout(strip);
     row->setContentsMargins(0, 0, 0, 0);
-    row->setSpacing(4);
+    row->setSpacing(3);
     tabs_.clear();
     for (const OstrelMode mode : builtModes) {
-        auto* tab = new TabButton(utf16(words(mode).title), utf16(words(mode).hint));
-        tab->setChecked(mode == mode_);
-        QObject::connect(tab, &QAbstractButton::clicked, [this, mode] { switchMode(mode); });
+        auto* tab = new ZOLShellButton(
+            utf16(words(mode).title), tabWidth, [this, mode] { switchMode(mode); }, tabHeight);
+        tab->setKind(ZOLShellButton::Kind::navigation);
+        tab->setToolTip(utf16(words(mode).hint));
+        tab->setActive(mode == mode_);
         tabs_.push_back(tab);
         row->addWidget(tab);
     }
-    row->addStretch();
+    row->addWidget(flexSpacer(), 1);
     return strip;
 }
 
@@ -171,12 +178,14 @@ void PanelFrame::renderBodyThrottled(bool force)
 
 void PanelFrame::switchMode(OstrelMode mode)
 {
-    const auto at = std::ranges::find(builtModes, mode);
-    if (at == builtModes.end())
+    if (std::ranges::find(builtModes, mode) == builtModes.end())
         return;
+    const bool forward = mode_ <= mode;
     mode_ = mode;
-    if (!tabs_.empty())
-        tabs_[static_cast<std::size_t>(at - builtModes.begin())]->setChecked(true);
+    for (std::size_t tab = 0; tab < tabs_.size(); ++tab)
+        tabs_[tab]->setActive(builtModes[tab] == mode);
+    if (scroll_)
+        shaperTabTransition(*scroll_->viewport(), forward, motion_.reduceMotion());
     renderBody();
     if (scroll_)
         scroll_->verticalScrollBar()->setValue(0);
@@ -219,12 +228,9 @@ void PanelFrame::renderNotice(QVBoxLayout& body, std::string_view title, std::st
         body.addWidget(wrappingLabel(utf16(text), 11, QFont::Normal, OstrelStyle::muted, contentWidth));
     if (!retry)
         return;
-    auto* button
-        = new TabButton("retry snapshot", "read the process snapshot again; nothing is stopped or changed");
-    button->setCheckable(false);
-    button->setAutoExclusive(false);
-    button->setFixedWidth(160);
-    QObject::connect(button, &QAbstractButton::clicked, [this] { state_.snapshots.fetchPythonData(); });
+    auto* button = ostrelTip(
+        new OstrelButton("retry snapshot", retryWidth, [this] { state_.snapshots.fetchPythonData(); }),
+        "read the process snapshot again; nothing is stopped or changed");
     body.addSpacing(spacing);
     body.addWidget(button);
     body.addSpacing(spacing);

@@ -3,6 +3,7 @@
 
 #include "core/PanelBody.h"
 #include "core/Readout.h"
+#include "design/MotionServices.h"
 #include "design/ThemedColor.h"
 #include "panel/BodyScreen.h"
 #include "panel/LiveRegistry.h"
@@ -20,7 +21,7 @@ class QVBoxLayout;
 
 namespace ostrel {
 
-class TabButton;
+class ZOLShellButton;
 class ZOLShellLabel;
 
 /// The panel's one frame: header, tab strip, readout, scrolling body, footer. The body is built anew from
@@ -31,7 +32,8 @@ public:
     static constexpr int panelHeight = 700;
     static constexpr int contentWidth = 728;
 
-    PanelFrame(const PanelState& state, const platform::Clock& clock, LiveRegistry& live);
+    PanelFrame(const PanelState& state, const platform::Clock& clock, const MotionServices& motion,
+        LiveRegistry& live);
     ~PanelFrame() override;
 
     /// Builds the frame; `close` gets the reason. The application object must exist.
@@ -51,7 +53,7 @@ public:
     void refresh() override;
 
 private:
-    [[nodiscard]] QWidget* makeHeader() const;
+    [[nodiscard]] QWidget* makeHeader(std::function<void(std::string_view)> close) const;
     [[nodiscard]] QWidget* makeFooter() const;
     [[nodiscard]] QWidget* makeStrip();
     [[nodiscard]] QWidget* makeBody();
@@ -62,12 +64,13 @@ private:
 
     PanelState state_;
     const platform::Clock& clock_;
+    MotionServices motion_;
     LiveRegistry& live_;
     OstrelMode mode_ = OstrelMode::overview;
     platform::Instant lastBodyRenderAt_ = platform::distantPast;
     std::function<void()> afterRender_;
     std::unique_ptr<PanelRootView> root_;
-    std::vector<TabButton*> tabs_;
+    std::vector<ZOLShellButton*> tabs_;
     ZOLShellLabel* readout_ = nullptr;
     QScrollArea* scroll_ = nullptr;
 };

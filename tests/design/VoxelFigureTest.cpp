@@ -40,6 +40,7 @@ TEST(VoxelFigure, AClickScattersChangesInPiecesAndFallsTogether)
         EXPECT_EQ(figure.running(), phase < 0.8) << phase;
     }
     EXPECT_TRUE(figure.progress().empty());
+    EXPECT_EQ(figure.cubes(), VoxelScene::sorted(figure.cubes())) << "still in drawing order";
     // Front first on the way out, rear first on the way in.
     figure.beginClick();
     EXPECT_EQ(figure.scatterProgress(1), 0);
@@ -140,6 +141,10 @@ TEST(VoxelFigure, WithoutAGestureTheOneRedCubeHandsItsMarkToTheNearest)
     EXPECT_EQ(at(figure, { 5, 0, 5 }), red) << "one nearest: the only choice";
     figure.applyStateGesture();
     EXPECT_EQ(at(figure, { 3, 0, 5 }), red) << "the third transfer takes the first of two";
+    VoxelFigure row(made({ { 3, 0, 5, red }, { 5, 0, 5, ink }, { 7, 0, 5, mid } }));
+    row.applyStateGesture();
+    row.applyStateGesture();
+    EXPECT_EQ(at(row, { 7, 0, 5 }), red) << "the second transfer takes the second of two";
     for (std::vector<ZOLVoxel> none : { std::vector<ZOLVoxel> { { 0, 0, 0, red }, { 1, 0, 0, red } },
              { { 0, 0, 0, ink }, { 1, 0, 0, ink } }, { { 0, 0, 0, red }, { 1, 0, 0, light } }, {} }) {
         VoxelFigure still(made(none));
@@ -170,6 +175,11 @@ TEST(VoxelFigure, RisesAndSinksInItsTimeAndForgetsAllWithAnotherModel)
     EXPECT_FALSE(figure.signalIndex()) << "four red cubes are no signal";
     figure.setModel(ZOLVoxelModels::vormel());
     EXPECT_EQ(figure.cubes()[figure.signalIndex().value()].cell(), (ZOLVoxelCell { 4, 5, 8 }));
+    figure.applyStateGesture();
+    figure.setModel(
+        made({ { 4, 5, 8, light }, { 4, 5, 6, ink } }, ZOLVoxelCycle { { { 4, 5, 8 }, { 4, 5, 6 } }, red }));
+    figure.applyStateGesture();
+    EXPECT_EQ(at(figure, { 4, 5, 8 }), light) << "what another model's cells went back to is forgotten";
     figure.setModel(made({}));
     figure.beginClick();
     figure.step(2);

@@ -236,6 +236,7 @@ TEST(CompanionScene, StandsOnItsFloorAndOnlyItselfBobs)
     EXPECT_EQ(signal.fill, colors.signal);
     expectNear(signal.corners[1], { 63 + (4 - 2) * u, 138 * 0.72 + ((4 + 2) * 0.48 - 1) * u });
     EXPECT_EQ(still.back().fill, colors.signal.blended(0.18, colors.shade));
+    EXPECT_EQ(still[still.size() - 3].fill, colors.signal.blended(0.15, zolHex("#ffffff")));
     EXPECT_EQ(CompanionScene::bob(2), 0);
     EXPECT_DOUBLE_EQ(CompanionScene::bob(1), std::sin(1.3) * 0.15);
 }

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "design/OstrelStyle.h"
+#include "design/ZOLAppMarkView.h"
 #include "design/voxel/AutomationVoxelView.h"
 #include "design/voxel/CompanionScene.h"
 #include "design/voxel/VoxelView.h"
@@ -64,6 +65,12 @@ struct OnScreen : DesignBench {
         QEnterEvent event(QPointF(x, 9), QPointF(x, 9), QPointF(x, 9));
         QCoreApplication::sendEvent(view, &event);
     }
+    void click(Qt::MouseButton button = Qt::LeftButton)
+    {
+        QMouseEvent event(
+            QEvent::MouseButtonPress, QPointF(9, 9), QPointF(9, 9), button, button, Qt::NoModifier);
+        QCoreApplication::sendEvent(view, &event);
+    }
     void press(int key)
     {
         QKeyEvent event(QEvent::KeyPress, key, Qt::NoModifier);
@@ -107,14 +114,15 @@ TEST(ZOLVoxelView, AClickIsHeardAtItsStartAndIgnoredInARun)
     EXPECT_EQ(screen.view->figure().cubes(), before);
     screen.ticks(2);
     screen.press(Qt::Key_Return);
-    QMouseEvent click(QEvent::MouseButtonPress, QPointF(9, 9), QPointF(9, 9), Qt::LeftButton, Qt::LeftButton,
-        Qt::NoModifier);
-    QCoreApplication::sendEvent(screen.view, &click);
+    screen.click();
     EXPECT_EQ(screen.clicks, 1);
     screen.ticks(11);
     EXPECT_NE(screen.view->figure().cubes(), before);
     EXPECT_EQ(screen.time.timers(), 0);
-    QCoreApplication::sendEvent(screen.view, &click);
+    screen.click(Qt::RightButton);
+    screen.press(Qt::Key_A);
+    EXPECT_EQ(screen.clicks, 1);
+    screen.click();
     EXPECT_EQ(screen.clicks, 2);
     screen.view->setModel(ZOLVoxelModels::pellam());
     EXPECT_EQ(screen.time.timers(), 0) << "another model ends the run";
@@ -165,10 +173,12 @@ TEST(ZOLVoxelView, UnderReducedMotionNothingMovesAndAClickCountsAtOnce)
     EXPECT_NE(screen.view->figure().cubes(), before);
     EXPECT_EQ(screen.clicks, 1);
     screen.workspace.setReduceMotion(false);
+    screen.enter(50);
     screen.view->trigger();
     screen.ticks(3);
     screen.workspace.setReduceMotion(true);
     EXPECT_FALSE(screen.view->figure().running()) << "a change ends a run on the spot";
+    EXPECT_EQ(screen.view->figure().lift(), 0);
     EXPECT_EQ(screen.time.timers(), 0);
 }
 
@@ -217,11 +227,21 @@ TEST(ZOLVoxelView, LeansAndRisesUnderThePointerWithinItsTime)
     screen.ticks(3);
     EXPECT_EQ(screen.view->figure().lift(), 1);
     EXPECT_EQ(screen.time.timers(), 0);
-    EXPECT_NE(rendered(*screen.view), still);
+    const QImage right = rendered(*screen.view);
+    EXPECT_NE(right, still);
+    screen.enter(0);
+    EXPECT_NE(rendered(*screen.view), right) << "the same height, the other way";
     QCoreApplication::sendEvent(screen.view, &leave);
     screen.ticks(3);
     EXPECT_EQ(rendered(*screen.view), still) << "back where it was, to the pixel";
     EXPECT_EQ(screen.time.timers(), 0);
+    // The ring of the view that has the keyboard.
+    screen.window.activateWindow();
+    screen.view->setFocus();
+    ASSERT_TRUE(spinUntil([&] { return screen.view->hasFocus(); }));
+    EXPECT_TRUE(near(rendered(*screen.view).pixel(28, 0), ZOLAppMarkView::ink));
+    screen.view->clearFocus();
+    EXPECT_FALSE(near(rendered(*screen.view).pixel(28, 0), ZOLAppMarkView::ink));
 }
 
 /// How far a point lies inside the convex polygon, in points; negative outside.
@@ -300,6 +320,16 @@ TEST(ZOLVoxelView, APictureShowsTheNearestFacesWhereTheProjectionPutsThem)
     }
 }
 
+TEST(ZOLVoxelView, IsDrawnWholeWhereverItStandsInItsWindow)
+{
+    OnScreen screen(ZOLVoxelModels::ostrel());
+    screen.view->move(21, 13);
+    screen.show();
+    const QImage inWindow = screen.window.grab(QRect(21, 13, 56, 56)).toImage();
+    EXPECT_EQ(inWindow.convertToFormat(QImage::Format_RGB32),
+        screen.view->grab().toImage().convertToFormat(QImage::Format_RGB32));
+}
+
 TEST(ZOLVoxelView, ATemplateIsBlackWithoutAShadow)
 {
     const StillImage still = ZOLVoxelView::image(ZOLVoxelModels::vormel(), QSizeF(18, 18), true, 2);
@@ -344,6 +374,7 @@ TEST(VoxelView, BobsForTwoSecondsOfItsLifeWhileItCanBeSeen)
     bench.time.advance(platform::Seconds(9));
     EXPECT_NEAR(view.phase(), 2.08, 1e-9);
     view.hide();
+    EXPECT_EQ(bench.occlusion.observers.count(), 0);
     view.show();
     QCoreApplication::processEvents();
     EXPECT_EQ(bench.time.timers(), 0) << "once in its life";

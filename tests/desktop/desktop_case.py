@@ -30,13 +30,15 @@ class DesktopCase(unittest.TestCase):
         cls.addClassCleanup(cls.desktop.close)
 
     def start(self, *arguments: str, **settings: Any) -> subprocess.Popen:
-        """Starts the instrument in a fresh home that holds the given settings, named without their prefix."""
+        """Starts the instrument in a fresh home that holds the given settings; a name without a dot lacks
+        the common prefix."""
         self.home = home = tempfile.mkdtemp(dir=self.desktop.folder)
         env = self.desktop.home_environment(home)
         if settings:
             os.makedirs(os.path.dirname(f"{home}/{SETTINGS_FILE}"), mode=0o700)
             with open(f"{home}/{SETTINGS_FILE}", "w", encoding="utf-8") as file:
-                json.dump({f"dev.quent.ostrel.{key}": value for key, value in settings.items()}, file)
+                json.dump({key if "." in key else f"dev.quent.ostrel.{key}": value
+                           for key, value in settings.items()}, file)
         command = [os.path.abspath(os.environ["OSTREL_PROGRAM"]), *arguments]
         process = self.desktop.start("ostrel", command, env)
         self.addCleanup(self.end, process)

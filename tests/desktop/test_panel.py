@@ -67,6 +67,27 @@ class Panel(PanelCase):
         self.close_panel()
         self.assertIsNone(process.poll())
 
+    def test_a_click_on_the_figure_scatters_it_and_it_falls_together_to_the_same_picture(self):
+        # Without the run that it plays when it appears, it is at rest from its first picture on.
+        self.start(**{"ostrel.motion": False})
+        left, top, *_ = screen.window_box(self.desktop, self.window_on_screen())
+        figure = screen.Box(left + 16, top + 16, 40, 40)
+        signal = (0xdb, 0x30, 0x3d)
+
+        def shown() -> screen.Picture:
+            return screen.picture(self.desktop, figure)
+
+        def core() -> int:
+            return screen.colours(shown())[signal]
+
+        self.wait_for("assembled figure", lambda: core() > 20)
+        still = shown()
+        screen.click(self.desktop, left + 36, top + 36)
+        self.wait_for("scattered figure", lambda: not core())
+        screen.move_pointer(self.desktop, left + 400, top + 400)
+        self.wait_for("the same figure", lambda: shown() == still)
+        self.close_panel()
+
 
 class PanelAtScaleTwo(PanelCase):
     DESKTOP = {"size": (1920, 1560), "scale": 2}

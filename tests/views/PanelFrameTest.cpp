@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "views/AppBench.h"
 
+#include "design/controls/PaintedButton.h"
 #include "panel/PanelRootView.h"
 
 #include "support/QtEnvironment.h"
@@ -71,7 +72,7 @@ TEST(PanelFrame, IsOneFixedFrameWithItsTabsInOrder)
         EXPECT_GT(left, last) << mode.title;
         last = left;
         tab->click();
-        EXPECT_TRUE(tab->isChecked()) << mode.title;
+        EXPECT_TRUE(dynamic_cast<PaintedButton&>(*tab).isActive()) << mode.title;
     }
     for (const char* tab : { "dashboard", "processes" })
         EXPECT_TRUE(panel.button(tab)) << tab;

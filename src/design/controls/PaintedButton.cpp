@@ -16,7 +16,8 @@ namespace ostrel {
 
 namespace {
 
-/// The blank at the ends of a text's first and last glyph, in points: that much of it may stand in the margin.
+/// The blank at the ends of a text's first and last glyph, in points: that much of it may stand in the
+/// margin.
 constexpr double sideBearings = 1;
 
 } // namespace
@@ -54,7 +55,7 @@ void PaintedButton::setActive(bool active)
 
 void PaintedButton::setHandler(std::function<void()> handler) { handler_ = std::move(handler); }
 
-QSize PaintedButton::sizeHint() const { return maximumSize(); }
+QSize PaintedButton::sizeHint() const { return minimumSize(); }
 
 ButtonState PaintedButton::state() const
 {
@@ -87,8 +88,7 @@ void PaintedButton::paintEvent(QPaintEvent*)
     const QRectF bounds = QRectF(rect());
     if (look.fill) {
         constexpr double inset = ButtonLook::fillInset;
-        fillRounded(
-            painter, bounds.adjusted(inset, inset, -inset, -inset), look.radius, look.fill->in(mode));
+        fillRounded(painter, bounds.adjusted(inset, inset, -inset, -inset), look.radius, look.fill->in(mode));
     }
     if (look.outline)
         outlineRounded(painter, bounds, look.radius, look.outline->in(mode));
@@ -146,7 +146,7 @@ void PaintedButton::keyPressEvent(QKeyEvent* event)
     constexpr auto chords = Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier;
     if (!isPressKey(*event) || event->modifiers() & chords) {
         // Arrows and digits are for the views around it.
-        QWidget::keyPressEvent(event);
+        event->ignore();
         return;
     }
     // A key that is held down presses once.
@@ -157,7 +157,7 @@ void PaintedButton::keyPressEvent(QKeyEvent* event)
 void PaintedButton::keyReleaseEvent(QKeyEvent* event)
 {
     if (!isPressKey(*event))
-        QWidget::keyReleaseEvent(event);
+        event->ignore();
 }
 
 void PaintedButton::setHovering(bool hovering)

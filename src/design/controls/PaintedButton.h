@@ -11,10 +11,10 @@
 
 namespace ostrel {
 
-/// A button of fixed size that draws itself by a `ButtonLook`. Its caption is lower case always. It is pressed
-/// by mouse, space, return and enter; a click leaves it without the keyboard. Assistive technology knows it
-/// by its caption, or by the accessible name that its owner gave it, and as selected while it is active. Main
-/// thread.
+/// A button of fixed size that draws itself by a `ButtonLook`. Its caption is lower case always. It is
+/// pressed by mouse, space, return and enter; a click leaves it without the keyboard. Assistive technology
+/// knows it by its caption, or by the accessible name that its owner gave it, and as selected while it is
+/// active. Main thread.
 class PaintedButton : public QAbstractButton {
 public:
     /// Size in points.

@@ -5,13 +5,22 @@
 #include "design/Fonts.h"
 #include "design/OstrelStyle.h"
 #include "design/Paint.h"
+#include "design/controls/OstrelButton.h"
+#include "design/controls/ShellRow.h"
+#include "design/controls/ShellViews.h"
 #include "design/controls/ZOLShellLabel.h"
 
 #include <QPainter>
+#include <QVBoxLayout>
+
+#include <utility>
 
 namespace ostrel {
 
 namespace {
+
+constexpr int pairSpacing = 8;
+constexpr int pairResistance = 750;
 
 class Rule final : public QWidget {
 protected:
@@ -53,6 +62,61 @@ QWidget* separator(int width)
     if (width > 0)
         rule->setFixedWidth(width);
     return rule;
+}
+
+QWidget* flexSpacer() { return ZOLAppShellStyle::spacer(); }
+
+ZOLShellLabel* section(const QString& title, int width)
+{
+    auto* label = elidedLabel(title, 9, QFont::DemiBold, OstrelStyle::muted);
+    label->setFixedWidth(width);
+    return label;
+}
+
+OstrelButton* actionButton(const QString& title, int width, std::function<void()> handler, int height)
+{
+    return new OstrelButton(title, width, std::move(handler), height);
+}
+
+PanelBox::PanelBox(int width, QWidget* parent)
+    : QWidget(parent)
+    , column_(new QVBoxLayout(this))
+{
+    setFixedWidth(width);
+    column_->setContentsMargins(sideInset, endInset, sideInset, endInset);
+    column_->setSpacing(spacing);
+}
+
+void PanelBox::add(QWidget* view)
+{
+    // The layout would centre a view of limited width.
+    const bool limited = view->maximumWidth() < QWIDGETSIZE_MAX;
+    column_->addWidget(view, 0, limited ? Qt::AlignLeft : Qt::Alignment());
+}
+
+void PanelBox::paintEvent(QPaintEvent*)
+{
+    QPainter painter(this);
+    fillRounded(painter, QRectF(rect()), OstrelStyle::radius, OstrelStyle::fill.in(appearanceOf(*this)));
+}
+
+KeyValueRow::KeyValueRow(const QString& label, const QString& value, int width, QWidget* parent)
+    : QWidget(parent)
+    , label_(elidedLabel(label, 11, QFont::Normal, OstrelStyle::muted))
+    , value_(elidedLabel(value, 11, QFont::DemiBold, OstrelStyle::ink))
+{
+    setFixedWidth(width);
+    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    value_->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    auto* row = new ShellRow(this, pairSpacing);
+    row->add(label_, pairResistance);
+    row->add(flexSpacer());
+    row->add(value_, pairResistance);
+}
+
+KeyValueRow* kvRow(const QString& label, const QString& value, int width)
+{
+    return new KeyValueRow(label, value, width);
 }
 
 } // namespace ostrel

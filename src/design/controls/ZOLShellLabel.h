@@ -6,6 +6,7 @@
 #include <QFont>
 #include <QLabel>
 #include <QString>
+#include <QStringList>
 
 namespace ostrel {
 
@@ -21,6 +22,11 @@ public:
     /// 0 for as many as the text needs. One line doesn't break between words; more do.
     void setMaximumLines(int lines);
 
+    /// What each line shows at the present width.
+    [[nodiscard]] QStringList shownLines() const;
+    /// Whether a part of the text isn't shown for lack of lines.
+    [[nodiscard]] bool isCut() const;
+
     [[nodiscard]] QSize sizeHint() const override;
     [[nodiscard]] QSize minimumSizeHint() const override;
     [[nodiscard]] bool hasHeightForWidth() const override;
@@ -32,7 +38,11 @@ protected:
     bool event(QEvent* event) override;
 
 private:
-    struct Lines;
+    /// A text cut into what each line shows.
+    struct Lines {
+        QStringList texts;
+        bool cut = false;
+    };
     [[nodiscard]] Lines broken(int width) const;
     [[nodiscard]] int lineHeight() const;
     void showColor();

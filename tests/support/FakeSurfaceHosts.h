@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "platform/EventMonitor.h"
+#include "platform/Popover.h"
+#include "platform/Window.h"
+
+#include "support/Observers.h"
+
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <fmt/format.h>
+
+/// A popover, a window, what they hang from and the mouse outside of them: all that is asked is written down.
+struct FakeSurfaceHosts : platform::Popover, platform::Window, platform::AnchorView, platform::EventMonitor {
+    using Rect = platform::Rect;
+
+    void layoutContent() override { calls.emplace_back("layout"); }
+    void setAnimates(bool animates) override { calls.push_back(fmt::format("animates {}", animates)); }
+    void show(const Rect& r, const AnchorView&, platform::Edge edge) override
+    {
+        calls.push_back(fmt::format("show {} at {}", said(r), static_cast<int>(edge)));
+    }
+    void performClose() override
+    {
+        calls.emplace_back("close");
+        onClose();
+    }
+
+    void display() override { calls.emplace_back("display"); }
+    [[nodiscard]] Rect frame() const override { return { 10, 100, 200, 50 }; }
+    void setFrame(const Rect& frame) override { calls.push_back("frame " + said(frame)); }
+    void setAlpha(double alpha) override { calls.push_back(fmt::format("alpha {}", alpha)); }
+    void animate(platform::Seconds duration, double alpha, const Rect& frame) override
+    {
+        calls.push_back(fmt::format("in {} to {}, {}", duration.count(), alpha, said(frame)));
+    }
+    void orderFront() override { calls.emplace_back("front"); }
+    void orderOut() override { calls.emplace_back("out"); }
+
+    [[nodiscard]] Rect bounds() const override { return { 0, 0, 24, 22 }; }
+    [[nodiscard]] std::unique_ptr<platform::Observation> monitorMouseDown(platform::Job pressed) override
+    {
+        return monitors.add(std::move(pressed));
+    }
+
+    static std::string said(const Rect& r) { return fmt::format("{},{} {}x{}", r.x, r.y, r.width, r.height); }
+
+    std::vector<std::string> calls;
+    platform::Job onClose = [] {};
+    Observers monitors;
+};
