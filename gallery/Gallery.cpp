@@ -27,7 +27,7 @@ int main(int count, char** arguments)
             const QString file
                 = QString("%1/gallery-%2%3.png")
                       .arg(given.at(1), theme == Mode::dark ? "dark" : "light", ratio > 1 ? "-2x" : "");
-            if (!sheet.finished().save(file)) {
+            if (!sheet.finished().save(file, "PNG", 0)) {
                 QTextStream(stderr) << "can't write " << file << '\n';
                 return 1;
             }

@@ -190,6 +190,8 @@ void ZOLVoxelView::hideEvent(QHideEvent* event)
 
 void ZOLVoxelView::enterEvent(QEnterEvent* event)
 {
+    if (!isActiveWindow())
+        return;
     figure_.setLiftTarget(1);
     follow(event->position().x());
     resume();
@@ -207,7 +209,7 @@ void ZOLVoxelView::mouseMoveEvent(QMouseEvent* event) { follow(event->position()
 
 void ZOLVoxelView::follow(double x)
 {
-    if (services_.reduceMotion() || width() <= 0)
+    if (services_.reduceMotion() || width() <= 0 || !isActiveWindow())
         return;
     hover_ = std::clamp(x / width() * 2 - 1, -1.0, 1.0);
     update();

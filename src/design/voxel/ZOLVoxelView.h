@@ -16,7 +16,8 @@
 
 namespace ostrel {
 
-/// A figure that flies together when it appears, leans towards the pointer, rises a little under it, and
+/// A figure that flies together when it appears, leans towards the pointer and rises under it while its
+/// window has the keyboard, and
 /// scatters and falls together again on a click. Its one timer runs only while something moves in a window
 /// that can be seen. Main thread.
 class ZOLVoxelView final : public QWidget {
