@@ -53,10 +53,11 @@ QRect layerOf(std::span<const Quad> quads, const QTransform& toDevice, const QPa
             bottom.y - top.y + quad.strokeWidth);
     }
     const QPaintDevice& device = *painter.device();
-    // A view is painted somewhere within the device of its window. Its size is told in points, and a
-    // picture's in pixels: too much of it does no harm.
+    // A view tells its size in points, and a picture in pixels. A view is painted somewhere within the device
+    // of its window.
+    const double ratio = device.devType() == QInternal::Widget ? 1 : device.devicePixelRatioF();
     const QTransform ofDevice = painter.worldTransform().inverted() * toDevice;
-    const QRectF all = ofDevice.mapRect(QRectF(0, 0, device.width(), device.height()));
+    const QRectF all = ofDevice.mapRect(QRectF(0, 0, device.width() / ratio, device.height() / ratio));
     return (toDevice.mapRect(bounds) & all).toAlignedRect();
 }
 

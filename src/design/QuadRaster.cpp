@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <ranges>
 
 namespace ostrel {
 
@@ -15,6 +16,12 @@ constexpr double farthest = 1e5;
 /// A round join is drawn with this many corners.
 constexpr std::size_t joinCorners = 3;
 
+/// Rounds what isn't negative, where the library's function would be a call for each pixel.
+constexpr float rounding = 0.5F;
+
+/// Pixels from here on are opaque.
+constexpr std::uint32_t opaqueBlack = 0xff000000U;
+
 /// A colour as the blending takes it: premultiplied by its own alpha, each channel from 0 to 255.
 struct Ink {
     std::uint32_t redBlue; ///< 0x00RR00BB
@@ -25,7 +32,7 @@ struct Ink {
         : alpha(static_cast<float>(std::clamp(color.alpha, 0.0, 1.0)))
     {
         const auto byte = [](double value) {
-            return static_cast<std::uint32_t>(std::clamp(value, 0.0, 1.0) * 255 + 0.5);
+            return static_cast<std::uint32_t>(std::clamp(value, 0.0, 1.0) * 255 + rounding);
         };
         redBlue = (byte(color.red) << 16U) | byte(color.blue);
         alphaGreen = (0xffU << 16U) | byte(color.green);
@@ -42,14 +49,15 @@ constexpr std::uint32_t divided(std::uint32_t pair)
 /// How strongly an ink that covers so much of a pixel colours it, from 0 to 255.
 std::uint32_t strength(const Ink& ink, float coverage)
 {
-    return static_cast<std::uint32_t>(std::min(std::abs(coverage), 1.0F) * ink.alpha * 255 + 0.5F);
+    return static_cast<std::uint32_t>(std::min(std::abs(coverage), 1.0F) * ink.alpha * 255 + rounding);
 }
 
-std::uint32_t over(std::uint32_t pixel, const Ink& ink, std::uint32_t alpha)
+/// The ink laid behind what the pixel has already.
+std::uint32_t under(std::uint32_t pixel, const Ink& ink, std::uint32_t alpha)
 {
-    const std::uint32_t rest = 255 - alpha;
-    const std::uint32_t redBlue = divided(ink.redBlue * alpha + (pixel & 0x00ff00ffU) * rest);
-    const std::uint32_t alphaGreen = divided(ink.alphaGreen * alpha + ((pixel >> 8U) & 0x00ff00ffU) * rest);
+    const std::uint32_t share = divided((255 - (pixel >> 24U)) * alpha);
+    const std::uint32_t redBlue = (pixel & 0x00ff00ffU) + divided(ink.redBlue * share);
+    const std::uint32_t alphaGreen = ((pixel >> 8U) & 0x00ff00ffU) + divided(ink.alphaGreen * share);
     return (alphaGreen << 8U) | redBlue;
 }
 
@@ -122,10 +130,24 @@ struct QuadRaster::Bounds {
     [[nodiscard]] int stride() const { return width + 2; }
 };
 
+bool QuadRaster::opaque(const PixelBuffer& target, const Bounds& bounds)
+{
+    for (int row = 0; row < bounds.height; ++row) {
+        const std::uint32_t* const pixels = target.pixels + (bounds.top + row) * target.stride + bounds.left;
+        std::uint32_t all = opaqueBlack;
+        for (int cell = 0; cell < bounds.width; ++cell)
+            all &= pixels[cell];
+        if (all < opaqueBlack)
+            return false;
+    }
+    return true;
+}
+
 void QuadRaster::paint(
     const PixelBuffer& target, std::span<const Quad> quads, double scale, ScenePoint origin)
 {
-    for (const Quad& quad : quads) {
+    // From the front to the rear: what nearer quads hide for good isn't worked out at all.
+    for (const Quad& quad : quads | std::views::reverse) {
         std::array<ScenePoint, 4> corners;
         std::ranges::transform(quad.corners, corners.begin(), [&](ScenePoint at) {
             return ScenePoint { (at.x - origin.x) * scale, (at.y - origin.y) * scale };
@@ -144,7 +166,7 @@ void QuadRaster::paint(
             .top = within(std::floor(top.y - half), target.height) };
         bounds.width = within(std::ceil(right.x + half), target.width) - bounds.left;
         bounds.height = within(std::ceil(bottom.y + half), target.height) - bounds.top;
-        if (bounds.width <= 0 || bounds.height <= 0)
+        if (bounds.width <= 0 || bounds.height <= 0 || opaque(target, bounds))
             continue;
         const auto rows = static_cast<std::size_t>(bounds.height);
         const std::size_t cells = rows * static_cast<std::size_t>(bounds.stride());
@@ -152,13 +174,13 @@ void QuadRaster::paint(
         first_.assign(rows, bounds.width);
         last_.assign(rows, 0);
         accumulate(fill_, bounds, corners, 1);
+        stroke_.assign(cells, 0);
         if (half > 0) {
-            stroke_.assign(cells, 0);
             const Outline outline = outlined(corners, half);
             accumulate(stroke_, bounds, outline.outer, 1);
             accumulate(stroke_, bounds, outline.inner, -1);
         }
-        blend(target, bounds, quad, half > 0);
+        blend(target, bounds, quad);
     }
 }
 
@@ -168,6 +190,13 @@ void QuadRaster::accumulate(std::vector<float>& sums, const Bounds& bounds, Corn
     const float turned = doubledArea(polygon) > 0 ? sign : -sign;
     for (std::size_t at = 0; at < polygon.size(); ++at)
         accumulateEdge(sums, bounds, polygon[at], polygon[(at + 1) % polygon.size()], turned);
+}
+
+void QuadRaster::touch(int row, int low, int high, int width)
+{
+    const auto at = static_cast<std::size_t>(row);
+    first_[at] = std::min(first_[at], low);
+    last_[at] = std::max(last_[at], std::min(width, high));
 }
 
 /// Each cell gets the change of coverage that the edge brings from the column before it, so that the running
@@ -193,6 +222,21 @@ void QuadRaster::accumulateEdge(
         return;
     const auto column = [&](float at) { return std::clamp(startX + (at - startY) * slope, 0.0F, rightmost); };
     float x = column(y);
+    if (from.x == to.x) {
+        // Two of four edges of most faces: the same two cells in each row.
+        const auto cell = static_cast<int>(x);
+        const float right = x - static_cast<float>(cell);
+        for (int row = static_cast<int>(y); y < endY; ++row) {
+            const float rowEnd = std::min(static_cast<float>(row + 1), endY);
+            const float high = (rowEnd - y) * sign;
+            touch(row, cell, cell + 1, bounds.width);
+            float* const cells = sums.data() + static_cast<std::ptrdiff_t>(row) * bounds.stride() + cell;
+            cells[0] += high * (1 - right);
+            cells[1] += high * right;
+            y = rowEnd;
+        }
+        return;
+    }
     for (int row = static_cast<int>(y); y < endY; ++row) {
         const float rowEnd = std::min(static_cast<float>(row + 1), endY);
         const float next = column(rowEnd);
@@ -201,9 +245,7 @@ void QuadRaster::accumulateEdge(
         const float wide = std::max(x, next);
         const int lowCell = static_cast<int>(low);
         const int highCell = roundedUp(wide);
-        const auto at = static_cast<std::size_t>(row);
-        first_[at] = std::min(first_[at], lowCell);
-        last_[at] = std::max(last_[at], std::min(bounds.width, std::max(highCell, lowCell + 1)));
+        touch(row, lowCell, std::max(highCell, lowCell + 1), bounds.width);
         float* const cells = sums.data() + static_cast<std::ptrdiff_t>(row) * bounds.stride();
         if (highCell <= lowCell + 1) {
             const float right = (x + next) / 2 - static_cast<float>(lowCell);
@@ -234,7 +276,7 @@ void QuadRaster::accumulateEdge(
     }
 }
 
-void QuadRaster::blend(const PixelBuffer& target, const Bounds& bounds, const Quad& quad, bool outlined)
+void QuadRaster::blend(const PixelBuffer& target, const Bounds& bounds, const Quad& quad)
 {
     const Ink fill(quad.fill);
     const Ink stroke(quad.stroke);
@@ -242,29 +284,24 @@ void QuadRaster::blend(const PixelBuffer& target, const Bounds& bounds, const Qu
         const auto at = static_cast<std::size_t>(row);
         const std::ptrdiff_t start = static_cast<std::ptrdiff_t>(row) * bounds.stride();
         const float* const fillCells = fill_.data() + start;
-        const float* const strokeCells = outlined ? stroke_.data() + start : nullptr;
+        const float* const strokeCells = stroke_.data() + start;
         std::uint32_t* const pixels = target.pixels + (bounds.top + row) * target.stride + bounds.left;
         float filled = 0;
         float stroked = 0;
-        std::uint32_t fillAlpha = 0;
-        std::uint32_t strokeAlpha = 0;
         for (int cell = first_[at]; cell < last_[at]; ++cell) {
-            // Inside the polygon most cells change nothing.
-            if (fillCells[cell] != 0) {
-                filled += fillCells[cell];
-                fillAlpha = strength(fill, filled);
-            }
-            if (strokeCells && strokeCells[cell] != 0) {
-                stroked += strokeCells[cell];
-                strokeAlpha = strength(stroke, stroked);
-            }
+            filled += fillCells[cell];
+            stroked += strokeCells[cell];
             std::uint32_t pixel = pixels[cell];
-            if (fillAlpha == 255)
+            if (pixel >= opaqueBlack)
+                continue;
+            const std::uint32_t fillAlpha = strength(fill, filled);
+            const std::uint32_t strokeAlpha = strength(stroke, stroked);
+            if (strokeAlpha > 0)
+                pixel = under(pixel, stroke, strokeAlpha);
+            if (pixel == 0 && fillAlpha == 255)
                 pixel = (fill.alphaGreen << 8U) | fill.redBlue;
             else if (fillAlpha > 0)
-                pixel = over(pixel, fill, fillAlpha);
-            if (strokeAlpha > 0)
-                pixel = over(pixel, stroke, strokeAlpha);
+                pixel = under(pixel, fill, fillAlpha);
             pixels[cell] = pixel;
         }
     }

@@ -23,20 +23,24 @@ struct PixelBuffer {
 /// two threads at once.
 class QuadRaster {
 public:
-    /// Paints the quads in order. A point p of a quad lies at (p - origin) * scale in pixels. What lies
-    /// outside the picture is cut off; a quad with a corner a hundred thousand pixels away, or one that isn't
-    /// a number, is passed over.
+    /// Paints the quads in order, all of them behind what the picture has already. A point p of a quad lies
+    /// at (p - origin) * scale in pixels. What lies outside the picture is cut off; a quad with a corner a
+    /// hundred thousand pixels away, or one that isn't a number, is passed over.
     void paint(const PixelBuffer& target, std::span<const Quad> quads, double scale, ScenePoint origin);
 
 private:
     struct Bounds;
+    /// Whether nothing painted there can show any more.
+    [[nodiscard]] static bool opaque(const PixelBuffer& target, const Bounds& bounds);
     using Corners = std::span<const ScenePoint>;
 
     /// Adds what the closed polygon covers, with that sign, to the running sums.
     void accumulate(std::vector<float>& sums, const Bounds& bounds, Corners polygon, float sign);
     void accumulateEdge(
         std::vector<float>& sums, const Bounds& bounds, ScenePoint from, ScenePoint to, float sign);
-    void blend(const PixelBuffer& target, const Bounds& bounds, const Quad& quad, bool outlined);
+    /// Notes that the row has sums from `low` to before `high`.
+    void touch(int row, int low, int high, int width);
+    void blend(const PixelBuffer& target, const Bounds& bounds, const Quad& quad);
 
     std::vector<float> fill_;
     std::vector<float> stroke_;

@@ -185,7 +185,7 @@ void PanelFrame::switchMode(OstrelMode mode)
     for (std::size_t tab = 0; tab < tabs_.size(); ++tab)
         tabs_[tab]->setActive(builtModes[tab] == mode);
     if (scroll_)
-        shaperTabTransition(*scroll_->viewport(), forward, motion_.reduceMotion());
+        shaperTabTransition(*scroll_, forward, motion_.reduceMotion());
     renderBody();
     if (scroll_)
         scroll_->verticalScrollBar()->setValue(0);

@@ -58,9 +58,12 @@ TEST(QuadRaster, APixelIsAsStrongAsItIsCovered)
         }
     // Half white over opaque black.
     Picture mixed;
-    mixed.paint({ rectangle(0, 0, 10, 10), { 0, 0, 0, 1 } });
-    mixed.paint({ rectangle(0, 0, 10, 10), { 1, 0.5, 0, 0.5 } });
-    EXPECT_EQ(mixed.pixels[0], 0xff804000U);
+    const Quad quads[] { { rectangle(0, 0, 10, 10), { 0, 0, 0, 1 } },
+        { rectangle(0, 0, 10, 10), { 1, 0.5, 0, 0.5 }, white, 1 } };
+    QuadRaster().paint(
+        { mixed.pixels.data(), Picture::width, Picture::height, Picture::width }, quads, 1, {});
+    EXPECT_EQ(mixed.pixels[Picture::width * 5 + 5], 0xff804000U);
+    EXPECT_EQ(mixed.pixels[Picture::width * 5], 0xffc0a080U) << "half of the outline lies over both";
 }
 
 /// Areas that geometry gives: a slanted quad's is half its diagonals' cross product, an outline's is its

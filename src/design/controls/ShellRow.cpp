@@ -139,7 +139,7 @@ std::vector<int> ShellRow::widthsIn(int room) const
         const bool here = !parts_[at].item->isEmpty();
         if (here && parts_[at].resistance < required)
             yielding[parts_[at].resistance].push_back(&widths[at]);
-        if (here && spare > 0 && stretches(*parts_[at].item)) {
+        if (here && spare > 0 && stretching > 0 && stretches(*parts_[at].item)) {
             const int share = spare / stretching--;
             widths[at] += share;
             spare -= share;
