@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "design/Appearance.h"
 
+#include "design/Fonts.h"
 #include "design/OstrelStyle.h"
 #include "design/Paint.h"
 #include "design/ZOLAppShellStyle.h"
@@ -10,11 +11,14 @@
 #include <QPainter>
 #include <QStyle>
 #include <QStyleFactory>
+#include <QToolTip>
 #include <QWidget>
 
 namespace ostrel {
 
 namespace {
+
+constexpr double tooltipSize = 11;
 
 /// Paints the plate before the view paints itself.
 class PlateFilter final : public QObject {
@@ -89,7 +93,11 @@ void apply(Mode mode)
     // The desktop's own style would draw scroll bars and fields in its theme and not in ours.
     if (QApplication::style()->name() != QLatin1String("fusion"))
         QApplication::setStyle(QStyleFactory::create("fusion"));
-    QApplication::setPalette(appearance(mode));
+    const QPalette palette = appearance(mode);
+    QApplication::setPalette(palette);
+    // Tooltips have a palette and a font of the desktop's own.
+    QToolTip::setPalette(palette);
+    QToolTip::setFont(OstrelStyle::mono(tooltipSize));
 }
 
 void plate(QWidget& view)

@@ -13,6 +13,7 @@
 #include <QCryptographicHash>
 #include <QKeyEvent>
 #include <QStyle>
+#include <QToolTip>
 #include <QVBoxLayout>
 
 #include <memory>
@@ -178,6 +179,7 @@ TEST(Appearance, AViewFollowsWhatIsAroundItAndAPlateStaysLight)
     for (const auto mode : { dark, light }) {
         ZOLThemePolicy::apply(mode);
         EXPECT_EQ(appearanceOf(QWidget()), mode) << "what has no appearance of its own";
+        EXPECT_EQ(QToolTip::palette().color(QPalette::ToolTipBase), qColor(OstrelStyle::bg.in(mode)));
     }
     EXPECT_EQ(QApplication::style()->name(), "fusion");
 }
