@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <ranges>
+#include <optional>
 
 namespace ostrel {
 
@@ -126,6 +126,28 @@ struct QuadRaster::Bounds {
     int width = 0;
     int height = 0;
 
+    /// Absent where the quad touches nothing of the picture, or is no shape.
+    static std::optional<Bounds> of(
+        const std::array<ScenePoint, 4>& corners, double half, const PixelBuffer& target)
+    {
+        const bool near = std::ranges::all_of(
+            corners, [](ScenePoint at) { return std::abs(at.x) <= farthest && std::abs(at.y) <= farthest; });
+        if (!near || half > farthest)
+            return std::nullopt;
+        const auto [left, right] = std::ranges::minmax(corners, {}, &ScenePoint::x);
+        const auto [top, bottom] = std::ranges::minmax(corners, {}, &ScenePoint::y);
+        const auto within = [](double value, int limit) {
+            return static_cast<int>(std::clamp(value, 0.0, static_cast<double>(limit)));
+        };
+        Bounds bounds { .left = within(std::floor(left.x - half), target.width),
+            .top = within(std::floor(top.y - half), target.height) };
+        bounds.width = within(std::ceil(right.x + half), target.width) - bounds.left;
+        bounds.height = within(std::ceil(bottom.y + half), target.height) - bounds.top;
+        if (bounds.width <= 0 || bounds.height <= 0)
+            return std::nullopt;
+        return bounds;
+    }
+
     /// Sums of a row: one a column, one for what ends at the right edge, one to spare.
     [[nodiscard]] int stride() const { return width + 2; }
 };
@@ -147,41 +169,35 @@ void QuadRaster::paint(
     const PixelBuffer& target, std::span<const Quad> quads, double scale, ScenePoint origin)
 {
     // From the front to the rear: what nearer quads hide for good isn't worked out at all.
-    for (const Quad& quad : quads | std::views::reverse) {
+    for (std::size_t remaining = quads.size(); remaining > 0; --remaining) {
+        const Quad& quad = quads[remaining - 1];
         std::array<ScenePoint, 4> corners;
         std::ranges::transform(quad.corners, corners.begin(), [&](ScenePoint at) {
             return ScenePoint { (at.x - origin.x) * scale, (at.y - origin.y) * scale };
         });
         const double half = quad.strokeWidth > 0 ? quad.strokeWidth * scale / 2 : 0;
-        const auto [left, right] = std::ranges::minmax(corners, {}, &ScenePoint::x);
-        const auto [top, bottom] = std::ranges::minmax(corners, {}, &ScenePoint::y);
-        const bool near = std::ranges::all_of(
-            corners, [](ScenePoint at) { return std::abs(at.x) <= farthest && std::abs(at.y) <= farthest; });
-        if (!near || half > farthest)
-            continue;
-        const auto within = [](double value, int limit) {
-            return static_cast<int>(std::clamp(value, 0.0, static_cast<double>(limit)));
-        };
-        Bounds bounds { .left = within(std::floor(left.x - half), target.width),
-            .top = within(std::floor(top.y - half), target.height) };
-        bounds.width = within(std::ceil(right.x + half), target.width) - bounds.left;
-        bounds.height = within(std::ceil(bottom.y + half), target.height) - bounds.top;
-        if (bounds.width <= 0 || bounds.height <= 0 || opaque(target, bounds))
-            continue;
-        const auto rows = static_cast<std::size_t>(bounds.height);
-        const std::size_t cells = rows * static_cast<std::size_t>(bounds.stride());
-        fill_.assign(cells, 0);
-        first_.assign(rows, bounds.width);
-        last_.assign(rows, 0);
-        accumulate(fill_, bounds, corners, 1);
-        stroke_.assign(cells, 0);
-        if (half > 0) {
-            const Outline outline = outlined(corners, half);
-            accumulate(stroke_, bounds, outline.outer, 1);
-            accumulate(stroke_, bounds, outline.inner, -1);
-        }
-        blend(target, bounds, quad);
+        const auto bounds = Bounds::of(corners, half, target);
+        if (bounds && !opaque(target, *bounds))
+            paint(target, *bounds, quad, corners, half);
     }
+}
+
+void QuadRaster::paint(const PixelBuffer& target, const Bounds& bounds, const Quad& quad,
+    const std::array<ScenePoint, 4>& corners, double half)
+{
+    const auto rows = static_cast<std::size_t>(bounds.height);
+    const std::size_t cells = rows * static_cast<std::size_t>(bounds.stride());
+    fill_.assign(cells, 0);
+    stroke_.assign(cells, 0);
+    first_.assign(rows, bounds.width);
+    last_.assign(rows, 0);
+    accumulate(fill_, bounds, corners, 1);
+    if (half > 0) {
+        const Outline outline = outlined(corners, half);
+        accumulate(stroke_, bounds, outline.outer, 1);
+        accumulate(stroke_, bounds, outline.inner, -1);
+    }
+    blend(target, bounds, quad);
 }
 
 void QuadRaster::accumulate(std::vector<float>& sums, const Bounds& bounds, Corners polygon, float sign)

@@ -3,6 +3,7 @@
 
 #include "design/Quad.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -34,6 +35,8 @@ private:
     [[nodiscard]] static bool opaque(const PixelBuffer& target, const Bounds& bounds);
     using Corners = std::span<const ScenePoint>;
 
+    void paint(const PixelBuffer& target, const Bounds& bounds, const Quad& quad,
+        const std::array<ScenePoint, 4>& corners, double half);
     /// Adds what the closed polygon covers, with that sign, to the running sums.
     void accumulate(std::vector<float>& sums, const Bounds& bounds, Corners polygon, float sign);
     void accumulateEdge(

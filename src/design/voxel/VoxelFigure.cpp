@@ -236,10 +236,12 @@ void VoxelFigure::startFlash()
 void VoxelFigure::restoreFlash()
 {
     // Backwards, since a cell that is listed twice was backed up with the flash's own colour the second time.
-    for (auto backup = flashBackup_.rbegin(); backup != flashBackup_.rend(); ++backup)
-        if (backup->first < cubes_.size())
-            cubes_[backup->first].c = backup->second;
-    flashBackup_.clear();
+    while (!flashBackup_.empty()) {
+        const auto [index, color] = flashBackup_.back();
+        flashBackup_.pop_back();
+        if (index < cubes_.size())
+            cubes_[index].c = color;
+    }
 }
 
 std::optional<std::size_t> VoxelFigure::cellIndex(const ZOLVoxelCell& cell) const
