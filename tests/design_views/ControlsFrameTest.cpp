@@ -120,6 +120,8 @@ TEST(ZOLAppHeader, ItsMarkStaysOnALightPlateAndCanBeReplacedInItsPlace)
     while (next->focusPolicy() == Qt::NoFocus)
         next = next->nextInFocusChain();
     EXPECT_EQ(next, figure) << "the keyboard reaches it before the buttons";
+    EXPECT_EQ(header.findChildren<QWidget*>(Qt::FindDirectChildrenOnly).front(), figure)
+        << "it is read first";
 }
 
 TEST(ZOLTabStrip, StandsInARowAndTellsItsKeys)

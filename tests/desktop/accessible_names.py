@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: Apache-2.0
-"""Prints what a screen reader finds in the process of the given number: a JSON array of [name, checked].
+"""Prints what a screen reader finds in the process of the given number: a JSON array of [name, selected].
 
 It runs as a process of its own on the desktop, since the library binds to one accessibility bus for good.
 """
@@ -15,7 +15,7 @@ def walk(node, below_root):
     states = node.getState()
     if below_root and not states.contains(pyatspi.STATE_SHOWING):
         return
-    yield node.name, states.contains(pyatspi.STATE_CHECKED)
+    yield node.name, states.contains(pyatspi.STATE_SELECTED)
     for child in filter(None, node):
         yield from walk(child, True)
 

@@ -103,6 +103,8 @@ void ZOLAppHeader::replaceMark(QWidget* view)
     ZOLThemePolicy::plate(*view);
     row_->replace(markView_, view);
     markView_ = nullptr;
+    // Assistive technology reads views in the order in which they lie above each other.
+    view->lower();
 }
 
 } // namespace ostrel
