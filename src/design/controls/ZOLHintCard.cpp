@@ -79,8 +79,11 @@ ZOLHintCard::ZOLHintCard(const QString& title, const QString& fact, std::vector<
     , factLabel_(new ZOLShellLabel(fact, font(textSize, QFont::Normal), muted))
 {
     if (actions_.size() > maxActions) {
-        fmt::print(
-            stderr, "ZOLHintCard: {} actions given, showing the first {}\n", actions_.size(), maxActions);
+        // Not the formatting library's own printing, which throws where stderr is closed or full.
+        std::fputs(
+            fmt::format("ZOLHintCard: {} actions given, showing the first {}\n", actions_.size(), maxActions)
+                .c_str(),
+            stderr);
         actions_.resize(maxActions);
     }
     setAppearance(*this, ZOLThemePolicy::Mode::light);
