@@ -4,9 +4,9 @@
 #include "design/ZOLAppMarkView.h"
 #include "platform/qt/WindowHints.h"
 
-#include <array>
+#include <algorithm>
+#include <cstdint>
 #include <utility>
-#include <vector>
 
 namespace ostrel {
 
@@ -15,19 +15,17 @@ namespace {
 /// At quit, how long the collector's children get to end: asking, then killing, takes half a second.
 constexpr platform::Seconds quitPatience { 0.8 };
 
-/// The sizes that tray hosts draw at. Each is drawn for itself: a scaled one is blurred on dense screens.
-constexpr std::array markSizes { 16, 22, 24, 32, 44, 48, 64 };
-
-platform::Images barMark()
-{
-    // Bars come dark and light: this grey stands at least 3 to 1 against both.
-    constexpr Color ink = zolHex("#858a90");
-    std::vector<platform::Image> images;
-    images.reserve(markSizes.size());
-    for (const int size : markSizes)
-        images.push_back(platformImage(tinted(ZOLAppMarkView::image(ZOLAppMark::ostrel, size, true), ink)));
-    return platform::Images(std::move(images));
-}
+/// The instrument's mark for the bar.
+class MarkPicture final : public platform::StatusItemPicture {
+public:
+    [[nodiscard]] platform::Image draw(int width, int height, std::uint32_t ink) const override
+    {
+        const Color color { ((ink >> 16) & 0xff) / 255.0, ((ink >> 8) & 0xff) / 255.0, (ink & 0xff) / 255.0 };
+        return platformImage(
+            tinted(ZOLAppMarkView::image(ZOLAppMark::ostrel, std::min(width, height), true), color));
+    }
+    [[nodiscard]] std::string key() const override { return "mark"; }
+};
 
 } // namespace
 
@@ -63,7 +61,7 @@ void AppDelegate::applicationDidFinishLaunching(bool backgroundLaunch)
     settings_.loadSettings(tick_);
     history_ = OstrelHistory::load(services_.files, historyFilePath_, services_.clock.now());
     snapshots_.ensureCollectorAvailable();
-    barItem_.setupStatusItem(barMark());
+    barItem_.setupStatusItem(std::make_shared<MarkPicture>());
     tick_.startNativeTimer();
     if (!backgroundLaunch)
         panel_.show();

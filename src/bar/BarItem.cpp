@@ -13,12 +13,12 @@ BarItem::BarItem(Owner owner)
 {
 }
 
-void BarItem::setupStatusItem(platform::Images mark)
+void BarItem::setupStatusItem(std::shared_ptr<const platform::StatusItemPicture> mark)
 {
     mark_ = std::move(mark);
-    statusItem_ = owner_.statusBar.makeItem(std::string(appIdentifier), "ostrel");
+    statusItem_ = owner_.statusBar.makeItem(std::string(appIdentifier), "ostrel", std::string());
     statusItem_->setMenuBuilder([this] { return menu(); });
-    statusItem_->setActivateHandler([this](std::optional<platform::Point>) { owner_.panel.toggle(); });
+    statusItem_->setPressHandler([this](const platform::StatusItemPress&) { owner_.panel.toggle(); });
     updateStatusButton();
 }
 
@@ -31,9 +31,9 @@ void BarItem::updateStatusButton()
     const BarDisplayMode mode = owner_.settings.barDisplayMode;
     statusItem_->setFace({ .visible = mode != BarDisplayMode::hidden,
         .label = title(),
-        .labelGuide = {},
         .toolTip = barToolTip(reading()),
-        .images = mark_ });
+        .icon = mark_,
+        .picture = mark_ });
 }
 
 std::string BarItem::title() const

@@ -4,7 +4,6 @@
 #include "bar/Settings.h"
 #include "collector/SnapshotCycle.h"
 #include "core/PanelDoor.h"
-#include "platform/Image.h"
 #include "platform/StatusItem.h"
 #include "readings/NativeTick.h"
 
@@ -29,8 +28,8 @@ public:
 
     explicit BarItem(Owner owner);
 
-    /// Makes the item, once. `mark` is the instrument's mark at several sizes.
-    void setupStatusItem(platform::Images mark);
+    /// Makes the item, once. `mark` is the instrument's mark.
+    void setupStatusItem(std::shared_ptr<const platform::StatusItemPicture> mark);
     /// Shows the present values; nothing before `setupStatusItem`.
     void updateStatusButton();
     /// Takes the item off the bar.
@@ -44,7 +43,7 @@ private:
     [[nodiscard]] BarReading reading() const;
 
     Owner owner_;
-    platform::Images mark_;
+    std::shared_ptr<const platform::StatusItemPicture> mark_;
     std::unique_ptr<platform::StatusItem> statusItem_;
 };
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <chrono>
 #include <string_view>
 
 namespace ostrel {
@@ -17,6 +18,13 @@ public:
     virtual void close(std::string_view reason) = 0;
     /// Opens a closed panel and closes an open one.
     virtual void toggle() = 0;
+    /// Opens it away from the bar item, near the lower right corner of the main display.
+    virtual void showTestbed() = 0;
+
+    /// Whether the panel is on screen.
+    [[nodiscard]] virtual bool shown() const = 0;
+    /// When it last finished closing; long ago before the first time.
+    [[nodiscard]] virtual std::chrono::system_clock::time_point lastClose() const = 0;
 };
 
 } // namespace ostrel

@@ -26,6 +26,9 @@ public:
     void show() override;
     void close(std::string_view reason) override;
     void toggle() override;
+    void showTestbed() override { show(); }
+    [[nodiscard]] bool shown() const override { return frame_.shown(); }
+    [[nodiscard]] platform::Instant lastClose() const override { return platform::distantPast; }
 
 private:
     void place();

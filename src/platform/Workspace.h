@@ -4,6 +4,7 @@
 #include "platform/MainQueue.h"
 
 #include <memory>
+#include <string>
 
 namespace platform {
 
@@ -23,6 +24,10 @@ public:
 
     /// Runs `changed` after each change of the above.
     [[nodiscard]] virtual std::unique_ptr<Observation> observeDisplayOptions(Job changed) = 0;
+
+    /// Opens an address in the program that the desktop has for it. Returns at once; where there is none
+    /// nothing happens.
+    virtual void open(const std::string& url) = 0;
 };
 
 } // namespace platform

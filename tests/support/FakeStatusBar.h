@@ -12,11 +12,11 @@
 
 /// A bar that keeps what its last item was given.
 class FakeStatusBar final : public platform::StatusBar {
-    using Activate = std::function<void(std::optional<platform::Point>)>;
+    using Press = std::function<void(const platform::StatusItemPress&)>;
 
 public:
     [[nodiscard]] std::unique_ptr<platform::StatusItem> makeItem(
-        const std::string& id, const std::string& title) override
+        const std::string& id, const std::string& title, const std::string&) override
     {
         ids.push_back(id + " " + title);
         ++items;
@@ -29,7 +29,9 @@ public:
     int items = 0; ///< on the bar now
     std::vector<platform::StatusItemFace> faces;
     std::function<platform::Menu()> menu;
-    Activate activate;
+    Press press;
+    std::optional<platform::StatusItemPlacement> placement;
+    int menusOpened = 0;
     platform::Job onFace = [] {}; ///< called after each face
     platform::Job onRemove = [] {}; ///< called when an item goes
 
@@ -46,8 +48,12 @@ private:
             bar->onFace();
         }
         void setMenuBuilder(std::function<platform::Menu()> build) override { bar->menu = std::move(build); }
-        void setActivateHandler(Activate handler) override { bar->activate = std::move(handler); }
-        [[nodiscard]] bool isRegistered() const override { return true; }
+        void setPressHandler(Press handler) override { bar->press = std::move(handler); }
+        void popUpMenu() override { ++bar->menusOpened; }
+        [[nodiscard]] std::optional<platform::StatusItemPlacement> placement() const override
+        {
+            return bar->placement;
+        }
 
         FakeStatusBar* bar = nullptr;
     };

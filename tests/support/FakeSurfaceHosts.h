@@ -29,6 +29,13 @@ struct FakeSurfaceHosts : platform::Popover, platform::Window, platform::AnchorV
         calls.emplace_back("close");
         onClose();
     }
+    void setContentView(QWidget*) override { }
+    void setTransient(bool) override { }
+    [[nodiscard]] bool isShown() const override { return false; }
+    void close() override { performClose(); }
+    void setOnDidClose(platform::Job didClose) override { onClose = std::move(didClose); }
+    void makeKey() override { }
+    [[nodiscard]] bool isKey() const override { return false; }
 
     void display() override { calls.emplace_back("display"); }
     [[nodiscard]] Rect frame() const override { return { 10, 100, 200, 50 }; }
@@ -42,6 +49,7 @@ struct FakeSurfaceHosts : platform::Popover, platform::Window, platform::AnchorV
     void orderOut() override { calls.emplace_back("out"); }
 
     [[nodiscard]] Rect bounds() const override { return { 0, 0, 24, 22 }; }
+    [[nodiscard]] Rect onScreen(const Rect& rect) const override { return rect; }
     [[nodiscard]] std::unique_ptr<platform::Observation> monitorMouseDown(platform::Job pressed) override
     {
         return monitors.add(std::move(pressed));

@@ -6,6 +6,9 @@
 #include "support/Observers.h"
 
 #include <memory>
+#include <string>
+#include <utility>
+#include <vector>
 
 /// A desktop whose wish for less movement the test sets.
 class FakeWorkspace final : public platform::Workspace {
@@ -23,7 +26,10 @@ public:
         observers.tell();
     }
 
+    void open(const std::string& url) override { opened.push_back(url); }
+
     Observers observers;
+    std::vector<std::string> opened;
 
 private:
     bool reduceMotion_ = false;

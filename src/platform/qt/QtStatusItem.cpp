@@ -56,11 +56,17 @@ public:
 
     void setFace(const StatusItemFace& face) override { item_.setFace(face); }
     void setMenuBuilder(std::function<Menu()> build) override { menu_.setBuilder(std::move(build)); }
-    void setActivateHandler(std::function<void(std::optional<Point>)> handler) override
+    void setPressHandler(std::function<void(const StatusItemPress&)> handler) override
     {
-        item_.setActivateHandler(std::move(handler));
+        item_.setPressHandler(std::move(handler));
     }
-    [[nodiscard]] bool isRegistered() const override { return registered_; }
+    void popUpMenu() override { }
+    [[nodiscard]] std::optional<StatusItemPlacement> placement() const override
+    {
+        if (!registered_)
+            return std::nullopt;
+        return StatusItemPlacement { .frame = {}, .seen = true };
+    }
 
 private:
     void registerWithWatcher()
@@ -91,7 +97,8 @@ QtStatusBar::QtStatusBar(MainQueue& queue)
 {
 }
 
-std::unique_ptr<StatusItem> QtStatusBar::makeItem(const std::string& id, const std::string& title)
+std::unique_ptr<StatusItem> QtStatusBar::makeItem(
+    const std::string& id, const std::string& title, const std::string&)
 {
     const QString service
         = QString("org.kde.StatusNotifierItem-%1-1").arg(QCoreApplication::applicationPid());

@@ -13,7 +13,7 @@ public:
     explicit QtStatusBar(MainQueue& queue);
 
     [[nodiscard]] std::unique_ptr<StatusItem> makeItem(
-        const std::string& id, const std::string& title) override;
+        const std::string& id, const std::string& title, const std::string& iconFolder) override;
 
 private:
     MainQueue& queue_;

@@ -10,7 +10,9 @@
 #include <utility>
 
 #include <QDBusConnection>
+#include <QDesktopServices>
 #include <QMetaType>
+#include <QUrl>
 #include <QVariant>
 
 namespace platform {
@@ -114,6 +116,11 @@ std::unique_ptr<Observation> QtWorkspace::observeDisplayOptions(Job changed)
 {
     start();
     return desktop_->observers().add(std::move(changed));
+}
+
+void QtWorkspace::open(const std::string& url)
+{
+    QDesktopServices::openUrl(QUrl(QString::fromStdString(url)));
 }
 
 } // namespace platform

@@ -34,6 +34,7 @@ public:
 
     [[nodiscard]] bool accessibilityDisplayShouldReduceMotion() const override;
     [[nodiscard]] std::unique_ptr<Observation> observeDisplayOptions(Job changed) override;
+    void open(const std::string& url) override;
 
 private:
     class Desktop;

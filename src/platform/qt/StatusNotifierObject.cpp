@@ -11,18 +11,34 @@
 #include <QGuiApplication>
 #include <QScreen>
 
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <string>
 #include <utility>
 
 namespace platform {
 
 namespace {
 
-BusImages busImages(const Images& images)
+/// The sizes that tray hosts draw at. Each is drawn for itself: a scaled one is blurred on dense screens.
+constexpr std::array iconSizes { 16, 22, 24, 32, 44, 48, 64 };
+
+/// Bars come dark and light: this grey stands at least 3 to 1 against both.
+constexpr std::uint32_t neutralInk = 0x858a90;
+
+BusImages busImages(const StatusItemPicture* picture)
 {
     BusImages list;
-    for (const Image& image : images)
-        list.push_back(busImage(image));
+    if (picture)
+        for (const int size : iconSizes)
+            list.push_back(busImage(picture->draw(size, size, neutralInk)));
     return list;
+}
+
+std::string keyOf(const std::shared_ptr<const StatusItemPicture>& picture)
+{
+    return picture ? picture->key() : std::string();
 }
 
 } // namespace
@@ -61,7 +77,7 @@ void StatusNotifierObject::setFace(const StatusItemFace& face)
 {
     const StatusItemFace before = std::exchange(face_, face);
     describeFace(before);
-    if (before.images != face_.images)
+    if (keyOf(before.picture) != keyOf(face_.picture))
         tell("NewIcon");
     if (before.toolTip != face_.toolTip)
         tell("NewToolTip");
@@ -78,13 +94,13 @@ void StatusNotifierObject::describeFace(const StatusItemFace& before)
         .iconName = {}, .images = {}, .title = QString::fromStdString(face_.toolTip), .text = {} });
     properties_["XAyatanaLabel"] = QString::fromStdString(face_.label);
     properties_["XAyatanaLabelGuide"] = QString::fromStdString(face_.labelGuide);
-    if (before.images != face_.images)
-        properties_["IconPixmap"] = QVariant::fromValue(busImages(face_.images));
+    if (keyOf(before.picture) != keyOf(face_.picture))
+        properties_["IconPixmap"] = QVariant::fromValue(busImages(face_.picture.get()));
 }
 
-void StatusNotifierObject::setActivateHandler(std::function<void(std::optional<Point>)> handler)
+void StatusNotifierObject::setPressHandler(std::function<void(const StatusItemPress&)> handler)
 {
-    activate_ = std::move(handler);
+    pressed_ = std::move(handler);
 }
 
 bool StatusNotifierObject::handleMessage(const QDBusMessage& message, const QDBusConnection& connection)
@@ -99,11 +115,11 @@ bool StatusNotifierObject::handleMessage(const QDBusMessage& message, const QDBu
     if (call == "Activate(ii)") {
         const QVariantList given = message.arguments();
         const Point place = globalPoint(given[0].toInt(), given[1].toInt());
-        if (activate_)
-            queue_.post([handler = activate_, place] { handler(place); });
+        if (pressed_)
+            queue_.post([handler = pressed_, place] { handler({ .place = place }); });
     } else if (call == "SecondaryActivate(ii)") {
-        if (activate_)
-            queue_.post([handler = activate_] { handler(std::nullopt); });
+        if (pressed_)
+            queue_.post([handler = pressed_] { handler({}); });
     } else if (call != "ContextMenu(ii)" && call != "Scroll(is)" && call != "XAyatanaSecondaryActivate(u)") {
         connection.send(message.createErrorReply(
             QDBusError::UnknownMethod, "The item doesn't know the call " + call + "."));

@@ -25,7 +25,7 @@ public:
 
     /// Takes the face in and tells the hosts of each part that is different.
     void setFace(const StatusItemFace& face);
-    void setActivateHandler(std::function<void(std::optional<Point>)> handler);
+    void setPressHandler(std::function<void(const StatusItemPress&)> handler);
 
     [[nodiscard]] QString introspect(const QString& path) const override;
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override;
@@ -39,7 +39,7 @@ private:
     QDBusConnection bus_;
     StatusItemFace face_;
     QVariantMap properties_; ///< as the bus asks for them, most often for one of them after each tick
-    std::function<void(std::optional<Point>)> activate_;
+    std::function<void(const StatusItemPress&)> pressed_;
 };
 
 /// A place that a host tells in pixels, from the top left of the primary screen, as a global point.
