@@ -2,10 +2,12 @@
 #include "app/AppDelegate.h"
 
 #include "design/ZOLAppMarkView.h"
-#include "platform/qt/WindowHints.h"
+#include "design/controls/ZOLFooterLine.h"
 
 #include <algorithm>
 #include <cstdint>
+#include <string>
+#include <string_view>
 #include <utility>
 
 namespace ostrel {
@@ -27,6 +29,8 @@ public:
     [[nodiscard]] std::string key() const override { return "mark"; }
 };
 
+std::string catalogueUrl() { return "https://" + std::string(ZOLFooterLine::catalogueHost) + "/"; }
+
 } // namespace
 
 AppDelegate::AppDelegate(const PlatformServices& services)
@@ -40,24 +44,37 @@ AppDelegate::AppDelegate(const PlatformServices& services)
                      services.bundle, services.clock },
           collector_, tick_)
     , panelState_ { tick_, snapshots_, history_, settings_ }
-    , frame_(panelState_, services.clock,
-          { services.runLoop, services.mainQueue, services.workspace, services.occlusion }, liveRegistry_)
-    , panel_(frame_, services.defaults,
-          { .beforeShow = [](QWidget& window) { platform::keepOutOfTaskbar(window); },
+    , frame_(panelState_,
+          { services.clock, { services.runLoop, services.mainQueue, services.workspace, services.occlusion },
+              services.alerts, services.defaults },
+          liveRegistry_)
+    , panel_(frame_, settings_,
+          { services.popovers, services.events, services.workspace, services.screens, services.defaults,
+              services.mainQueue, services.clock },
+          { .hasBarItem = [this] { return barItem_.exists(); },
+              .barItemFrame = [this] { return barItem_.frame(); },
+              .placed = [this](std::string_view text) { barItem_.panelPlaced(text); },
               .opened = [this] { snapshots_.startPanelPolling(); },
+              .applyBarLength = [this] { barItem_.applyPendingLength(); },
               .closed = [this] { snapshots_.panelDidClose(); } })
+    , theme_(services.defaults, settings_, panel_, false)
     , barItem_({ services.statusBar, settings_, tick_, snapshots_, panel_, services.quit })
     , liveValues_(panelState_, liveRegistry_, frame_, [this] { return barItem_.title(); })
 {
     tick_.connect(*this, snapshots_);
     snapshots_.connect(frame_, frame_);
-    frame_.setAfterRender([this] { liveValues_.refreshLiveValues(); });
+    frame_.setActions({ .close = [this](std::string_view reason) { panel_.close(reason); },
+        .setPinned = [this](bool pinned) { panel_.setPinned(pinned); },
+        .setTheme = [this](ZOLThemePolicy::Mode mode) { theme_.setTheme(mode); },
+        .openCatalogue = [this] { services_.workspace.open(catalogueUrl()); },
+        .rendered = [this] { liveValues_.refreshLiveValues(); } });
 }
 
 AppDelegate::~AppDelegate() = default;
 
 void AppDelegate::applicationDidFinishLaunching(bool backgroundLaunch)
 {
+    theme_.loadTheme();
     settings_.loadSettings(tick_);
     history_ = OstrelHistory::load(services_.files, historyFilePath_, services_.clock.now());
     snapshots_.ensureCollectorAvailable();

@@ -12,6 +12,7 @@
 #include "panel/LiveValues.h"
 #include "panel/PanelController.h"
 #include "panel/PanelFrame.h"
+#include "panel/ThemeSwitch.h"
 #include "readings/CPUSampler.h"
 #include "readings/NativeTick.h"
 
@@ -43,6 +44,7 @@ public:
     [[nodiscard]] SnapshotCycle& snapshots() { return snapshots_; }
     [[nodiscard]] PanelFrame& frame() { return frame_; }
     [[nodiscard]] PanelController& panel() { return panel_; }
+    [[nodiscard]] ThemeSwitch& theme() { return theme_; }
     [[nodiscard]] BarItem& barItem() { return barItem_; }
     [[nodiscard]] const OstrelHistory& history() const { return history_; }
 
@@ -65,6 +67,7 @@ private:
     PanelState panelState_;
     PanelFrame frame_;
     PanelController panel_;
+    ThemeSwitch theme_;
     BarItem barItem_;
     LiveValues liveValues_;
 };

@@ -1,15 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "platform/Alerts.h"
 #include "platform/Bundle.h"
 #include "platform/ChildProcess.h"
 #include "platform/Clock.h"
 #include "platform/DistributedNotificationCenter.h"
+#include "platform/EventMonitor.h"
 #include "platform/FileManager.h"
 #include "platform/GlobalQueue.h"
 #include "platform/Kernel.h"
 #include "platform/MainQueue.h"
+#include "platform/Popover.h"
 #include "platform/ProcessInfo.h"
+#include "platform/Screens.h"
 #include "platform/StatusItem.h"
 #include "platform/Timer.h"
 #include "platform/UserDefaults.h"
@@ -37,6 +41,10 @@ struct PlatformServices {
     platform::DistributedNotificationCenter& notifications;
     platform::Workspace& workspace;
     platform::WindowOcclusion& occlusion;
+    platform::Popovers& popovers;
+    platform::EventMonitor& events;
+    platform::Screens& screens;
+    platform::Alerts& alerts;
     std::function<void()> quit; ///< ends the event loop
 };
 

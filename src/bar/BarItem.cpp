@@ -22,6 +22,12 @@ void BarItem::setupStatusItem(std::shared_ptr<const platform::StatusItemPicture>
     updateStatusButton();
 }
 
+std::optional<platform::Rect> BarItem::frame() const
+{
+    const auto placement = statusItem_ ? statusItem_->placement() : std::nullopt;
+    return placement ? std::optional(placement->frame) : std::nullopt;
+}
+
 void BarItem::removeStatusItem() { statusItem_.reset(); }
 
 void BarItem::updateStatusButton()

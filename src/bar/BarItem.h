@@ -9,7 +9,9 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
+#include <string_view>
 
 namespace ostrel {
 
@@ -32,6 +34,10 @@ public:
     void setupStatusItem(std::shared_ptr<const platform::StatusItemPicture> mark);
     /// Shows the present values; nothing before `setupStatusItem`.
     void updateStatusButton();
+    [[nodiscard]] bool exists() const { return statusItem_ != nullptr; }
+    [[nodiscard]] std::optional<platform::Rect> frame() const;
+    void panelPlaced(std::string_view) { }
+    void applyPendingLength() { }
     /// Takes the item off the bar.
     void removeStatusItem();
 

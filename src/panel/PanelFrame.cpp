@@ -6,25 +6,34 @@
 #include "design/OstrelStyle.h"
 #include "design/TabTransition.h"
 #include "design/Utf8.h"
-#include "design/controls/OstrelButton.h"
 #include "design/controls/TabLayout.h"
 #include "design/controls/ZOLAppHeader.h"
 #include "design/controls/ZOLFooterLine.h"
+#include "design/controls/ZOLPinButton.h"
 #include "design/controls/ZOLShellButton.h"
 #include "design/controls/ZOLShellLabel.h"
+#include "design/controls/ZOLTabStrip.h"
+#include "design/controls/ZOLThemeButton.h"
 #include "design/voxel/ZOLVoxelModels.h"
 #include "design/voxel/ZOLVoxelView.h"
+#include "panel/BodyScreen.h"
 #include "panel/DashboardTab.h"
+#include "panel/HelpOverlay.h"
+#include "panel/NoticeScreens.h"
+#include "panel/PanelRootView.h"
+#include "panel/PanelSize.h"
 #include "panel/ProcessesTab.h"
 #include "panel/ReadoutText.h"
+#include "panel/RetiredViews.h"
+#include "panel/SlimScrollBar.h"
 
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QVBoxLayout>
 
-#include <algorithm>
-#include <array>
+#include <string>
 #include <utility>
+#include <vector>
 
 #include <fmt/format.h>
 
@@ -32,63 +41,80 @@ namespace ostrel {
 
 namespace {
 
-constexpr int inset = 16;
 constexpr int spacing = 8;
 constexpr int headerMarkSize = 40;
 constexpr int tabWidth = 80;
-constexpr int tabHeight = 30;
-constexpr int retryWidth = 160;
+constexpr int lowestBody = 320;
+constexpr int readoutLines = 2;
 constexpr platform::Seconds throttle { 2 };
 
-/// The tabs that this version has.
-constexpr std::array builtModes { OstrelMode::overview, OstrelMode::processes };
+/// The tab strip's ids are the tabs' titles.
+std::string idOf(OstrelMode mode) { return std::string(words(mode).title); }
 
 } // namespace
 
-PanelFrame::PanelFrame(
-    const PanelState& state, const platform::Clock& clock, const MotionServices& motion, LiveRegistry& live)
+PanelFrame::PanelFrame(const PanelState& state, const Services& services, LiveRegistry& live)
     : state_(state)
-    , clock_(clock)
-    , motion_(motion)
+    , services_(services)
     , live_(live)
+    , retired_(std::make_unique<RetiredViews>(services.motion.mainQueue, services.alerts))
 {
 }
 
 PanelFrame::~PanelFrame() = default;
 
-void PanelFrame::setAfterRender(std::function<void()> afterRender) { afterRender_ = std::move(afterRender); }
+void PanelFrame::setActions(Actions actions) { actions_ = std::move(actions); }
 
-void PanelFrame::makeContent(ZOLThemePolicy::Mode theme, std::function<void(std::string_view)> close)
+QWidget* PanelFrame::rootView() const { return root_; }
+
+QWidget* PanelFrame::makeContent()
 {
-    root_ = std::make_unique<PanelRootView>(PanelRootView::Actions {
-        .switchMode = [this](OstrelMode mode) { switchMode(mode); },
-        .close = close,
-    });
-    setAppearance(*root_, theme);
-    root_->setFixedSize(panelWidth, panelHeight);
-    auto* column = new QVBoxLayout(root_.get());
-    column->setContentsMargins(inset, inset, inset, inset);
+    focusToRestore_ = root_ ? FocusMemory::of(*root_) : std::nullopt;
+    scrollToRestore_ = scroll_ ? std::optional(scroll_->verticalScrollBar()->value()) : std::nullopt;
+    const auto escape = [this](std::string_view reason) {
+        if (!dismissHelpOverlay(true))
+            actions_.close(reason);
+    };
+    root_ = new PanelRootView({ .switchMode = [this](OstrelMode mode) { switchMode(mode); },
+        .escape = escape,
+        .close = actions_.close,
+        .help = [this] { showHelpOverlay(); } });
+    setAppearance(*root_, OstrelStyle::theme(services_.defaults));
+    root_->resize(panelWidth, panelHeight);
+    auto* column = new QVBoxLayout(root_);
+    column->setContentsMargins(panelInset, panelInset, panelInset, panelInset);
     column->setSpacing(spacing);
-    column->addWidget(makeHeader(std::move(close)));
+    column->addWidget(makeHeader());
     column->addWidget(separator(contentWidth));
     column->addWidget(makeStrip());
     readout_ = wrappingLabel("loading…", 11, QFont::DemiBold, OstrelStyle::ink, contentWidth);
+    readout_->setMaximumLines(readoutLines);
     column->addWidget(readout_);
     column->addWidget(separator(contentWidth));
     column->addWidget(makeBody(), 1);
     column->addWidget(separator(contentWidth));
     column->addWidget(makeFooter());
+    return root_;
 }
 
-QWidget* PanelFrame::makeHeader(std::function<void(std::string_view)> close) const
+QWidget* PanelFrame::makeHeader()
 {
-    auto* header = new ZOLAppHeader({ .mark = ZOLAppMark::ostrel,
-                                        .name = "OSTREL",
-                                        .status = "local + server · a little more room to think",
-                                        .version = utf16(fmt::format("{} · {}", appVersion, appBuild)),
-                                        .onClose = [close = std::move(close)] { close("x"); } },
+    header_ = new ZOLAppHeader({ .mark = ZOLAppMark::ostrel,
+                                   .name = "OSTREL",
+                                   .status = "local + server · a little more room to think",
+                                   .version = utf16(fmt::format("{} · {}", appVersion, appBuild)),
+                                   .onSettings = [this] { switchMode(OstrelMode::settings); },
+                                   .pin = new ZOLPinButton(state_.settings.pinned, actions_.setPinned),
+                                   .onClose = [close = actions_.close] { close("x"); } },
         contentWidth);
-    auto* character = new ZOLVoxelView(ZOLVoxelModels::ostrel(), motion_);
+    header_->settingsButton()->setActive(mode_ == OstrelMode::settings);
+    installHeaderCharacter(*header_);
+    return header_;
+}
+
+void PanelFrame::installHeaderCharacter(ZOLAppHeader& header) const
+{
+    auto* character = new ZOLVoxelView(ZOLVoxelModels::ostrel(), services_.motion);
     character->setFixedSize(headerMarkSize, headerMarkSize);
     character->setPadding(0);
     character->setShowsShadow(false);
@@ -96,153 +122,177 @@ QWidget* PanelFrame::makeHeader(std::function<void(std::string_view)> close) con
     character->setAccessibleName("OSTREL character");
     character->setObjectName("header-character");
     character->setToolTip("OSTREL · click flashes the red core");
-    header->replaceMark(character);
-    return header;
-}
-
-QWidget* PanelFrame::makeFooter() const
-{
-    return new ZOLFooterLine(
-        { .keys = "1 dashboard · 3 processes",
-            .status = utf16(fmt::format("{} · on this Mac · refreshes while open", appVersion)) },
-        contentWidth);
+    header.replaceMark(character);
 }
 
 QWidget* PanelFrame::makeStrip()
 {
-    auto* strip = new QWidget;
-    auto* row = new QHBoxLayout(strip);
-    row->setContentsMargins(0, 0, 0, 0);
-    row->setSpacing(3);
-    tabs_.clear();
-    for (const OstrelMode mode : builtModes) {
-        auto* tab = new ZOLShellButton(
-            utf16(words(mode).title), tabWidth, [this, mode] { switchMode(mode); }, tabHeight);
-        tab->setKind(ZOLShellButton::Kind::navigation);
-        tab->setToolTip(utf16(words(mode).hint));
-        tab->setActive(mode == mode_);
-        tabs_.push_back(tab);
-        row->addWidget(tab);
-    }
-    row->addWidget(flexSpacer(), 1);
-    return strip;
+    std::vector<ZOLTabStrip::Tab> tabs;
+    for (const OstrelModeWords& words : ostrelModes())
+        if (words.mode != OstrelMode::settings)
+            tabs.push_back({ idOf(words.mode), utf16(words.title), utf16(words.hint) });
+    strip_ = new ZOLTabStrip(
+        std::move(tabs), idOf(mode_), contentWidth, tabWidth, [this](const std::string& id) {
+            for (const OstrelModeWords& words : ostrelModes())
+                if (words.title == id)
+                    return switchMode(words.mode);
+        });
+    if (mode_ == OstrelMode::settings)
+        strip_->selectNone();
+    return strip_;
 }
 
 QWidget* PanelFrame::makeBody()
 {
-    scroll_ = new QScrollArea;
+    scroll_ = new QScrollArea(root_);
     scroll_->setFrameShape(QFrame::NoFrame);
     scroll_->setWidgetResizable(true);
     scroll_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     scroll_->setFocusPolicy(Qt::NoFocus);
+    scroll_->setMinimumHeight(lowestBody);
     scroll_->setWidget(new QWidget);
+    root_->setScrollArea(scroll_);
+    // Owned by the root.
+    new SlimScrollBar(*scroll_);
     return scroll_;
+}
+
+QWidget* PanelFrame::makeFooter() const
+{
+    const Settings& settings = state_.settings;
+    const std::string hotkey = settings.hotkeyCleared ? "none" : settings.hotkey.display();
+    return new ZOLFooterLine(
+        { .keys = utf16(fmt::format("1–8 tabs · 9 settings · / keys · {} toggle", hotkey)),
+            .status = utf16(fmt::format("{} · on this Mac · refreshes while open", appVersion)),
+            .theme = new ZOLThemeButton(OstrelStyle::theme(services_.defaults), actions_.setTheme),
+            .apps = actions_.openCatalogue },
+        contentWidth);
 }
 
 bool PanelFrame::shown() const { return root_ && root_->isVisible(); }
 
 void PanelFrame::renderBody()
 {
-    lastBodyRenderAt_ = clock_.now();
+    lastBodyRenderAt_ = services_.clock.now();
     if (!scroll_)
         return;
     live_.clear();
     const int scrolledTo = scroll_->verticalScrollBar()->value();
+    const auto focus = FocusMemory::of(*scroll_->widget());
     scroll_->setUpdatesEnabled(false);
     auto* page = new QWidget;
     auto* body = new QVBoxLayout(page);
     body->setContentsMargins(0, 0, 0, 0);
     body->setSpacing(0);
-    const BodyChoice choice
-        = chooseBody(mode_, state_.snapshots.lastData(), state_.snapshots.backendLastSource());
-    if (!choice.readout.empty())
-        set(choice.readout);
-    renderScreen(*body, choice.screen);
+    fillBody(*body);
     body->addStretch(1);
-    // A rebuild usually runs inside a handler of one of the old body's own controls.
-    if (QWidget* old = scroll_->takeWidget())
-        old->deleteLater();
+    if (focus)
+        root_->setFocus();
+    retired_->retire(scroll_->takeWidget());
     scroll_->setWidget(page);
-    if (afterRender_)
-        afterRender_();
+    if (focus)
+        (void)focus->restore(*page);
+    if (actions_.rendered)
+        actions_.rendered();
     page->layout()->activate();
     scroll_->setUpdatesEnabled(true);
     scroll_->verticalScrollBar()->setValue(scrolledTo);
+    if (const auto before = std::exchange(scrollToRestore_, std::nullopt))
+        scrollBody(*before);
+}
+
+void PanelFrame::fillBody(QVBoxLayout& body)
+{
+    const auto& data = state_.snapshots.lastData();
+    const BodyChoice choice = chooseBody(mode_, data, state_.snapshots.backendLastSource());
+    if (!choice.readout.empty())
+        set(choice.readout);
+    renderNotice(body, choice.screen, state_.snapshots.backendState(),
+        [&snapshots = state_.snapshots] { snapshots.fetchPythonData(); });
+    if (choice.screen != BodyScreen::tab && choice.screen != BodyScreen::stale)
+        return;
+    switch (mode_) {
+    case OstrelMode::overview:
+        return renderOverview(body, state_, live_);
+    case OstrelMode::processes:
+        return renderProcesses(body, *data);
+    case OstrelMode::server:
+    case OstrelMode::settings:
+        // These own the readout.
+        set(words(mode_).hint);
+        break;
+    default:
+        break;
+    }
+    renderUnbuilt(body, mode_);
 }
 
 void PanelFrame::renderBodyThrottled(bool force)
 {
-    if (force || lastBodyRenderAt_ == platform::distantPast || clock_.now() - lastBodyRenderAt_ > throttle)
+    if (force || lastBodyRenderAt_ == platform::distantPast
+        || services_.clock.now() - lastBodyRenderAt_ > throttle)
         renderBody();
 }
 
 void PanelFrame::switchMode(OstrelMode mode)
 {
-    if (std::ranges::find(builtModes, mode) == builtModes.end())
-        return;
-    const bool forward = mode_ <= mode;
+    const bool forward = index(mode_) <= index(mode);
     mode_ = mode;
-    for (std::size_t tab = 0; tab < tabs_.size(); ++tab)
-        tabs_[tab]->setActive(builtModes[tab] == mode);
+    if (strip_ && mode == OstrelMode::settings)
+        strip_->selectNone();
+    else if (strip_)
+        strip_->select(idOf(mode));
+    if (header_)
+        header_->settingsButton()->setActive(mode == OstrelMode::settings);
     if (scroll_)
-        shaperTabTransition(*scroll_, forward, motion_.reduceMotion());
+        shaperTabTransition(*scroll_, forward, services_.motion.reduceMotion());
     renderBody();
-    if (scroll_)
-        scroll_->verticalScrollBar()->setValue(0);
-    refresh();
+    scrollBody(0);
 }
 
-void PanelFrame::renderScreen(QVBoxLayout& body, BodyScreen screen)
+void PanelFrame::scrollBody(int place)
 {
-    const std::string& state = state_.snapshots.backendState();
-    switch (screen) {
-    case BodyScreen::loading:
-        renderNotice(body, "Reading this Mac…",
-            "Memory, process and session counts will appear when the local snapshot completes.", false);
-        break;
-    case BodyScreen::error:
-        renderNotice(body, "Snapshot unavailable", state, true);
-        break;
-    case BodyScreen::empty:
-        renderNotice(
-            body, "No snapshot yet", "Refresh to collect memory, process and session readings.", true);
-        break;
-    case BodyScreen::stale: {
-        const auto notice = fmt::format("Showing the last successful reading. {}", state);
-        body.addWidget(wrappingLabel(utf16(notice), 11, QFont::Normal, OstrelStyle::red, contentWidth));
-        renderNotice(body, {}, {}, true);
-        renderTab(body);
-        break;
-    }
-    case BodyScreen::tab:
-        renderTab(body);
-        break;
-    }
-}
-
-void PanelFrame::renderNotice(QVBoxLayout& body, std::string_view title, std::string_view text, bool retry)
-{
-    if (!title.empty())
-        body.addWidget(wrappingLabel(utf16(title), 16, QFont::DemiBold, OstrelStyle::ink, contentWidth));
-    if (!text.empty())
-        body.addWidget(wrappingLabel(utf16(text), 11, QFont::Normal, OstrelStyle::muted, contentWidth));
-    if (!retry)
+    if (!scroll_)
         return;
-    auto* button = ostrelTip(
-        new OstrelButton("retry snapshot", retryWidth, [this] { state_.snapshots.fetchPythonData(); }),
-        "read the process snapshot again; nothing is stopped or changed");
-    body.addSpacing(spacing);
-    body.addWidget(button);
-    body.addSpacing(spacing);
+    scroll_->verticalScrollBar()->setValue(place);
+    // Once more when the new body has been laid out.
+    services_.motion.mainQueue.post([scroll = scroll_, place] {
+        if (scroll)
+            scroll->verticalScrollBar()->setValue(place);
+    });
 }
 
-void PanelFrame::renderTab(QVBoxLayout& body)
+void PanelFrame::takeKeys()
 {
-    const auto& data = state_.snapshots.lastData();
-    if (mode_ == OstrelMode::processes && data)
-        renderProcesses(body, *data);
-    else
-        renderOverview(body, state_, live_);
+    if (!root_)
+        return;
+    const auto remembered = std::exchange(focusToRestore_, std::nullopt);
+    if (!remembered || !remembered->restore(*root_))
+        root_->setFocus();
+}
+
+void PanelFrame::showPinned(bool pinned)
+{
+    if (header_ && header_->pinButton())
+        header_->pinButton()->setPinned(pinned);
+}
+
+void PanelFrame::showHelpOverlay()
+{
+    if (!root_ || dismissHelpOverlay(true))
+        return;
+    // Owned by the root.
+    new HelpOverlay(*root_, [this] { dismissHelpOverlay(true); });
+}
+
+bool PanelFrame::dismissHelpOverlay(bool animated)
+{
+    const auto overlays = root_
+        ? root_->findChildren<QWidget*>(QLatin1String(HelpOverlay::identifier), Qt::FindDirectChildrenOnly)
+        : QList<QWidget*>();
+    for (QWidget* overlay : overlays)
+        static_cast<HelpOverlay*>(overlay)->leave(animated && !services_.motion.reduceMotion());
+    return !overlays.isEmpty();
 }
 
 void PanelFrame::set(std::string_view text) { showReadout(text, OstrelStyle::ink); }

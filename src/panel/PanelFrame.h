@@ -5,74 +5,102 @@
 #include "core/Readout.h"
 #include "design/MotionServices.h"
 #include "design/ThemedColor.h"
-#include "panel/BodyScreen.h"
+#include "design/ZOLThemePolicy.h"
+#include "panel/FocusMemory.h"
 #include "panel/LiveRegistry.h"
-#include "panel/PanelRootView.h"
+#include "panel/PanelContent.h"
 #include "panel/PanelState.h"
+#include "platform/Alerts.h"
 #include "platform/Clock.h"
+
+#include <QPointer>
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string_view>
-#include <vector>
 
 class QScrollArea;
 class QVBoxLayout;
 
 namespace ostrel {
 
-class ZOLShellButton;
+class PanelRootView;
+class RetiredViews;
+class ZOLAppHeader;
 class ZOLShellLabel;
+class ZOLTabStrip;
 
 /// The panel's one frame: header, tab strip, readout, scrolling body, footer. The body is built anew from
 /// state at each `renderBody`; before `makeContent` every call changes state only. Main thread.
-class PanelFrame final : public PanelBody, public Readout {
+class PanelFrame final : public PanelBody, public Readout, public PanelContent {
 public:
-    static constexpr int panelWidth = 760;
-    static constexpr int panelHeight = 700;
-    static constexpr int contentWidth = 728;
+    struct Services {
+        const platform::Clock& clock;
+        MotionServices motion;
+        const platform::Alerts& alerts;
+        const platform::UserDefaults& defaults; ///< holds the theme
+    };
 
-    PanelFrame(const PanelState& state, const platform::Clock& clock, const MotionServices& motion,
-        LiveRegistry& live);
+    /// What the frame's controls lead to. Each must be there before `makeContent`.
+    struct Actions {
+        std::function<void(std::string_view reason)> close;
+        std::function<void(bool)> setPinned;
+        std::function<void(ZOLThemePolicy::Mode)> setTheme;
+        std::function<void()> openCatalogue;
+        std::function<void()> rendered; ///< after each rebuild, to fill in the live values
+    };
+
+    PanelFrame(const PanelState& state, const Services& services, LiveRegistry& live);
     ~PanelFrame() override;
 
-    /// Builds the frame; `close` gets the reason. The application object must exist.
-    void makeContent(ZOLThemePolicy::Mode theme, std::function<void(std::string_view)> close);
-    /// The frame's window; null before `makeContent`.
-    [[nodiscard]] QWidget* rootView() const { return root_.get(); }
-    /// Called after each rebuild, to fill in the live values.
-    void setAfterRender(std::function<void()> afterRender);
+    void setActions(Actions actions);
+
+    /// The frame; null before `makeContent` and once its owner has dropped it.
+    [[nodiscard]] QWidget* rootView() const;
+
+    [[nodiscard]] QWidget* makeContent() override;
+    void renderBody() override;
+    void takeKeys() override;
+    void showPinned(bool pinned) override;
+    bool dismissHelpOverlay(bool animated) override;
 
     [[nodiscard]] OstrelMode mode() const override { return mode_; }
     [[nodiscard]] bool shown() const override;
-    void renderBody() override;
     void renderBodyThrottled(bool force) override;
     void switchMode(OstrelMode mode) override;
 
     void set(std::string_view text) override;
     void refresh() override;
 
+    /// Shows the overlay with the panel's keys, or takes it away.
+    void showHelpOverlay();
+
 private:
-    [[nodiscard]] QWidget* makeHeader(std::function<void(std::string_view)> close) const;
-    [[nodiscard]] QWidget* makeFooter() const;
+    [[nodiscard]] QWidget* makeHeader();
+    void installHeaderCharacter(ZOLAppHeader& header) const;
     [[nodiscard]] QWidget* makeStrip();
     [[nodiscard]] QWidget* makeBody();
-    void renderScreen(QVBoxLayout& body, BodyScreen screen);
-    void renderNotice(QVBoxLayout& body, std::string_view title, std::string_view text, bool retry);
-    void renderTab(QVBoxLayout& body);
+    [[nodiscard]] QWidget* makeFooter() const;
+    void fillBody(QVBoxLayout& body);
+    void scrollBody(int place);
     void showReadout(std::string_view text, const ThemedColor& color);
 
     PanelState state_;
-    const platform::Clock& clock_;
-    MotionServices motion_;
+    Services services_;
+    Actions actions_;
     LiveRegistry& live_;
     OstrelMode mode_ = OstrelMode::overview;
     platform::Instant lastBodyRenderAt_ = platform::distantPast;
-    std::function<void()> afterRender_;
-    std::unique_ptr<PanelRootView> root_;
-    std::vector<ZOLShellButton*> tabs_;
-    ZOLShellLabel* readout_ = nullptr;
-    QScrollArea* scroll_ = nullptr;
+    std::unique_ptr<RetiredViews> retired_;
+    // Of the frame before the present one, until this one is drawn and has the keyboard.
+    std::optional<FocusMemory> focusToRestore_;
+    std::optional<int> scrollToRestore_;
+    QPointer<PanelRootView> root_;
+    QPointer<ZOLAppHeader> header_;
+    QPointer<ZOLTabStrip> strip_;
+    QPointer<ZOLShellLabel> readout_;
+    QPointer<QScrollArea> scroll_;
 };
 
 } // namespace ostrel

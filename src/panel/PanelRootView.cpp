@@ -3,20 +3,59 @@
 
 #include "design/Appearance.h"
 #include "design/OstrelStyle.h"
+#include "design/Paint.h"
+#include "panel/PanelKeys.h"
+#include "panel/PanelSize.h"
 
-#include <QCloseEvent>
 #include <QKeyEvent>
 #include <QPainter>
+#include <QScrollArea>
+#include <QScrollBar>
 
+#include <optional>
+#include <string>
 #include <utility>
 
 namespace ostrel {
 
-PanelRootView::PanelRootView(Actions actions)
-    : QWidget(nullptr, Qt::Tool | Qt::FramelessWindowHint)
-    , actions_(std::move(actions))
+namespace {
+
+/// What the key types without control, option and command: those turn a letter into nothing, or into a
+/// control character.
+std::string characters(const QKeyEvent& event)
 {
-    setWindowTitle("OSTREL");
+    const int key = event.key();
+    // Below the toolkit's own keys, a key's number is the character on it.
+    return key > 0 && key < 0x80 ? QString(QChar(key)).toLower().toStdString() : std::string();
+}
+
+bool takesText(const QWidget* view) { return view && view->testAttribute(Qt::WA_InputMethodEnabled); }
+
+std::optional<QAbstractSlider::SliderAction> sliderAction(int key)
+{
+    switch (key) {
+    case Qt::Key_Up:
+        return QAbstractSlider::SliderSingleStepSub;
+    case Qt::Key_Down:
+        return QAbstractSlider::SliderSingleStepAdd;
+    case Qt::Key_PageUp:
+        return QAbstractSlider::SliderPageStepSub;
+    case Qt::Key_PageDown:
+        return QAbstractSlider::SliderPageStepAdd;
+    case Qt::Key_Home:
+        return QAbstractSlider::SliderToMinimum;
+    case Qt::Key_End:
+        return QAbstractSlider::SliderToMaximum;
+    default:
+        return std::nullopt;
+    }
+}
+
+} // namespace
+
+PanelRootView::PanelRootView(Actions actions)
+    : actions_(std::move(actions))
+{
     setAccessibleName("OSTREL");
     setFocusPolicy(Qt::StrongFocus);
 }
@@ -24,31 +63,49 @@ PanelRootView::PanelRootView(Actions actions)
 void PanelRootView::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
-    painter.fillRect(rect(), resolved(OstrelStyle::bg, *this));
-    painter.setPen(resolved(OstrelStyle::hair, *this));
-    painter.drawRect(rect().adjusted(0, 0, -1, -1));
+    const Color ground = OstrelStyle::bg.in(appearanceOf(*this));
+    // A window that can't be seen through is cut to shape, and must have no blended pixels at the cut.
+    if (!window()->testAttribute(Qt::WA_TranslucentBackground))
+        painter.fillRect(rect(), qColor(ground));
+    else
+        fillRounded(painter, QRectF(rect()), panelCornerRadius, ground);
+    outlineRounded(
+        painter, QRectF(rect()), panelCornerRadius - 0.5, OstrelStyle::hair.in(appearanceOf(*this)));
 }
 
 void PanelRootView::keyPressEvent(QKeyEvent* event)
 {
-    constexpr auto chords = Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier;
-    const bool plain = !(event->modifiers() & chords);
-    const int digit = event->key() - Qt::Key_1;
-    if (event->key() == Qt::Key_Escape)
-        actions_.close("esc");
-    else if (event->key() == Qt::Key_W && (event->modifiers() & (Qt::ControlModifier | Qt::MetaModifier)))
-        actions_.close("cmd-w");
-    else if (plain && digit >= 0 && digit < static_cast<int>(ostrelModeCount))
-        actions_.switchMode(ostrelModes()[static_cast<std::size_t>(digit)].mode);
-    else
+    const std::string typed = characters(*event);
+    const Qt::KeyboardModifiers held = event->modifiers();
+    const PanelKeyAction action = panelKeyAction({ .characters = typed,
+        .escape = event->key() == Qt::Key_Escape,
+        .control = held.testFlag(Qt::ControlModifier),
+        .option = held.testFlag(Qt::AltModifier),
+        .command = held.testFlag(Qt::MetaModifier),
+        .inTextField = takesText(focusWidget()) });
+    switch (action.kind) {
+    case PanelKeyAction::Kind::escape:
+        return actions_.escape(action.reason);
+    case PanelKeyAction::Kind::close:
+        return actions_.close(action.reason);
+    case PanelKeyAction::Kind::help:
+        return actions_.help();
+    case PanelKeyAction::Kind::tab:
+        return actions_.switchMode(action.mode);
+    case PanelKeyAction::Kind::none:
+        break;
+    }
+    if (!scrolls(event->key()))
         QWidget::keyPressEvent(event);
 }
 
-void PanelRootView::closeEvent(QCloseEvent* event)
+bool PanelRootView::scrolls(int key)
 {
-    // The window is kept for the next opening; closing it is the panel's to decide.
-    event->ignore();
-    actions_.close("x");
+    const auto step = sliderAction(key);
+    if (!step || !scroll_)
+        return false;
+    scroll_->verticalScrollBar()->triggerAction(*step);
+    return true;
 }
 
 } // namespace ostrel

@@ -3,9 +3,13 @@
 
 #include "app/PlatformServices.h"
 
+#include "support/FakeAlerts.h"
 #include "support/FakeMachine.h"
 #include "support/FakeOcclusion.h"
+#include "support/FakePopovers.h"
+#include "support/FakeScreens.h"
 #include "support/FakeStatusBar.h"
+#include "support/FakeSurfaceHosts.h"
 #include "support/FakeWorkspace.h"
 
 #include <map>
@@ -34,7 +38,7 @@ struct FakePlatform : FakeMachine {
     [[nodiscard]] ostrel::PlatformServices services()
     {
         return { kernel, machine, children, defaults, files, bundle, time, time, time, globalQueue, statusBar,
-            notifications, workspace, occlusion, [this] { ++quits; } };
+            notifications, workspace, occlusion, popovers, mouse, screens, alerts, [this] { ++quits; } };
     }
 
     Machine machine;
@@ -42,5 +46,9 @@ struct FakePlatform : FakeMachine {
     Notifications notifications;
     FakeWorkspace workspace;
     FakeOcclusion occlusion;
+    FakePopovers popovers;
+    FakeSurfaceHosts mouse;
+    FakeScreens screens;
+    FakeAlerts alerts;
     int quits = 0;
 };

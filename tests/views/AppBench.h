@@ -10,11 +10,23 @@
 #include <QStringList>
 #include <QWidget>
 
+#include <memory>
 #include <string>
 
 /// The application over a fake platform, and what is to be read in its panel.
 struct AppBench : FakePlatform {
-    AppBench() { bundle.resources.emplace("collectors/ostrel.py", "/opt/ostrel.py"); }
+    AppBench()
+    {
+        bundle.resources.emplace("collectors/ostrel.py", "/opt/ostrel.py");
+        // The popover's view stands on its own.
+        popovers.onView = [this](QWidget* view) {
+            if (view_)
+                view_.release()->deleteLater();
+            view_.reset(view);
+            view->setVisible(popovers.open);
+        };
+        popovers.onShown = [this](bool shown) { view_->setVisible(shown); };
+    }
 
     /// Lets the fetch that waits, or a new one, be answered by the script with this text, or a failure that
     /// says so.
@@ -47,6 +59,9 @@ struct AppBench : FakePlatform {
     }
 
     ostrel::AppDelegate delegate { services() };
+
+private:
+    std::unique_ptr<QWidget> view_;
 };
 
 /// A snapshot with that many processes.

@@ -1,16 +1,23 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "views/AppBench.h"
 
-#include "design/controls/PaintedButton.h"
-#include "panel/PanelRootView.h"
+#include "design/Appearance.h"
+#include "design/controls/ZOLShellButton.h"
+#include "design/controls/ZOLTabStrip.h"
+#include "panel/SlimScrollBar.h"
 
 #include "support/QtEnvironment.h"
 
 #include <QKeyEvent>
+#include <QLineEdit>
+#include <QMouseEvent>
+#include <QPointer>
 #include <QScrollArea>
 #include <QScrollBar>
 
+#include <functional>
 #include <string>
+#include <string_view>
 #include <tuple>
 #include <utility>
 #include <vector>
@@ -21,13 +28,36 @@ namespace {
 
 using namespace ostrel;
 
+/// The first view of that kind; the toolkit's own search doesn't know our kinds.
+template <typename View> View* find(const QWidget& root)
+{
+    for (QWidget* view : root.findChildren<QWidget*>())
+        if (auto* found = dynamic_cast<View*>(view))
+            return found;
+    return nullptr;
+}
+
 /// The application with its panel on screen.
 struct OpenPanel : AppBench {
     OpenPanel() { delegate.applicationDidFinishLaunching(false); }
 
     [[nodiscard]] QScrollBar& scrollBar() { return *root().findChild<QScrollArea*>()->verticalScrollBar(); }
+    [[nodiscard]] ZOLTabStrip& strip() { return *find<ZOLTabStrip>(root()); }
+    [[nodiscard]] QWidget* overlay() { return root().findChild<QWidget*>("help-overlay"); }
+    /// The reason kept for the last close.
+    [[nodiscard]] std::string reason()
+    {
+        const std::string text = defaults.text(PanelController::lastCloseKey).value_or("");
+        return text.substr(0, text.find(' '));
+    }
     [[nodiscard]] QWidget* page() { return root().findChild<QScrollArea*>()->widget(); }
 };
+
+void mouse(QWidget& widget, QEvent::Type type, QPointF at)
+{
+    QMouseEvent event(type, at, at, Qt::LeftButton, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(&widget, &event);
+}
 
 void press(QWidget& widget, int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
 {
@@ -35,60 +65,246 @@ void press(QWidget& widget, int key, Qt::KeyboardModifiers modifiers = Qt::NoMod
     QCoreApplication::sendEvent(&widget, &event);
 }
 
-TEST(PanelRootView, KeysReachTheTabsAndCloseThePanel)
+/// A view over the body that a text can be typed into.
+QLineEdit& addTextField(QWidget& root)
 {
-    constexpr auto plain = Qt::NoModifier;
-    const std::tuple<int, Qt::KeyboardModifiers, const char*> cases[] { { Qt::Key_1, plain, "dashboard" },
-        { Qt::Key_2, plain, "system" }, { Qt::Key_3, plain, "processes" },
-        { Qt::Key_4, Qt::KeypadModifier, "agents" }, { Qt::Key_5, plain, "insights" },
-        { Qt::Key_6, Qt::ShiftModifier, "cleanup" }, { Qt::Key_7, plain, "automations" },
-        { Qt::Key_8, plain, "server" }, { Qt::Key_9, plain, "settings" }, { Qt::Key_0, plain, "" },
-        { Qt::Key_3, Qt::ControlModifier, "" }, { Qt::Key_Escape, plain, "close esc" },
-        { Qt::Key_W, Qt::MetaModifier, "close cmd-w" }, { Qt::Key_W, Qt::ControlModifier, "close cmd-w" },
-        { Qt::Key_W, plain, "" } };
-    std::string heard;
-    PanelRootView view({ .switchMode = [&](OstrelMode mode) { heard = words(mode).title; },
-        .close = [&](std::string_view reason) { heard = "close " + std::string(reason); } });
-    for (const auto& [key, modifiers, expected] : cases) {
-        heard.clear();
-        press(view, key, modifiers);
-        EXPECT_EQ(heard, expected) << key << " " << modifiers.toInt();
-    }
+    auto* field = new QLineEdit(root.findChild<QScrollArea*>()->widget());
+    field->show();
+    field->setFocus();
+    return *field;
 }
 
-TEST(PanelFrame, IsOneFixedFrameWithItsTabsInOrder)
+/// The tab that is shown as the chosen one; empty for none.
+QString chosenTab(OpenPanel& panel)
+{
+    for (const auto& [id, tab] : panel.strip().buttons())
+        if (tab->isActive())
+            return QString::fromStdString(id);
+    return {};
+}
+
+TEST(PanelFrame, IsOneFrameWithEightTabsInOrderAndTheNinthBehindTheHeadersButton)
 {
     OpenPanel panel;
     EXPECT_EQ(panel.root().size(), QSize(760, 700));
-    EXPECT_EQ(panel.root().minimumSize(), panel.root().maximumSize());
-    EXPECT_LE(panel.page()->width(), 728);
     int last = -1;
     for (const OstrelModeWords& mode : ostrelModes()) {
-        QAbstractButton* tab = panel.button(QString::fromStdString(std::string(mode.title)));
-        if (!tab || mode.mode == OstrelMode::settings)
+        const int key = static_cast<int>(index(mode.mode)) + 1;
+        press(panel.root(), Qt::Key_0 + key);
+        EXPECT_EQ(panel.delegate.frame().mode(), mode.mode);
+        QAbstractButton* settings = panel.button("settings");
+        ASSERT_TRUE(settings);
+        EXPECT_EQ(dynamic_cast<PaintedButton&>(*settings).isActive(), key == 9);
+        if (key == 9) {
+            EXPECT_EQ(chosenTab(panel), "");
             continue;
-        EXPECT_EQ(tab->toolTip().toStdString(), mode.hint);
-        const int left = tab->mapTo(&panel.root(), QPoint(0, 0)).x();
-        EXPECT_GT(left, last) << mode.title;
-        last = left;
-        tab->click();
-        EXPECT_TRUE(dynamic_cast<PaintedButton&>(*tab).isActive()) << mode.title;
+        }
+        EXPECT_EQ(chosenTab(panel).toStdString(), mode.title);
+        const ZOLShellButton& tab = *panel.strip().buttons().at(std::string(mode.title));
+        EXPECT_EQ(tab.toolTip().toStdString(), std::string(mode.hint) + " · key " + std::to_string(key));
+        const QRect place(tab.mapTo(&panel.root(), QPoint()), tab.size());
+        EXPECT_GT(place.left(), last) << mode.title;
+        EXPECT_LE(place.right(), 744) << mode.title;
+        last = place.left();
     }
-    for (const char* tab : { "dashboard", "processes" })
-        EXPECT_TRUE(panel.button(tab)) << tab;
+    panel.strip().buttons().at("server")->click();
+    EXPECT_EQ(panel.delegate.frame().mode(), OstrelMode::server);
+    press(panel.root(), Qt::Key_0);
+    press(panel.root(), Qt::Key_3, Qt::ControlModifier);
+    press(panel.root(), Qt::Key_3, Qt::MetaModifier);
+    EXPECT_EQ(panel.delegate.frame().mode(), OstrelMode::server) << "no tab's key";
+    press(panel.root(), Qt::Key_4, Qt::KeypadModifier);
+    EXPECT_EQ(panel.delegate.frame().mode(), OstrelMode::sessions);
 }
 
-TEST(PanelFrame, ItsTabOutlivesAClosingAndTheDesktopsClosingIsOneLikeAnyOther)
+TEST(PanelFrame, KeysAndButtonsCloseItAndATabOutlivesAClosing)
+{
+    using Close = std::function<void(OpenPanel&)>;
+    const auto key = [](int code, Qt::KeyboardModifiers held) {
+        return [code, held](OpenPanel& panel) { press(panel.root(), code, held); };
+    };
+    const std::pair<const char*, Close> cases[] { { "esc", key(Qt::Key_Escape, Qt::NoModifier) },
+        { "cmd-w", key(Qt::Key_W, Qt::MetaModifier) }, { "cmd-w", key(Qt::Key_W, Qt::ControlModifier) },
+        { "x", [](OpenPanel& panel) { panel.button("close panel")->click(); } },
+        { "esc-field", [](OpenPanel& panel) { press(addTextField(panel.root()), Qt::Key_Escape); } } };
+    for (const auto& [reason, closes] : cases) {
+        OpenPanel panel;
+        press(panel.root(), Qt::Key_3);
+        closes(panel);
+        EXPECT_FALSE(panel.delegate.frame().shown()) << reason;
+        EXPECT_EQ(panel.reason(), reason);
+        EXPECT_EQ(panel.time.timers(), 1) << "the panel's timer has gone";
+        panel.delegate.panel().toggle();
+        EXPECT_TRUE(panel.delegate.frame().shown());
+        EXPECT_EQ(panel.delegate.frame().mode(), OstrelMode::processes);
+    }
+}
+
+TEST(PanelFrame, WhatIsTypedIntoAFieldIsTheFieldsOwn)
 {
     OpenPanel panel;
-    press(panel.root(), Qt::Key_3);
+    QLineEdit& field = addTextField(panel.root());
+    for (const auto& [key, text] :
+        { std::pair(Qt::Key_3, "3"), { Qt::Key_Slash, "/" }, { Qt::Key_W, "w" } }) {
+        QKeyEvent event(QEvent::KeyPress, key, Qt::NoModifier, text);
+        QCoreApplication::sendEvent(&field, &event);
+    }
+    press(field, Qt::Key_W, Qt::ControlModifier);
+    EXPECT_EQ(field.text(), "3/w");
+    EXPECT_EQ(panel.delegate.frame().mode(), OstrelMode::overview);
+    EXPECT_TRUE(panel.delegate.frame().shown());
+    EXPECT_FALSE(panel.overlay());
+}
+
+TEST(PanelFrame, TheHelpComesAndGoesAndEscapeTakesItAwayFirst)
+{
+    OpenPanel panel;
+    panel.workspace.setReduceMotion(true);
+    press(panel.root(), Qt::Key_Slash);
+    ASSERT_TRUE(panel.overlay());
+    EXPECT_EQ(panel.overlay()->accessibleName(), "panel keys help – press escape or click to close");
+    EXPECT_EQ(panel.overlay()->geometry().center(), panel.root().rect().center());
+    EXPECT_TRUE(panel.texts().contains("6    cleanup"));
+    press(panel.root(), Qt::Key_Question, Qt::ShiftModifier);
+    EXPECT_FALSE(panel.overlay()) << "the same key again";
+    press(panel.root(), Qt::Key_Slash);
     press(panel.root(), Qt::Key_Escape);
-    panel.delegate.panel().toggle();
-    EXPECT_EQ(panel.delegate.frame().mode(), OstrelMode::processes);
-    panel.root().close();
-    EXPECT_EQ(panel.time.timers(), 1) << "the panel's timer has gone";
-    panel.delegate.panel().toggle();
-    EXPECT_TRUE(panel.delegate.frame().shown()) << "the window is kept";
+    EXPECT_FALSE(panel.overlay());
+    EXPECT_TRUE(panel.delegate.frame().shown());
+    press(panel.root(), Qt::Key_Slash);
+    mouse(*panel.overlay(), QEvent::MouseButtonPress, { 5, 5 });
+    mouse(*panel.overlay(), QEvent::MouseButtonRelease, { 5, 5 });
+    EXPECT_FALSE(panel.overlay());
+    press(panel.root(), Qt::Key_Slash);
+    panel.delegate.panel().close("x");
+    EXPECT_FALSE(panel.overlay()) << "a closed panel keeps no help";
+    panel.delegate.panel().show();
+
+    panel.workspace.setReduceMotion(false);
+    press(panel.root(), Qt::Key_Slash);
+    press(panel.root(), Qt::Key_Escape);
+    EXPECT_TRUE(panel.overlay()) << "it fades";
+    EXPECT_TRUE(spinUntil([&] { return !panel.overlay(); }));
+    press(panel.root(), Qt::Key_Escape);
+    EXPECT_FALSE(panel.delegate.frame().shown());
+}
+
+TEST(PanelFrame, ThePinIsOneForButtonStoreAndSurface)
+{
+    OpenPanel panel;
+    EXPECT_EQ(panel.mouse.monitors.count(), 1);
+    panel.button("pin panel open")->click();
+    EXPECT_EQ(panel.defaults.boolean(Settings::pinKey), true);
+    EXPECT_EQ(panel.mouse.monitors.count(), 0);
+    panel.delegate.panel().setPinned(false);
+    EXPECT_TRUE(panel.button("pin panel open")) << "the button follows";
+}
+
+/// The panel's ground, away from everything on it.
+QColor ground(QWidget& root) { return root.grab().toImage().pixelColor(2, root.height() / 2); }
+
+TEST(PanelFrame, AThemeIsCarriedOutWhateverTheDesktopsOwnAndKeepsTabPlaceAndKeyboard)
+{
+    OpenPanel panel;
+    panel.fetch(snapshotText(60));
+    press(panel.root(), Qt::Key_3);
+    QCoreApplication::processEvents();
+    panel.scrollBar().setValue(40);
+    EXPECT_GT(ground(panel.root()).redF(), 0.9);
+    for (const char* name : { "white theme, switch to black", "black theme, switch to white" }) {
+        const bool toDark = std::string_view(name).starts_with("white");
+        QWidget* const before = &panel.root();
+        panel.root().window()->activateWindow();
+        panel.button(name)->setFocus();
+        panel.button(name)->click();
+        ASSERT_NE(&panel.root(), before) << "built anew";
+        QApplication::setPalette(
+            ZOLThemePolicy::appearance(toDark ? ZOLThemePolicy::Mode::light : ZOLThemePolicy::Mode::dark));
+        EXPECT_EQ(ground(panel.root()).redF() < 0.2, toDark);
+        EXPECT_EQ(panel.defaults.text("dev.quent.ostrel.theme"), toDark ? "dark" : "light");
+        EXPECT_EQ(chosenTab(panel), "processes");
+        EXPECT_TRUE(panel.delegate.frame().shown());
+        QCoreApplication::processEvents();
+        panel.time.advance(platform::Seconds(0.01));
+        EXPECT_EQ(panel.scrollBar().value(), 40);
+        EXPECT_EQ(panel.root().focusWidget()->accessibleName(),
+            toDark ? "black theme, switch to white" : "white theme, switch to black");
+    }
+}
+
+TEST(PanelFrame, ABodyThatIsBuiltAnewKeepsTheKeyboardOnTheSameControl)
+{
+    OpenPanel panel;
+    panel.fetch("", "the script failed");
+    QAbstractButton* retry = panel.button("retry snapshot");
+    ASSERT_TRUE(retry);
+    retry->setFocus();
+    panel.delegate.frame().renderBody();
+    ASSERT_NE(panel.button("retry snapshot"), retry);
+    EXPECT_EQ(panel.root().focusWidget(), panel.button("retry snapshot"));
+    press(panel.root(), Qt::Key_9);
+    EXPECT_EQ(panel.root().focusWidget(), &panel.root()) << "there is no such control";
+}
+
+TEST(PanelFrame, AnOldBodyGoesInALaterTurnAndNotWhileAQuestionIsUp)
+{
+    OpenPanel panel;
+    const auto rebuild = [&] {
+        const QPointer<QWidget> old = panel.page();
+        panel.delegate.frame().renderBody();
+        EXPECT_TRUE(old) << "one of its handlers may be at work";
+        return old;
+    };
+    QPointer<QWidget> old = rebuild();
+    panel.time.advance(platform::Seconds(0.01));
+    EXPECT_FALSE(old);
+    panel.alerts.up = true;
+    old = rebuild();
+    panel.time.advance(platform::Seconds(2));
+    EXPECT_TRUE(old);
+    panel.alerts.up = false;
+    panel.time.advance(platform::Seconds(1));
+    EXPECT_FALSE(old);
+}
+
+TEST(PanelFrame, ATabThatIsNotThereSaysSoAndTheLineAboveBelongsToServerAndSettings)
+{
+    OpenPanel panel;
+    panel.fetch(snapshotText(1));
+    const std::pair<int, const char*> cases[] { { Qt::Key_2, "system: this version has no such tab yet." },
+        { Qt::Key_4, "agents: this version has no such tab yet." },
+        { Qt::Key_8, "server: this version has no such tab yet." } };
+    for (const auto& [key, text] : cases) {
+        press(panel.root(), key);
+        EXPECT_TRUE(panel.texts().contains(text)) << text;
+    }
+    panel.delegate.frame().refresh();
+    EXPECT_TRUE(panel.texts().contains("remote capacity and the tasks you send there"));
+    press(panel.root(), Qt::Key_7);
+    EXPECT_TRUE(panel.texts().contains("every scheduler on this Mac and the server, one list"));
+    panel.button("apps ↗")->click();
+    EXPECT_EQ(panel.workspace.opened.size(), 1U);
+}
+
+TEST(PanelFrame, ALongListIsScrolledByKeysAndByTheSlimBarBesideIt)
+{
+    OpenPanel panel;
+    panel.fetch(snapshotText(60));
+    auto& slim = *find<SlimScrollBar>(panel.root());
+    EXPECT_FALSE(slim.isVisible()) << "everything fits";
+    press(panel.root(), Qt::Key_3);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(panel.page()->width(), 728);
+    ASSERT_TRUE(slim.isVisible());
+    EXPECT_GE(slim.x(), 744);
+    EXPECT_LE(slim.geometry().right(), 760);
+    press(panel.root(), Qt::Key_End);
+    EXPECT_EQ(panel.scrollBar().value(), panel.scrollBar().maximum());
+    press(panel.root(), Qt::Key_Home);
+    mouse(slim, QEvent::MouseButtonPress, { 5, 5 });
+    mouse(slim, QEvent::MouseMove, QPointF(5, 5 + slim.height()));
+    mouse(slim, QEvent::MouseButtonRelease, { 5, 5 });
+    EXPECT_EQ(panel.scrollBar().value(), panel.scrollBar().maximum());
 }
 
 TEST(PanelFrame, SaysWhatIsMissingAndOffersToRetry)
