@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/qt/DisplayFacts.h"
+
+#include "platform/qt/Xcb.h"
+
+#include <cstdint>
+#include <cstdlib>
+#include <string_view>
+
+namespace platform {
+
+bool hasCompositor(xcb_connection_t* connection)
+{
+    const xcb_atom_t selection = internAtoms(connection, { "_NET_WM_CM_S0" })[0];
+    const XcbReply<xcb_get_selection_owner_reply_t> reply(
+        xcb_get_selection_owner_reply(connection, xcb_get_selection_owner(connection, selection), nullptr),
+        &std::free);
+    return reply && reply->owner != XCB_NONE;
+}
+
+bool isXwayland(xcb_connection_t* connection)
+{
+    // Older ones don't have the extension.
+    if (const char* socket = std::getenv("WAYLAND_DISPLAY"); socket && *socket)
+        return true;
+    constexpr std::string_view name = "XWAYLAND";
+    const XcbReply<xcb_query_extension_reply_t> reply(
+        xcb_query_extension_reply(connection,
+            xcb_query_extension(connection, static_cast<std::uint16_t>(name.size()), name.data()), nullptr),
+        &std::free);
+    return reply && reply->present;
+}
+
+} // namespace platform

@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <xcb/xcb.h>
+
+namespace platform {
+
+/// Whether windows are put together by a compositor, so that they may be translucent. One round trip.
+[[nodiscard]] bool hasCompositor(xcb_connection_t* connection);
+
+/// Whether the display is one inside a Wayland desktop, which shows us the other X programs only. One round
+/// trip.
+[[nodiscard]] bool isXwayland(xcb_connection_t* connection);
+
+} // namespace platform

@@ -1,0 +1,173 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/qt/QtAlerts.h"
+
+#include "platform/qt/WindowHints.h"
+
+#include <algorithm>
+#include <optional>
+
+#include <QApplication>
+#include <QCursor>
+#include <QDialog>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QPolygonF>
+#include <QPushButton>
+#include <QScreen>
+#include <QWindow>
+
+namespace platform {
+
+namespace {
+
+constexpr int textWidth = 380; ///< wide enough for a path, in points
+constexpr int gap = 20;
+constexpr int markSize = 32;
+
+/// A sign of danger: what is asked can't be undone.
+class WarningMark final : public QWidget {
+public:
+    WarningMark()
+    {
+        setFixedSize(markSize, markSize);
+        setAccessibleName("warning");
+    }
+
+protected:
+    void paintEvent(QPaintEvent*) override
+    {
+        constexpr double line = 2.5;
+        QPainter painter(this);
+        painter.setRenderHint(QPainter::Antialiasing);
+        const QRectF area = QRectF(rect()).adjusted(line, line, -line, -line);
+        painter.setPen(QPen(palette().highlight(), line, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+        painter.drawPolygon(
+            QPolygonF({ { area.center().x(), area.top() }, area.bottomRight(), area.bottomLeft() }));
+        const double middle = area.center().x();
+        painter.drawLine(QPointF(middle, area.top() + 10), QPointF(middle, area.bottom() - 10));
+        painter.drawPoint(QPointF(middle, area.bottom() - 5));
+    }
+};
+
+class AlertDialog final : public QDialog {
+public:
+    explicit AlertDialog(const Alert& alert)
+        : QDialog(nullptr, Qt::Dialog | Qt::FramelessWindowHint)
+    {
+        const QString title = QString::fromStdString(alert.title), text = QString::fromStdString(alert.text);
+        setWindowTitle(title);
+        setAccessibleName(title);
+        setAccessibleDescription(text);
+
+        auto* const words = new QVBoxLayout;
+        words->setSpacing(gap / 2);
+        QLabel* const heading = addLabel(*words, title);
+        QFont bold = heading->font();
+        bold.setBold(true);
+        heading->setFont(bold);
+        if (!text.isEmpty())
+            addLabel(*words, text);
+        words->addStretch();
+
+        auto* const upper = new QHBoxLayout;
+        upper->setSpacing(gap);
+        if (alert.critical)
+            upper->addWidget(new WarningMark, 0, Qt::AlignTop);
+        upper->addLayout(words);
+
+        auto* const buttons = new QHBoxLayout;
+        buttons->addStretch();
+        for (std::size_t at = 0; at < alert.buttons.size(); ++at) {
+            auto* const button
+                = new QPushButton(QString::fromStdString(alert.buttons[at]).replace('&', "&&"));
+            button->setAccessibleName(QString::fromStdString(alert.buttons[at]));
+            button->setDefault(at == 0);
+            connect(button, &QPushButton::clicked, this, [this, at] {
+                chosen = at;
+                accept();
+            });
+            buttons->addWidget(button);
+            if (at == 0)
+                button->setFocus();
+        }
+
+        auto* const all = new QVBoxLayout(this);
+        all->setContentsMargins(gap, gap, gap, gap);
+        all->setSpacing(gap);
+        all->setSizeConstraint(QLayout::SetFixedSize);
+        all->addLayout(upper);
+        all->addLayout(buttons);
+    }
+
+    /// Puts it over the window that has the keyboard.
+    void place()
+    {
+        const QWidget* const below = QApplication::activeWindow();
+        const QScreen* const pointed = QGuiApplication::screenAt(QCursor::pos());
+        const QScreen* const display = below ? below->screen()
+            : pointed                        ? pointed
+                                             : QGuiApplication::primaryScreen();
+        if (!display)
+            return;
+        ensurePolished();
+        layout()->activate();
+        const QRect free = display->availableGeometry();
+        QRect frame(QPoint(), sizeHint());
+        frame.moveCenter(below ? below->geometry().center() : free.center());
+        frame.moveLeft(std::max(free.left(), std::min(frame.left(), free.right() - frame.width())));
+        frame.moveTop(std::max(free.top(), std::min(frame.top(), free.bottom() - frame.height())));
+        setScreen(const_cast<QScreen*>(display));
+        move(frame.topLeft());
+        winId();
+        // Not as a parent: that one's end would end the question under the feet of who asked it.
+        windowHandle()->setTransientParent(below ? below->windowHandle() : nullptr);
+        keepOutOfTaskbar(*this);
+    }
+
+    std::optional<std::size_t> chosen;
+
+protected:
+    void paintEvent(QPaintEvent*) override
+    {
+        QPainter painter(this);
+        painter.setPen(palette().color(QPalette::Mid));
+        painter.drawRect(rect().adjusted(0, 0, -1, -1));
+    }
+
+    void mousePressEvent(QMouseEvent* event) override
+    {
+        // It has no title bar to move it by.
+        if (event->button() == Qt::LeftButton && windowHandle())
+            windowHandle()->startSystemMove();
+    }
+
+private:
+    static QLabel* addLabel(QVBoxLayout& column, const QString& text)
+    {
+        auto* const label = new QLabel(text);
+        label->setTextFormat(Qt::PlainText);
+        label->setWordWrap(true);
+        label->setFixedWidth(textWidth);
+        column.addWidget(label);
+        return label;
+    }
+};
+
+} // namespace
+
+std::size_t QtAlerts::runModal(const Alert& alert)
+{
+    const std::size_t last = alert.buttons.empty() ? 0 : alert.buttons.size() - 1;
+    if (!qobject_cast<QApplication*>(QCoreApplication::instance()))
+        return last;
+    AlertDialog dialog(alert);
+    dialog.place();
+    ++up_;
+    dialog.exec();
+    --up_;
+    return dialog.chosen.value_or(last);
+}
+
+} // namespace platform
