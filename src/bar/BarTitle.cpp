@@ -25,22 +25,42 @@ std::optional<Enum> named(const std::array<std::string_view, n>& words, std::str
     return static_cast<Enum>(at - words.begin());
 }
 
-std::string piece(BarPart part, const BarReading& reading)
+std::string figure(BarPart part, const BarReading& reading)
 {
     switch (part) {
     case BarPart::cpu:
-        return fmt::format("cpu {}%", rounded(reading.cpu));
+        return fmt::format("{}%", rounded(reading.cpu));
     case BarPart::mem:
-        return fmt::format("mem {}%", reading.stats.memPct());
+        return fmt::format("{}%", reading.stats.memPct());
     case BarPart::swap:
-        return fmt::format("swap {}%", reading.stats.swapPct());
+        return fmt::format("{}%", reading.stats.swapPct());
     case BarPart::load:
-        return fmt::format("load {:.1f}", reading.stats.load1);
+        return fmt::format("{:.1f}", reading.stats.load1);
     case BarPart::mcp:
-        return reading.mcp ? fmt::format("mcp {}", *reading.mcp) : "mcp …";
+        return reading.mcp ? fmt::format("{}", *reading.mcp) : "…";
     }
     return {};
 }
+
+/// In their order on the bar; never empty.
+std::vector<BarPart> shownParts(const BarParts& parts)
+{
+    const BarParts& selected = parts.empty() ? defaultBarParts() : parts;
+    std::vector<BarPart> shown;
+    for (const BarPart part : allBarParts)
+        if (selected.contains(rawValue(part)))
+            shown.push_back(part);
+    if (shown.empty())
+        shown.push_back(BarPart::swap);
+    return shown;
+}
+
+/// As wide as values get on an ordinary machine.
+constexpr BarReading widestReading { .stats
+    = { .swapUsedMB = 1, .swapTotalMB = 1, .load1 = 99.9, .usedBytes = 1, .totalBytes = 1 },
+    .cpu = 100,
+    .mcp = 999,
+    .source = {} };
 
 } // namespace
 
@@ -75,14 +95,25 @@ std::string barTitle(BarDisplayMode mode, const BarParts& parts, const BarReadin
 {
     if (!showsValue(mode))
         return {};
-    const BarParts& selected = parts.empty() ? defaultBarParts() : parts;
     std::vector<std::string> pieces;
-    for (const BarPart part : allBarParts)
-        if (selected.contains(rawValue(part)))
-            pieces.push_back(piece(part, reading));
-    if (pieces.empty())
-        pieces.push_back(piece(BarPart::swap, reading));
+    for (const BarPart part : shownParts(parts))
+        pieces.push_back(fmt::format("{} {}", rawValue(part), figure(part, reading)));
     return (showsMark(mode) ? " " : "") + joined(pieces, " · ");
+}
+
+std::string barLabelGuide(BarDisplayMode mode, const BarParts& parts)
+{
+    return barTitle(mode, parts, widestReading);
+}
+
+std::vector<std::string> barFigures(const BarParts& parts, const BarReading& reading)
+{
+    std::vector<BarPart> shown = shownParts(parts);
+    shown.resize(std::min(shown.size(), mostBarFigures));
+    std::vector<std::string> figures;
+    for (const BarPart part : shown)
+        figures.push_back(figure(part, reading));
+    return figures;
 }
 
 std::string barToolTip(const BarReading& reading)
@@ -98,6 +129,13 @@ std::string barMenuHeadline(const BarReading& reading)
     const NativeStats& stats = reading.stats;
     return fmt::format("ostrel · cpu {}% · mem {}% · swap {}% · {}", rounded(reading.cpu), stats.memPct(),
         stats.swapPct(), pressureName(stats.pressureLevel));
+}
+
+std::string barAccessibilityHelp(std::string_view hotkeyLabel)
+{
+    return fmt::format("click toggles the ostrel panel; right-click opens the service menu; {} toggles from "
+                       "anywhere",
+        hotkeyLabel);
 }
 
 } // namespace ostrel

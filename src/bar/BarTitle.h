@@ -4,11 +4,13 @@
 #include "readings/NativeStats.h"
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <set>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace ostrel {
 
@@ -50,6 +52,21 @@ struct BarReading {
 
 /// The text beside, or in place of, the mark; empty in a mode without values.
 [[nodiscard]] std::string barTitle(BarDisplayMode mode, const BarParts& parts, const BarReading& reading);
+
+/// The widest such text to expect, so that a host can keep its width steady.
+[[nodiscard]] std::string barLabelGuide(BarDisplayMode mode, const BarParts& parts);
+
+/// How many figures a square has room for.
+inline constexpr std::size_t mostBarFigures = 2;
+
+/// The bare figures of the first parts, for a place too narrow for the text.
+[[nodiscard]] std::vector<std::string> barFigures(const BarParts& parts, const BarReading& reading);
+
+/// What assistive technology calls the item.
+inline constexpr std::string_view barName = "ostrel";
+
+/// What assistive technology tells of the item's use. `hotkeyLabel` is that of the settings.
+[[nodiscard]] std::string barAccessibilityHelp(std::string_view hotkeyLabel);
 
 /// The tooltip, also read by assistive technology.
 [[nodiscard]] std::string barToolTip(const BarReading& reading);

@@ -26,7 +26,7 @@ Settings::Settings(platform::UserDefaults& defaults)
 void Settings::loadSettings(NativeTick& tick)
 {
     loadPin();
-    tick.applyRefresh(defaults_.text(NativeTick::refreshKey).value_or("normal"));
+    tick.applyRefresh(refreshProfile());
     loadBar();
     migrateBarMode();
     migrateBarParts();
@@ -87,6 +87,13 @@ void Settings::migrateBarParts()
     writeBarParts();
     defaults_.setBoolean(barPartsMigrationKey, true);
 }
+
+std::string Settings::refreshProfile() const
+{
+    return defaults_.text(NativeTick::refreshKey).value_or("normal");
+}
+
+std::string Settings::hotkeyLabel() const { return hotkeyCleared ? "none" : hotkey.display(); }
 
 void Settings::storePinned(bool value)
 {

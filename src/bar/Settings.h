@@ -29,6 +29,11 @@ public:
     /// the wrong type reads as absent.
     void loadSettings(NativeTick& tick);
 
+    /// The stored refresh profile, or "normal".
+    [[nodiscard]] std::string refreshProfile() const;
+    /// How texts name the hotkey; "none" when the user cleared it.
+    [[nodiscard]] std::string hotkeyLabel() const;
+
     /// Sets and stores the pin.
     void storePinned(bool value);
     /// Set and store what the bar shows.

@@ -5,16 +5,15 @@
 
 namespace ostrel {
 
-std::string iso8601(std::chrono::system_clock::time_point time)
+std::string iso8601(std::chrono::system_clock::time_point instant)
 {
-    using namespace std::chrono;
-    const auto second = floor<seconds>(time);
-    const auto day = floor<days>(second);
-    const year_month_day date(day);
-    const hh_mm_ss clock(second - day);
+    const auto second = std::chrono::floor<std::chrono::seconds>(instant);
+    const auto day = std::chrono::floor<std::chrono::days>(second);
+    const std::chrono::year_month_day date(day);
+    const std::chrono::hh_mm_ss time(second - day);
     return fmt::format("{:04}-{:02}-{:02}T{:02}:{:02}:{:02}Z", static_cast<int>(date.year()),
-        static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()), clock.hours().count(),
-        clock.minutes().count(), clock.seconds().count());
+        static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()), time.hours().count(),
+        time.minutes().count(), time.seconds().count());
 }
 
 } // namespace ostrel

@@ -6,7 +6,7 @@
 
 namespace ostrel {
 
-/// A time in UTC to the second, "2026-11-17T19:40:07Z".
-[[nodiscard]] std::string iso8601(std::chrono::system_clock::time_point time);
+/// The instant as "YYYY-MM-DDTHH:MM:SSZ", in UTC, the fraction of its second cut off.
+[[nodiscard]] std::string iso8601(std::chrono::system_clock::time_point instant);
 
 } // namespace ostrel

@@ -197,7 +197,7 @@ TEST(ZOLFooterLine, StandsInOrderAndItsStatusGivesWayFirst)
     EXPECT_EQ(footer.escLabel()->objectName() + footer.escLabel()->text(), "hint-escesc close");
     EXPECT_EQ(footer.appsButton()->size(), QSize(68, 22));
     expectNamed(*footer.appsButton(), "apps-open", "apps ↗",
-        "apps.quent.dev: the catalog of the ZOL apps opens in the browser");
+        "apps.quent.example: the catalog of the ZOL apps opens in the browser");
     footer.appsButton()->click();
     EXPECT_EQ(opened, 1);
 

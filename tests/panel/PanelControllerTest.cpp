@@ -48,7 +48,12 @@ struct PanelBench : StateBench, PanelContent {
     void later(double seconds) { time.advance(Seconds(seconds)); }
 
     FakePopovers popovers;
-    FakeScreens screens;
+    FakeScreens screens = [] {
+        FakeScreens one;
+        one.screens = { { "Main", { 0, 0, 1440, 900 }, { 0, 0, 1440, 875 } } };
+        one.mouse = { 700, 400 };
+        return one;
+    }();
     FakeWorkspace workspace;
     FakeSurfaceHosts mouse;
     bool hasItem = true;
@@ -113,7 +118,7 @@ TEST(PanelController, HangsFromTheItemOnThePointersDisplayAndElseFromTheCorner)
     opensAt(corner, "Main · corner");
     bench.itemFrame = Rect { 2000, 875, 38, 25 };
     opensAt(corner, "Main · corner");
-    bench.screens.list.clear();
+    bench.screens.screens.clear();
     opensAt({ 1035, 898, 2, 2 }, "no screen");
 }
 

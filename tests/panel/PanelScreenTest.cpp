@@ -65,7 +65,7 @@ TEST(PanelScreen, ThePointersDisplayWinsThenTheMainOneThenTheOneAtTheOrigin)
 TEST(PanelScreen, AnAnchorLetsThePanelEndTwentyFourPointsFromTheFreeAreasEdges)
 {
     FakeScreens screens;
-    screens.list = { { "A", { 0, 0, 1000, 800 }, { 0, 0, 1000, 800 } },
+    screens.screens = { { "A", { 0, 0, 1000, 800 }, { 0, 0, 1000, 800 } },
         { "B", { 1000, 0, 2000, 1000 }, { 1000, 50, 1960, 900 } } };
     screens.main = 1;
     const Rect area { 10, 20, 990, 700 };
@@ -74,7 +74,7 @@ TEST(PanelScreen, AnAnchorLetsThePanelEndTwentyFourPointsFromTheFreeAreasEdges)
     EXPECT_EQ(PanelScreen::testbedAnchor(screens), (Rect { 2555, 72, 2, 2 }));
     screens.main.reset();
     EXPECT_EQ(PanelScreen::hiddenModeAnchor(screens, {}), (Rect { 595, 798, 2, 2 }));
-    screens.list.clear();
+    screens.screens.clear();
     EXPECT_EQ(PanelScreen::testbedAnchor(screens), (Rect { 1035, 22, 2, 2 })) << "a usual display's";
 }
 

@@ -7,14 +7,14 @@
 #include <optional>
 #include <vector>
 
-/// Displays that the test sets. One at first, with a bar of 25 points at its top.
+/// Displays that the test places; at first one of 1512 by 982 points with a bar of 24 at its top.
 class FakeScreens final : public platform::Screens {
 public:
-    [[nodiscard]] std::vector<platform::Screen> all() const override { return list; }
+    [[nodiscard]] std::vector<platform::Screen> all() const override { return screens; }
     [[nodiscard]] std::optional<std::size_t> mainIndex() const override { return main; }
     [[nodiscard]] platform::Point pointer() const override { return mouse; }
 
-    std::vector<platform::Screen> list { { "Main", { 0, 0, 1440, 900 }, { 0, 0, 1440, 875 } } };
+    std::vector<platform::Screen> screens { { "main", { 0, 0, 1512, 982 }, { 0, 0, 1512, 958 } } };
     std::optional<std::size_t> main = 0;
-    platform::Point mouse { 700, 400 };
+    platform::Point mouse;
 };

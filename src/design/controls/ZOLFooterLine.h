@@ -19,7 +19,7 @@ class ZOLThemeButton;
 class ZOLFooterLine final : public QWidget {
 public:
     /// Where the catalogue of the family's applications is.
-    static constexpr std::string_view catalogueHost = "apps.quent.dev";
+    static constexpr std::string_view catalogueHost = "apps.quent.example";
     static constexpr std::string_view appsTitle = "apps ↗";
     [[nodiscard]] static QString appsTooltip();
 
