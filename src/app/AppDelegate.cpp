@@ -1,11 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "app/AppDelegate.h"
 
-#include "design/ZOLAppMarkView.h"
 #include "design/controls/ZOLFooterLine.h"
 
-#include <algorithm>
-#include <cstdint>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -16,18 +13,6 @@ namespace {
 
 /// At quit, how long the collector's children get to end: asking, then killing, takes half a second.
 constexpr platform::Seconds quitPatience { 0.8 };
-
-/// The instrument's mark for the bar.
-class MarkPicture final : public platform::StatusItemPicture {
-public:
-    [[nodiscard]] platform::Image draw(int width, int height, std::uint32_t ink) const override
-    {
-        const Color color { ((ink >> 16) & 0xff) / 255.0, ((ink >> 8) & 0xff) / 255.0, (ink & 0xff) / 255.0 };
-        return platformImage(
-            tinted(ZOLAppMarkView::image(ZOLAppMark::ostrel, std::min(width, height), true), color));
-    }
-    [[nodiscard]] std::string key() const override { return "mark"; }
-};
 
 std::string catalogueUrl() { return "https://" + std::string(ZOLFooterLine::catalogueHost) + "/"; }
 
@@ -53,15 +38,25 @@ AppDelegate::AppDelegate(const PlatformServices& services)
               services.mainQueue, services.clock },
           { .hasBarItem = [this] { return barItem_.exists(); },
               .barItemFrame = [this] { return barItem_.frame(); },
-              .placed = [this](std::string_view text) { barItem_.panelPlaced(text); },
+              .placed = [this](std::string_view text) { panelPlaced(text); },
               .opened = [this] { snapshots_.startPanelPolling(); },
               .applyBarLength = [this] { barItem_.applyPendingLength(); },
               .closed = [this] { snapshots_.panelDidClose(); } })
     , theme_(services.defaults, settings_, panel_, false)
-    , barItem_({ services.statusBar, settings_, tick_, snapshots_, panel_, services.quit })
+    , barState_({ services.files, services.defaults, services.screens, services.clock })
+    , barItem_({ services.statusBar, services.mainQueue, services.clock, settings_, tick_, snapshots_, panel_,
+          frame_, barPainter_, barState_, services.bundle.pathForResource("icons").value_or("") })
+    , serviceMenu_({ .bar = barItem_,
+          .settings = settings_,
+          .tick = tick_,
+          .panel = panel_,
+          .choices = theme_,
+          .showAbout = [this] { aboutWindow_.show(); },
+          .quit = services.quit })
     , liveValues_(panelState_, liveRegistry_, frame_, [this] { return barItem_.title(); })
 {
     tick_.connect(*this, snapshots_);
+    theme_.addListener([this](ZOLThemePolicy::Mode mode) { aboutWindow_.applyTheme(mode); });
     snapshots_.connect(frame_, frame_);
     frame_.setActions({ .close = [this](std::string_view reason) { panel_.close(reason); },
         .setPinned = [this](bool pinned) { panel_.setPinned(pinned); },
@@ -78,7 +73,7 @@ void AppDelegate::applicationDidFinishLaunching(bool backgroundLaunch)
     settings_.loadSettings(tick_);
     history_ = OstrelHistory::load(services_.files, historyFilePath_, services_.clock.now());
     snapshots_.ensureCollectorAvailable();
-    barItem_.setupStatusItem(std::make_shared<MarkPicture>());
+    barItem_.setupStatusItem([this] { return serviceMenu_.rebuildMenu(); });
     tick_.startNativeTimer();
     if (!backgroundLaunch)
         panel_.show();
@@ -91,6 +86,12 @@ void AppDelegate::applicationWillTerminate()
     collector_->cancelAll();
     barItem_.removeStatusItem();
     collector_->awaitIdle(quitPatience);
+}
+
+void AppDelegate::panelPlaced(std::string_view text)
+{
+    barState_.setLastPanelScreen(std::string(text));
+    barState_.writeBarState();
 }
 
 void AppDelegate::recordMinute(const MinuteReading& reading)

@@ -2,7 +2,11 @@
 #pragma once
 
 #include "app/PlatformServices.h"
+#include "bar/AboutWindow.h"
 #include "bar/BarItem.h"
+#include "bar/BarPainter.h"
+#include "bar/BarStateFile.h"
+#include "bar/ServiceMenu.h"
 #include "bar/Settings.h"
 #include "collector/CollectorRunner.h"
 #include "collector/SnapshotCycle.h"
@@ -18,6 +22,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 
 namespace ostrel {
 
@@ -54,6 +59,7 @@ private:
     void considerCompanion() override;
     [[nodiscard]] bool panelShown() const override;
     void refreshPanel() override;
+    void panelPlaced(std::string_view text);
 
     PlatformServices services_;
     std::string historyFilePath_;
@@ -68,7 +74,11 @@ private:
     PanelFrame frame_;
     PanelController panel_;
     ThemeSwitch theme_;
+    AboutWindow aboutWindow_;
+    BarPainter barPainter_;
+    BarStateFile barState_;
     BarItem barItem_;
+    ServiceMenu serviceMenu_;
     LiveValues liveValues_;
 };
 

@@ -15,6 +15,8 @@ RealPlatform::RealPlatform()
     , statusBar_(mainQueue_)
     , workspace_(mainQueue_)
     , occlusion_(mainQueue_)
+    , popovers_(screens_)
+    , events_(mainQueue_)
 {
 }
 
@@ -34,6 +36,10 @@ PlatformServices RealPlatform::services()
         .notifications = notifications_,
         .workspace = workspace_,
         .occlusion = occlusion_,
+        .popovers = popovers_,
+        .events = events_,
+        .screens = screens_,
+        .alerts = alerts_,
         .quit = [] { QCoreApplication::quit(); } };
 }
 

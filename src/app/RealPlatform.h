@@ -10,11 +10,15 @@
 #include "platform/linux/LinuxKernel.h"
 #include "platform/linux/LinuxProcessInfo.h"
 #include "platform/linux/LinuxUserDefaults.h"
+#include "platform/qt/QtAlerts.h"
 #include "platform/qt/QtDistributedNotificationCenter.h"
 #include "platform/qt/QtMainQueue.h"
+#include "platform/qt/QtPopover.h"
 #include "platform/qt/QtRunLoop.h"
+#include "platform/qt/QtScreens.h"
 #include "platform/qt/QtStatusItem.h"
 #include "platform/qt/QtWorkspace.h"
+#include "platform/qt/X11EventMonitor.h"
 #include "platform/qt/X11WindowOcclusion.h"
 
 namespace ostrel {
@@ -42,6 +46,10 @@ private:
     platform::QtDistributedNotificationCenter notifications_;
     platform::QtWorkspace workspace_;
     platform::X11WindowOcclusion occlusion_;
+    platform::QtScreens screens_;
+    platform::QtPopovers popovers_;
+    platform::X11EventMonitor events_;
+    platform::QtAlerts alerts_;
 };
 
 } // namespace ostrel
