@@ -73,6 +73,9 @@ void setAccessibleSelected(QWidget& view, bool selected)
     changed.selected = true;
     QAccessibleStateChangeEvent event(&view, changed);
     QAccessible::updateAccessibility(&event);
+    // The toolkit's bridge to the bus hands this one on as the change of that state, and not the one before.
+    QAccessibleEvent selection(&view, QAccessible::Selection);
+    QAccessible::updateAccessibility(&selection);
 }
 
 } // namespace ostrel

@@ -3,15 +3,16 @@
 import json
 import os
 import re
+import subprocess
 import sys
 import unittest
 
 import bus
 import screen
-from desktop_case import DesktopCase
+from desktop_case import SETTINGS_FILE, DesktopCase
 
 PANEL_SIZE = (760, 700)
-NAMES = os.path.join(os.path.dirname(os.path.abspath(__file__)), "accessible_names.py")
+ACCESSIBLE = os.path.join(os.path.dirname(os.path.abspath(__file__)), "accessible.py")
 
 
 class PanelCase(DesktopCase):
@@ -51,21 +52,82 @@ class Panel(PanelCase):
         self.wait_for("window out of task lists", lambda: wanted <= set(
             screen.window_property(self.desktop, window, "_NET_WM_STATE").split(", ")), limit=5)
 
-    def test_key_3_shows_the_machines_processes_to_a_screen_reader_and_escape_closes_the_panel(self):
+    def test_everything_in_the_frame_works_from_the_keyboard_and_for_a_screen_reader(self):
         process = self.start()
         self.wait_for_keyboard()
+        heard = self.desktop.start("reader", [sys.executable, ACCESSIBLE, "listen", str(process.pid)])
+        self.addCleanup(heard.kill)
+        self.wait_for("screen reader", lambda: "listening" in self.desktop.log("reader"))
+
         screen.press(self.desktop, "3")
+        self.wait_for("word of the new tab", lambda: "processes view · key 3 1" in self.desktop.log("reader"))
+        self.assertIn("dashboard view · key 1 0", self.desktop.log("reader"))
 
         def running() -> bool:
-            told = self.desktop.run([sys.executable, NAMES, str(process.pid)]).stdout
-            names = json.loads(told or "[]")
-            pids = [re.fullmatch(r"(?:pid )?(\d+)", name) for name, _ in names]
-            alive = sum(os.path.exists(f"/proc/{pid[1]}/stat") for pid in pids if pid)
-            return ["processes", True] in names and alive >= 3
+            pids = [re.fullmatch(r"(?:pid )?(\d+)", name) for name in self.names(process)]
+            return sum(os.path.exists(f"/proc/{pid[1]}/stat") for pid in pids if pid) >= 3
 
         self.wait_for("rows of running processes", running)
-        self.close_panel()
+        screen.press(self.desktop, "9")
+        self.wait_for("the settings", lambda: "settings: this version has no such tab yet." in self.names(process))
+        chosen = [name for name, selected in self.names(process).items() if selected]
+        self.assertEqual(chosen, ["settings"], "no tab is the chosen one")
+        screen.press(self.desktop, "1")
+        self.wait_for("a tab again", lambda: self.names(process).get("dashboard view · key 1") is True)
+
+        help_box = "panel keys help – press escape or click to close"
+        screen.press(self.desktop, "slash")
+        self.wait_for("help", lambda: help_box in self.names(process))
+        screen.press(self.desktop, "Escape")
+        self.wait_for("no help", lambda: help_box not in self.names(process))
+        self.panel()
+        screen.press(self.desktop, "Escape")
+        self.panel_has_gone()
+        self.assertEqual(self.last_close(), "esc")
         self.assertIsNone(process.poll())
+
+    def test_pin_theme_close_button_and_a_press_outside_do_what_they_say(self):
+        process = self.start()
+        box = screen.window_box(self.desktop, self.window_on_screen())
+        self.wait_for_keyboard()
+        outside = box.x - 60, box.y + 300
+        screen.click(self.desktop, box.x + 300, box.y + 400)
+        self.press(process, "pin panel open")
+        self.wait_for("pin", lambda: "unpin panel" in self.names(process))
+        screen.click(self.desktop, *outside)
+        self.press(process, "unpin panel")
+        self.wait_for("no pin", lambda: "pin panel open" in self.names(process))
+        self.assertEqual(screen.panel_window(self.desktop), self.panel(), "it stayed through both presses")
+        screen.click(self.desktop, *outside)
+        self.panel_has_gone()
+        self.assertEqual(self.last_close(), "outside-click")
+
+        self.assertTrue(bus.press_row(self.desktop.env, self.item(process), "show panel"))
+        self.wait_for_keyboard()
+        ground = screen.Box(box.x + 2, box.y + 350, 1, 1)
+        for name, color in (("white theme, switch to black", b"\x20\x21\x24"),
+                            ("black theme, switch to white", b"\xff\xff\xff")):
+            self.press(process, name)
+            self.wait_for(name, lambda: screen.picture(self.desktop, ground).pixels == color)
+            self.wait_for_keyboard()
+        self.press(process, "close panel")
+        self.panel_has_gone()
+        self.assertEqual(self.last_close(), "x")
+
+    def names(self, process: subprocess.Popen) -> dict[str, bool]:
+        """What shows, by name, and whether it is the selected one of its kind."""
+        told = self.desktop.run([sys.executable, ACCESSIBLE, "names", str(process.pid)]).stdout
+        return dict(json.loads(told or "[]"))
+
+    def press(self, process: subprocess.Popen, name: str) -> None:
+        """Presses the button of that name as a screen reader does, once it is there."""
+        command = [sys.executable, ACCESSIBLE, "press", str(process.pid), name]
+        self.wait_for(f"button {name}", lambda: self.desktop.run(command).returncode == 0)
+
+    def last_close(self) -> str:
+        """The reason kept for the last close of the panel."""
+        with open(f"{self.home}/{SETTINGS_FILE}", encoding="utf-8") as file:
+            return json.load(file)["ostrel.lastClose"].split()[0]
 
     def test_a_click_on_the_figure_scatters_it_and_it_falls_together_to_the_same_picture(self):
         # Without the run that it plays when it appears, it is at rest from its first picture on.

@@ -1,0 +1,57 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: Apache-2.0
+"""What a screen reader finds and does in the process of the given number.
+
+names PID        prints a JSON array of [name, selected] for all that is showing, in reading order
+press PID NAME   presses the button of that name; 1 when there is none
+listen PID       prints a name and 1 or 0 for each view that becomes the selected one, or ceases to be
+
+It runs as a process of its own on the desktop, since the library binds to one accessibility bus for good.
+"""
+import json
+import sys
+
+import pyatspi
+
+
+def walk(node, below_root):
+    """The node and all below it that are showing, in reading order."""
+    if below_root and not node.getState().contains(pyatspi.STATE_SHOWING):
+        return
+    yield node
+    for child in filter(None, node):
+        yield from walk(child, True)
+
+
+def views(pid):
+    """All that the process shows."""
+    applications = filter(None, pyatspi.Registry.getDesktop(0))
+    return [node for application in applications if application.get_process_id() == pid
+            for node in walk(application, False)]
+
+
+def names(pid):
+    print(json.dumps([[node.name, node.getState().contains(pyatspi.STATE_SELECTED)] for node in views(pid)]))
+    return 0
+
+
+def press(pid, name):
+    for node in views(pid):
+        if node.name == name and node.getRole() == pyatspi.ROLE_PUSH_BUTTON:
+            return 0 if node.queryAction().doAction(0) else 1
+    return 1
+
+
+def listen(pid):
+    def told(event):
+        if event.host_application and event.host_application.get_process_id() == pid:
+            print(event.source.name, event.detail1, flush=True)
+
+    pyatspi.Registry.registerEventListener(told, "object:state-changed:selected")
+    print("listening", flush=True)
+    pyatspi.Registry.start()
+    return 0
+
+
+command, process, *rest = sys.argv[1:]
+sys.exit({"names": names, "press": press, "listen": listen}[command](int(process), *rest))
