@@ -8,8 +8,10 @@
 #include "design/ZOLAppMarkView.h"
 
 #include <QFontMetricsF>
+#include <QHash>
 #include <QPainter>
 #include <QPainterPath>
+#include <QPen>
 #include <QTransform>
 
 #include <algorithm>
@@ -37,6 +39,8 @@ constexpr double wideShape = 1.6;
 constexpr double outlineSize = 100;
 /// A character of eight pixels' size is this wide; narrower ones are told from one another no more.
 constexpr double narrowestCharacter = 4.8;
+/// A mark of fewer pixels a side has no room for its square.
+constexpr double smallestSquare = 14;
 /// How high a lone figure is, of the whole.
 constexpr double loneFigure = 0.6;
 
@@ -48,16 +52,38 @@ QFont titleFont()
     return font;
 }
 
-/// The heaviest face there is.
-const QFont& figureFont()
-{
-    static const QFont font = [] {
-        QFont face = plexMono(outlineSize, QFont::DemiBold);
-        face.setHintingPreference(QFont::PreferNoHinting);
-        return face;
-    }();
-    return font;
-}
+/// The outlines of figures in the heaviest face there is, kept since a bar draws the same few over and over.
+class FigureOutlines {
+public:
+    [[nodiscard]] static QPainterPath of(const QString& text)
+    {
+        static FigureOutlines outlines;
+        QPainterPath path;
+        for (qsizetype at = 0; at < text.size(); ++at)
+            path.addPath(outlines.glyph(text[at]).translated(static_cast<double>(at) * outlines.advance_, 0));
+        return path;
+    }
+
+private:
+    FigureOutlines()
+        : font_(plexMono(outlineSize, QFont::DemiBold))
+    {
+        font_.setHintingPreference(QFont::PreferNoHinting);
+        advance_ = QFontMetricsF(font_).horizontalAdvance('0');
+    }
+
+    const QPainterPath& glyph(QChar character)
+    {
+        QPainterPath& path = glyphs_[character];
+        if (path.isEmpty())
+            path.addText(QPointF(), font_, character);
+        return path;
+    }
+
+    QFont font_;
+    double advance_ = 0;
+    QHash<QChar, QPainterPath> glyphs_;
+};
 
 /// Draws in black, and then gives all of it the ink.
 template <typename Draw>
@@ -73,9 +99,25 @@ platform::Image inked(int width, int height, std::uint32_t ink, Draw draw)
     return platformImage(still.image);
 }
 
+/// The mark in the middle of the rectangle, fitted to the pixels: its square's edges fall on whole ones, and
+/// no line is thinner than one. Where the square would leave no room inside, its glyph stands alone.
 void drawMark(QPainter& painter, const QRectF& rect)
 {
-    ZOLAppMarkView::draw(painter, ZOLAppMark::ostrel, rect, true);
+    const double side = std::floor(std::min(rect.width(), rect.height()));
+    const double line = std::max(1.0, std::ceil(ZOLAppMarks::strokeWidth * side / ZOLAppMarks::canvas));
+    const bool alone = side < smallestSquare;
+    const QRectF drawn = ZOLAppMarkView::bezier(
+        alone ? ZOLAppMarks::glyph(ZOLAppMark::ostrel) : ZOLAppMarks::square(), 1, {})
+                             .boundingRect();
+    const double margin = alone ? 0 : std::round(drawn.x() * side / ZOLAppMarks::canvas - line / 2);
+    const double scale = (side - line - 2 * margin) / drawn.height();
+    const QPointF corner(std::floor(rect.center().x() - side / 2), std::floor(rect.center().y() - side / 2));
+    const QPointF middle = corner + QPointF(side, side) / 2;
+    const QPointF origin = middle - drawn.center() * scale;
+    const QPen pen(Qt::black, line, Qt::SolidLine, Qt::FlatCap, Qt::MiterJoin);
+    painter.strokePath(ZOLAppMarkView::bezier(ZOLAppMarks::glyph(ZOLAppMark::ostrel), scale, origin), pen);
+    if (!alone)
+        painter.strokePath(ZOLAppMarkView::bezier(ZOLAppMarks::square(), scale, origin), pen);
 }
 
 class MarkPicture final : public platform::StatusItemPicture {
@@ -162,15 +204,16 @@ private:
         QString text = utf16(figure);
         if (rect.width() < static_cast<double>(text.size()) * narrowestCharacter)
             text = shortened(text);
-        QPainterPath outline;
-        outline.addText(QPointF(), figureFont(), text);
+        // Round figures stand a little over the others at both ends.
+        static const QRectF tallest = FigureOutlines::of("0%").boundingRect();
+        const QPainterPath outline = FigureOutlines::of(text);
         const QRectF bounds = outline.boundingRect();
-        const double scale = rect.height() / QFontMetricsF(figureFont()).capHeight();
+        const double scale = rect.height() / tallest.height();
         const double narrowed = std::min(scale, rect.width() / bounds.width());
         QTransform place;
         place.translate(rect.center().x(), rect.bottom());
         place.scale(narrowed, scale);
-        place.translate(-bounds.center().x(), 0);
+        place.translate(-bounds.center().x(), -tallest.bottom());
         painter.fillPath(place.map(outline), Qt::black);
     }
 

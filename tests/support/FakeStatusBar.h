@@ -16,9 +16,10 @@ class FakeStatusBar final : public platform::StatusBar {
 
 public:
     [[nodiscard]] std::unique_ptr<platform::StatusItem> makeItem(
-        const std::string& id, const std::string& title, const std::string&) override
+        const std::string& id, const std::string& title, const std::string& iconFolder) override
     {
         ids.push_back(id + " " + title);
+        folder = iconFolder;
         ++items;
         auto item = std::make_unique<Item>();
         item->bar = this;
@@ -26,6 +27,7 @@ public:
     }
 
     std::vector<std::string> ids; ///< of all items ever made, with their titles
+    std::string folder; ///< the last item's icon folder
     int items = 0; ///< on the bar now
     std::vector<platform::StatusItemFace> faces;
     std::function<platform::Menu()> menu;
