@@ -6,7 +6,8 @@
 
 namespace platform {
 
-/// The bar as a StatusNotifierItem on the session bus, with its menu. Without a bus an item does nothing.
+/// The bar as a StatusNotifierItem on the session bus, with its menu; where nobody there takes such items, as
+/// a small window in the display's tray. With neither an item does nothing.
 class QtStatusBar final : public StatusBar {
 public:
     /// What people press runs through `queue`, which must outlive every item.

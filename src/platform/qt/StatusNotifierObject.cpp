@@ -4,17 +4,14 @@
 #include "platform/qt/BusProperties.h"
 #include "platform/qt/DBusMenuObject.h"
 #include "platform/qt/StatusNotifierTypes.h"
+#include "platform/qt/TrayPaint.h"
 
 #include <QDBusError>
 #include <QDBusMessage>
 #include <QDBusObjectPath>
-#include <QGuiApplication>
-#include <QScreen>
 
 #include <array>
-#include <cstdint>
 #include <memory>
-#include <string>
 #include <utility>
 
 namespace platform {
@@ -23,9 +20,6 @@ namespace {
 
 /// The sizes that tray hosts draw at. Each is drawn for itself: a scaled one is blurred on dense screens.
 constexpr std::array iconSizes { 16, 22, 24, 32, 44, 48, 64 };
-
-/// Bars come dark and light: this grey stands at least 3 to 1 against both.
-constexpr std::uint32_t neutralInk = 0x858a90;
 
 BusImages busImages(const StatusItemPicture* picture)
 {
@@ -36,91 +30,111 @@ BusImages busImages(const StatusItemPicture* picture)
     return list;
 }
 
-std::string keyOf(const std::shared_ptr<const StatusItemPicture>& picture)
-{
-    return picture ? picture->key() : std::string();
-}
+std::string keyOf(const StatusItemPicture* picture) { return picture ? picture->key() : std::string(); }
 
 } // namespace
 
-Point globalPoint(int x, int y)
-{
-    const QScreen* screen = QGuiApplication::primaryScreen();
-    if (!screen)
-        return {};
-    const double ratio = screen->devicePixelRatio();
-    return { x / ratio, screen->geometry().height() - y / ratio };
-}
-
-StatusNotifierObject::StatusNotifierObject(
-    MainQueue& queue, QDBusConnection bus, const QString& id, const QString& title)
-    : queue_(queue)
-    , bus_(std::move(bus))
+StatusNotifierObject::StatusNotifierObject(QDBusConnection bus, const QString& id, const QString& title,
+    const QString& iconFolder, std::function<void(const Press&)> pressed)
+    : bus_(std::move(bus))
+    , pressed_(std::move(pressed))
     , properties_ { { "Category", "SystemServices" }, { "Id", id }, { "Title", title }, { "WindowId", 0 },
-        { "IconName", "" }, { "IconThemePath", "" }, { "IconPixmap", QVariant::fromValue(BusImages()) },
+        { "Status", "Active" }, { "IconName", "" }, { "IconThemePath", iconFolder },
+        { "IconPixmap", QVariant::fromValue(BusImages()) }, { "IconAccessibleDesc", "" },
         { "OverlayIconName", "" }, { "OverlayIconPixmap", QVariant::fromValue(BusImages()) },
         { "AttentionIconName", "" }, { "AttentionIconPixmap", QVariant::fromValue(BusImages()) },
         { "AttentionMovieName", "" }, { "ItemIsMenu", false },
-        { "Menu", QVariant::fromValue(QDBusObjectPath(menuPath)) }, { "XAyatanaOrderingIndex", 0U } }
+        { "ToolTip", QVariant::fromValue(BusToolTip()) },
+        { "Menu", QVariant::fromValue(QDBusObjectPath(menuPath)) }, { "XAyatanaLabel", "" },
+        { "XAyatanaLabelGuide", "" }, { "XAyatanaOrderingIndex", 0U } }
 {
-    describeFace({});
 }
 
 void StatusNotifierObject::tell(const char* signal, const QVariantList& arguments) const
 {
+    if (!offered_)
+        return;
     QDBusMessage message = QDBusMessage::createSignal(path, interface, signal);
     message.setArguments(arguments);
     bus_.send(message);
 }
 
+const StatusItemPicture* StatusNotifierObject::picture() const
+{
+    return (labelled_ ? face_.icon : face_.picture).get();
+}
+
 void StatusNotifierObject::setFace(const StatusItemFace& face)
 {
-    const StatusItemFace before = std::exchange(face_, face);
-    describeFace(before);
-    if (keyOf(before.picture) != keyOf(face_.picture))
-        tell("NewIcon");
-    if (before.toolTip != face_.toolTip)
-        tell("NewToolTip");
-    if (before.visible != face_.visible)
+    if (std::exchange(face_.visible, face.visible) != face.visible) {
+        properties_["Status"] = face.visible ? "Active" : "Passive";
         tell("NewStatus", { properties_["Status"] });
-    if (before.label != face_.label || before.labelGuide != face_.labelGuide)
+    }
+    face_ = face;
+    describe();
+}
+
+void StatusNotifierObject::setLabelled(bool labelled)
+{
+    labelled_ = labelled;
+    describe();
+}
+
+void StatusNotifierObject::describe()
+{
+    // The name stands for the icon alone, so it is right only where the picture shows nothing else.
+    const bool named = labelled_ || keyOf(face_.icon.get()) == keyOf(face_.picture.get());
+    Shown now { .iconName = named ? face_.iconName : std::string(),
+        .pictureKey = keyOf(picture()),
+        .label = face_.label,
+        .guide = face_.labelGuide,
+        .toolTip = face_.toolTip };
+    if (now == shown_)
+        return;
+    const Shown before = std::exchange(shown_, std::move(now));
+    if (before.iconName != shown_.iconName || before.pictureKey != shown_.pictureKey) {
+        properties_["IconName"] = QString::fromStdString(shown_.iconName);
+        picturesStale_ = true;
+        tell("NewIcon");
+    }
+    if (before.toolTip != shown_.toolTip) {
+        const QString text = QString::fromStdString(shown_.toolTip);
+        properties_["ToolTip"]
+            = QVariant::fromValue(BusToolTip { .iconName = {}, .images = {}, .title = text, .text = {} });
+        properties_["IconAccessibleDesc"] = text;
+        tell("NewToolTip");
+    }
+    if (before.label != shown_.label || before.guide != shown_.guide) {
+        properties_["XAyatanaLabel"] = QString::fromStdString(shown_.label);
+        properties_["XAyatanaLabelGuide"] = QString::fromStdString(shown_.guide);
         tell("XAyatanaNewLabel", { properties_["XAyatanaLabel"], properties_["XAyatanaLabelGuide"] });
+    }
 }
 
-void StatusNotifierObject::describeFace(const StatusItemFace& before)
+void StatusNotifierObject::drawPictures()
 {
-    properties_["Status"] = face_.visible ? "Active" : "Passive";
-    properties_["ToolTip"] = QVariant::fromValue(BusToolTip {
-        .iconName = {}, .images = {}, .title = QString::fromStdString(face_.toolTip), .text = {} });
-    properties_["XAyatanaLabel"] = QString::fromStdString(face_.label);
-    properties_["XAyatanaLabelGuide"] = QString::fromStdString(face_.labelGuide);
-    if (keyOf(before.picture) != keyOf(face_.picture))
-        properties_["IconPixmap"] = QVariant::fromValue(busImages(face_.picture.get()));
-}
-
-void StatusNotifierObject::setPressHandler(std::function<void(const StatusItemPress&)> handler)
-{
-    pressed_ = std::move(handler);
+    if (std::exchange(picturesStale_, false))
+        properties_["IconPixmap"] = QVariant::fromValue(busImages(picture()));
 }
 
 bool StatusNotifierObject::handleMessage(const QDBusMessage& message, const QDBusConnection& connection)
 {
     if (message.interface() == propertiesInterface) {
+        if (message.member() == "GetAll" || message.arguments().value(1) == "IconPixmap")
+            drawPictures();
         connection.send(answerPropertiesCall(message, interface, properties_));
         return true;
     }
     if (!message.interface().isEmpty() && message.interface() != interface)
         return false;
     const QString call = message.member() + "(" + message.signature() + ")";
-    if (call == "Activate(ii)") {
-        const QVariantList given = message.arguments();
-        const Point place = globalPoint(given[0].toInt(), given[1].toInt());
-        if (pressed_)
-            queue_.post([handler = pressed_, place] { handler({ .place = place }); });
+    const QVariantList given = message.arguments();
+    if (call == "Activate(ii)" || call == "ContextMenu(ii)") {
+        pressed_({ given[0].toInt(), given[1].toInt(), message.member() == "ContextMenu" });
     } else if (call == "SecondaryActivate(ii)") {
-        if (pressed_)
-            queue_.post([handler = pressed_] { handler({}); });
-    } else if (call != "ContextMenu(ii)" && call != "Scroll(is)" && call != "XAyatanaSecondaryActivate(u)") {
+        // The middle button. Hosts that open the menu by themselves offer it in the left one's place.
+        pressed_({});
+    } else if (call != "Scroll(is)" && call != "XAyatanaSecondaryActivate(u)") {
         connection.send(message.createErrorReply(
             QDBusError::UnknownMethod, "The item doesn't know the call " + call + "."));
         return true;
@@ -141,6 +155,7 @@ QString StatusNotifierObject::introspect(const QString&) const
   <property name="IconName" type="s" access="read"/>
   <property name="IconThemePath" type="s" access="read"/>
   <property name="IconPixmap" type="a(iiay)" access="read"/>
+  <property name="IconAccessibleDesc" type="s" access="read"/>
   <property name="OverlayIconName" type="s" access="read"/>
   <property name="OverlayIconPixmap" type="a(iiay)" access="read"/>
   <property name="AttentionIconName" type="s" access="read"/>

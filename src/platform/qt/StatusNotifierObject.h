@@ -1,15 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "platform/Geometry.h"
-#include "platform/MainQueue.h"
 #include "platform/StatusItem.h"
 
 #include <QDBusConnection>
 #include <QDBusVirtualObject>
 
 #include <functional>
-#include <optional>
+#include <string>
 
 namespace platform {
 
@@ -20,29 +18,54 @@ public:
     static constexpr const char* path = "/StatusNotifierItem";
     static constexpr const char* menuPath = "/MenuBar";
 
-    /// Presses run through `queue`, never inside the bus's own handler.
-    StatusNotifierObject(MainQueue& queue, QDBusConnection bus, const QString& id, const QString& title);
+    /// A press as a host tells it: the pointer's place in pixels, which are (0, 0) where the host has none.
+    struct Press {
+        int x = 0;
+        int y = 0;
+        bool secondary = false;
+    };
+
+    /// `iconFolder` holds the icon theme that has the faces' icon names. `pressed` is called inside the bus's
+    /// own handler.
+    StatusNotifierObject(QDBusConnection bus, const QString& id, const QString& title,
+        const QString& iconFolder, std::function<void(const Press&)> pressed);
 
     /// Takes the face in and tells the hosts of each part that is different.
     void setFace(const StatusItemFace& face);
-    void setPressHandler(std::function<void(const StatusItemPress&)> handler);
+    /// Whether the hosts write the label beside the icon; the others get everything in one picture.
+    void setLabelled(bool labelled);
+    /// Whether hosts can find the item, so that signals reach somebody.
+    void setOffered(bool offered) { offered_ = offered; }
 
     [[nodiscard]] QString introspect(const QString& path) const override;
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override;
 
 private:
-    /// Brings `properties_` up to the present face.
-    void describeFace(const StatusItemFace& before);
+    /// What the present host shows of the face.
+    struct Shown {
+        std::string iconName;
+        std::string pictureKey;
+        std::string label;
+        std::string guide;
+        std::string toolTip;
+
+        bool operator==(const Shown&) const = default;
+    };
+
+    [[nodiscard]] const StatusItemPicture* picture() const;
+    void describe();
     void tell(const char* signal, const QVariantList& arguments = {}) const;
+    /// Draws the pictures that a host is about to be given.
+    void drawPictures();
 
-    MainQueue& queue_;
     QDBusConnection bus_;
+    std::function<void(const Press&)> pressed_;
     StatusItemFace face_;
+    Shown shown_;
+    bool labelled_ = false;
+    bool offered_ = false;
+    bool picturesStale_ = false; ///< not drawn since they changed: not every host asks for them
     QVariantMap properties_; ///< as the bus asks for them, most often for one of them after each tick
-    std::function<void(const StatusItemPress&)> pressed_;
 };
-
-/// A place that a host tells in pixels, from the top left of the primary screen, as a global point.
-[[nodiscard]] Point globalPoint(int x, int y);
 
 } // namespace platform
