@@ -4,6 +4,7 @@
 #include "design/MotionServices.h"
 
 #include <memory>
+#include <string>
 
 namespace ostrel {
 
@@ -24,6 +25,7 @@ struct StillServices {
         {
             return nullptr;
         }
+        void open(const std::string&) override { }
         bool covered(platform::WindowHandle) const override { return false; }
         std::unique_ptr<platform::Observation> observe(platform::WindowHandle, platform::Job) override
         {
