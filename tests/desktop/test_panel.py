@@ -103,6 +103,8 @@ class Panel(PanelCase):
         self.assertEqual(self.last_close(), "outside-click")
 
         self.assertTrue(bus.press_row(self.desktop.env, self.item(process), "show panel"))
+        # By now the item has its place, and the panel hangs from it.
+        box = screen.window_box(self.desktop, self.window_on_screen())
         self.wait_for_keyboard()
         ground = screen.Box(box.x + 2, box.y + 350, 1, 1)
         for name, color in (("white theme, switch to black", b"\x20\x21\x24"),
