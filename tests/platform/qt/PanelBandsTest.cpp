@@ -56,7 +56,7 @@ TEST(PanelBands, TheItemIsGuessedAtTheLastPressElseAtAPanelsEndElseAtTheUpperRig
         { {}, {}, { 1376, 876, 64, 24 } },
         { { bottom }, {}, { 1376, 0, 64, 30 } },
         { { bottom, inner }, {}, { 3816, 670, 64, 30 } },
-        { { side }, {}, { 3840, 660, 40, 40 } },
+        { { side }, {}, { 3840, -100, 40, 40 } },
         { { bottom }, Point { 700, 3 }, { 685, 0, 30, 30 } },
         { { bottom }, Point { 1439, 20 }, { 1410, 0, 30, 30 } },
         { {}, Point { 3000, 699 }, { 2988, 676, 24, 24 } },

@@ -187,7 +187,7 @@ protected:
     /// The signals so far: they arrive before the answer to a later call.
     QStringList heard()
     {
-        properties();
+        property(itemPath, itemInterface, "Title");
         return std::exchange(log.names, {});
     }
 
