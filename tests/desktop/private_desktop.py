@@ -21,15 +21,13 @@ from typing import Callable, Optional, TypeVar
 
 import bus
 import marked_processes
+from trays import HEIGHT as TRAY_HEIGHT, TRAYS  # noqa: F401
 
 # What each part needs: a program on the path or a file pattern, and the Debian package that has it.
 PACKAGES = [("Xvfb", "xvfb"), ("dbus-daemon", "dbus-daemon"), ("gdbus", "libglib2.0-bin"),
-            ("xprop", "x11-utils"), ("xdotool", "xdotool"), ("openbox", "openbox"),
-            ("xfce4-panel", "xfce4-panel"),
-            ("/usr/share/dbus-1/services/org.xfce.Xfconf.service", "xfconf")]
+            ("xprop", "x11-utils"), ("xdotool", "xdotool"), ("openbox", "openbox")]
 ACCESSIBLE_PACKAGES = [("/usr/libexec/at-spi-bus-launcher", "at-spi2-core"),
                        ("/usr/lib/python3/dist-packages/pyatspi", "python3-pyatspi")]
-TRAY_HEIGHT = 28
 # All that is taken over from the surroundings. The rest of the environment describes another desktop.
 KEPT_VARIABLES = ("PATH", "TMPDIR", "ASAN_OPTIONS", "LSAN_OPTIONS", "TSAN_OPTIONS", "UBSAN_OPTIONS")
 BUS_CONFIGURATION = """<busconfig>
@@ -39,25 +37,6 @@ BUS_CONFIGURATION = """<busconfig>
   <allow send_destination="*" eavesdrop="true"/> <allow eavesdrop="true"/> <allow own="*"/>
 </policy>
 </busconfig>"""
-# One strip along the top: a gap that takes the room, then the status items.
-TRAY_CONFIGURATION = f"""<?xml version="1.0" encoding="UTF-8"?>
-<channel name="xfce4-panel" version="1.0">
-  <property name="configver" type="int" value="2"/>
-  <property name="panels" type="array"> <value type="int" value="1"/>
-    <property name="panel-1" type="empty">
-      <property name="position" type="string" value="p=11;x=0;y=0"/>
-      <property name="length" type="uint" value="100"/>
-      <property name="size" type="uint" value="{TRAY_HEIGHT}"/>
-      <property name="plugin-ids" type="array"> <value type="int" value="1"/> <value type="int" value="2"/>
-    </property> </property> </property>
-  <property name="plugins" type="empty">
-    <property name="plugin-1" type="string" value="separator">
-      <property name="expand" type="bool" value="true"/> <property name="style" type="uint" value="0"/>
-    </property>
-    <property name="plugin-2" type="string" value="systray"/>
-  </property>
-</channel>
-"""
 GENEROUS = 20.0  # seconds for what takes a fraction of one on an idle machine
 WATCHED_SIGNALS = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
 Answer = TypeVar("Answer")
@@ -86,10 +65,13 @@ def require(packages: list[tuple[str, str]]) -> None:
 
 class PrivateDesktop:
     """One desktop, from `with` to its end. `env` is the environment of all that runs on it, `home` its home
-    folder, `size` the screen's width and height in pixels. One thread, one desktop at a time."""
+    folder, `size` the screen's width and height in pixels, `tray` one of TRAYS. One thread, one desktop
+    at a time."""
 
-    def __init__(self, size: tuple[int, int] = (1440, 900), scale: int = 1, accessible: bool = False) -> None:
+    def __init__(self, size: tuple[int, int] = (1440, 900), scale: int = 1, accessible: bool = False,
+                 tray: str = "xfce") -> None:
         self.size, self.scale, self.accessible = size, scale, accessible
+        self.tray = TRAYS[tray]
         self._parts: dict[str, subprocess.Popen] = {}
         self._started: list[subprocess.Popen] = []
         self._handlers: dict[int, object] = {}
@@ -98,7 +80,7 @@ class PrivateDesktop:
         self.env: dict[str, str] = {}
 
     def __enter__(self) -> "PrivateDesktop":
-        require(PACKAGES + ACCESSIBLE_PACKAGES * self.accessible)
+        require(PACKAGES + self.tray.packages + ACCESSIBLE_PACKAGES * self.accessible)
         self._watch_signals()
         marked_processes.adopt_orphans()
         atexit.register(self.close)  # a test runner that is interrupted leaves no other way
@@ -171,18 +153,30 @@ class PrivateDesktop:
         """The desktop's environment with another home folder."""
         return dict(self.env, HOME=home)
 
-    def start_tray(self) -> None:
-        """Starts the tray and waits until it takes status items and has its strip of the screen."""
-        self._parts["tray"] = self.start("tray", ["xfce4-panel", "--disable-wm-check", "--sm-client-disable"])
+    def start_tray(self, name: str = "") -> None:
+        """Starts the tray, or another one from now on, and waits until it takes items and has its strip of the
+        screen."""
+        if name:
+            self.tray = TRAYS[name]
+            require(self.tray.packages)
+        for path, text in self.tray.files.items():
+            os.makedirs(os.path.dirname(f"{self.home}/{path}"), mode=0o700, exist_ok=True)
+            with open(f"{self.home}/{path}", "w", encoding="utf-8") as file:
+                file.write(text)
+        parts = []
+        for number, command in enumerate(self.tray.commands):
+            parts.append(f"tray{number}")
+            self._parts[parts[-1]] = self.start(parts[-1], [word.format(home=self.home) for word in command])
         full = (0, 0, *self.size)
-        self.wait_for("tray", lambda: bus.has_host(self.env) and self.work_area() not in (None, full),
-                      program="tray")
+        self.wait_for("tray", lambda: not parts or self.work_area() not in (None, full)
+                      and (not self.tray.takes_items or bus.has_host(self.env)), program=parts[-1] if parts else "")
 
     def stop_tray(self) -> None:
         """Kills the tray, as a crash would, and waits until the bus has seen it go."""
-        tray = self._parts.pop("tray")
-        os.killpg(tray.pid, signal.SIGKILL)
-        tray.wait()
+        for name in [name for name in self._parts if name.startswith("tray")]:
+            part = self._parts.pop(name)
+            os.killpg(part.pid, signal.SIGKILL)
+            part.wait()
         self.wait_for("the tray's end", lambda: not bus.has_owner(self.env, bus.WATCHER))
 
     def work_area(self) -> Optional[tuple[int, ...]]:
@@ -217,11 +211,8 @@ class PrivateDesktop:
         if self.scale != 1:
             # GTK multiplies the dots per inch by the scale once more.
             self.env.update({"GDK_SCALE": str(self.scale), "GDK_DPI_SCALE": str(1 / self.scale)})
-        settings = f"{self.home}/.config/xfce4/xfconf/xfce-perchannel-xml"
-        for path in (f"{self.folder}/run", f"{self.folder}/log", f"{self.folder}/services", settings):
+        for path in (f"{self.folder}/run", f"{self.folder}/log", f"{self.folder}/services", self.home):
             os.makedirs(path, mode=0o700)
-        with open(f"{settings}/xfce4-panel.xml", "w", encoding="utf-8") as file:
-            file.write(TRAY_CONFIGURATION)
 
     def _start_screen(self) -> None:
         cookie = [b"", b"", b"MIT-MAGIC-COOKIE-1", secrets.token_bytes(16)]

@@ -38,6 +38,7 @@ StatusNotifierObject::StatusNotifierObject(QDBusConnection bus, const QString& i
     const QString& iconFolder, std::function<void(const Press&)> pressed)
     : bus_(std::move(bus))
     , pressed_(std::move(pressed))
+    , blankIcon_(iconFolder.isEmpty() ? std::string() : id.toStdString() + "-blank")
     , properties_ { { "Category", "SystemServices" }, { "Id", id }, { "Title", title }, { "WindowId", 0 },
         { "Status", "Active" }, { "IconName", "" }, { "IconThemePath", iconFolder },
         { "IconPixmap", QVariant::fromValue(BusImages()) }, { "IconAccessibleDesc", "" },
@@ -84,7 +85,11 @@ void StatusNotifierObject::describe()
 {
     // The name stands for the icon alone, so it is right only where the picture shows nothing else.
     const bool named = labelled_ || keyOf(face_.icon.get()) == keyOf(face_.picture.get());
-    Shown now { .iconName = named ? face_.iconName : std::string(),
+    // Hosts with a label put a placeholder where there is no name.
+    const bool bare = labelled_ && !face_.icon && face_.iconName.empty();
+    Shown now { .iconName = bare ? blankIcon_
+            : named              ? face_.iconName
+                                 : std::string(),
         .pictureKey = keyOf(picture()),
         .label = face_.label,
         .guide = face_.labelGuide,

@@ -25,8 +25,8 @@ public:
         bool secondary = false;
     };
 
-    /// `iconFolder` holds the icon theme that has the faces' icon names. `pressed` is called inside the bus's
-    /// own handler.
+    /// `iconFolder` holds the icon theme that has the faces' icon names, and an empty icon named
+    /// "{id}-blank". `pressed` is called inside the bus's own handler.
     StatusNotifierObject(QDBusConnection bus, const QString& id, const QString& title,
         const QString& iconFolder, std::function<void(const Press&)> pressed);
 
@@ -60,6 +60,7 @@ private:
 
     QDBusConnection bus_;
     std::function<void(const Press&)> pressed_;
+    std::string blankIcon_; ///< names an empty icon
     StatusItemFace face_;
     Shown shown_;
     bool labelled_ = false;

@@ -120,8 +120,8 @@ void TrayWindow::hintSize(double length, double scale)
 {
     std::array<std::uint32_t, hintFigures> hints {};
     hints[0] = minimumHolds | baseHolds;
-    const auto width
-        = static_cast<std::uint32_t>(std::clamp(std::ceil(length * scale), 1.0, double { longestSide }));
+    const auto width = static_cast<std::uint32_t>(
+        std::clamp(std::ceil((length > 0 ? length : usualHeight) * scale), 1.0, double { longestSide }));
     const auto height = static_cast<std::uint32_t>(std::lround(usualHeight * scale));
     for (const std::size_t place : { minimumPlace, basePlace }) {
         hints[place] = width;

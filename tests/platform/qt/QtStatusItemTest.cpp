@@ -7,6 +7,8 @@
 
 #include "support/QtEnvironment.h"
 
+#include <QAction>
+#include <QApplication>
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
@@ -15,16 +17,23 @@
 #include <QDBusReply>
 #include <QDBusVirtualObject>
 #include <QGuiApplication>
+#include <QMenu>
+#include <QPointer>
 #include <QScreen>
 
+#include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <tuple>
 #include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <sys/prctl.h>
 
 namespace bustest {
 
@@ -63,6 +72,14 @@ public:
     [[nodiscard]] QString introspect(const QString&) const override { return {}; }
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override
     {
+        if (message.member() == "GetAll") {
+            QStringList items;
+            for (const QVariant& item : registered)
+                items += item.toString() + "/StatusNotifierItem";
+            connection.send(message.createReply(QVariantMap {
+                { "RegisteredStatusNotifierItems", items }, { "IsStatusNotifierHostRegistered", hosted } }));
+            return true;
+        }
         if (message.member() != "RegisterStatusNotifierItem")
             return false;
         registered += message.arguments();
@@ -71,15 +88,41 @@ public:
     }
 
     QVariantList registered;
+    bool hosted = true; ///< whether it says that somebody shows the items
+};
+
+/// A square of one colour that counts how often it is drawn.
+class Square final : public StatusItemPicture {
+public:
+    explicit Square(std::string key)
+        : key_(std::move(key))
+    {
+    }
+    [[nodiscard]] Image draw(int width, int height, std::uint32_t ink) const override
+    {
+        ++drawn;
+        const auto count = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
+        return { width, height, std::vector<std::uint32_t>(count, 0x80000000U | ink) };
+    }
+    [[nodiscard]] std::string key() const override { return key_; }
+
+    mutable int drawn = 0;
+
+private:
+    std::string key_;
 };
 
 StatusItemFace face()
 {
+    const auto mark = std::make_shared<Square>("mark");
     return { .visible = true,
+        .length = 40,
         .label = " cpu 3%",
         .labelGuide = "cpu 100%",
         .toolTip = "ostrel · cpu 3%",
-        .images = { { .width = 2, .height = 1, .pixels = { 0x80FF2010, 0xFF000001 } } } };
+        .iconName = "mark-symbolic",
+        .icon = mark,
+        .picture = mark };
 }
 
 /// A desktop on a connection of its own, and an item on the program's.
@@ -99,7 +142,7 @@ protected:
 
     void makeItem()
     {
-        item = bar.makeItem("dev.quent.ostrel", "ostrel");
+        item = bar.makeItem("dev.quent.ostrel", "ostrel", "/icons");
         item->setFace(face());
     }
 
@@ -144,7 +187,7 @@ protected:
     /// The signals so far: they arrive before the answer to a later call.
     QStringList heard()
     {
-        properties();
+        property(itemPath, itemInterface, "Title");
         return std::exchange(log.names, {});
     }
 
@@ -163,15 +206,18 @@ TEST_F(QtStatusItemOnABus, ItsPropertiesAreReadInOneCall)
     const QVariantMap all = properties();
     const QVariantMap plain { { "Category", "SystemServices" }, { "Id", "dev.quent.ostrel" },
         { "Title", "ostrel" }, { "Status", "Active" }, { "WindowId", 0 }, { "ItemIsMenu", false },
-        { "XAyatanaLabel", " cpu 3%" }, { "XAyatanaLabelGuide", "cpu 100%" } };
+        { "IconName", "mark-symbolic" }, { "IconThemePath", "/icons" },
+        { "IconAccessibleDesc", "ostrel · cpu 3%" }, { "XAyatanaLabel", " cpu 3%" },
+        { "XAyatanaLabelGuide", "cpu 100%" } };
     for (const auto& [name, value] : plain.asKeyValueRange())
         EXPECT_EQ(all.value(name), value) << name.toStdString();
     EXPECT_EQ(qvariant_cast<QDBusObjectPath>(all.value("Menu")).path(), menuPath);
     EXPECT_EQ(qdbus_cast<BusToolTip>(all.value("ToolTip")).title, "ostrel · cpu 3%");
     const auto images = qdbus_cast<BusImages>(all.value("IconPixmap"));
-    ASSERT_EQ(images.size(), 1);
-    EXPECT_EQ(std::pair(images[0].width, images[0].height), std::pair(2, 1));
-    EXPECT_EQ(images[0].pixels.toHex(), "80ff2010ff000001") << "network byte order";
+    ASSERT_EQ(images.size(), 7);
+    EXPECT_EQ(std::pair(images[1].width, images[1].height), std::pair(22, 22));
+    EXPECT_EQ(images[1].pixels.left(4).toHex(), "80858a90") << "grey, in network byte order";
+    EXPECT_EQ(images[1].pixels.size(), 22 * 22 * 4);
     EXPECT_EQ(property(itemPath, itemInterface, "Title"), "ostrel");
     EXPECT_EQ(property(menuPath, menuInterface, "Version"), 3U);
     const QDBusMessage xml = call(itemPath, "org.freedesktop.DBus.Introspectable", "Introspect");
@@ -215,28 +261,83 @@ TEST_F(QtStatusItemOnABus, HostsHearOnlyOfWhatReallyChanged)
     hears({});
     next.toolTip = "ostrel · cpu 4%";
     hears({ "NewToolTip" });
-    next.images = { { .width = 1, .height = 1, .pixels = { 0 } } };
+    const auto values = std::make_shared<Square>("values");
+    next.picture = values;
     hears({ "NewIcon" });
+    EXPECT_EQ(values->drawn, 0) << "nobody has asked for it";
+    EXPECT_EQ(properties().value("IconName"), "") << "that names the mark alone";
+    EXPECT_EQ(values->drawn, 7);
+    next.picture = std::make_shared<Square>("values");
+    hears({});
     next.label = " cpu 4%";
     hears({ "XAyatanaNewLabel" }, { " cpu 4%", "cpu 100%" });
     next.visible = false;
-    hears({ "NewStatus" }, { "Passive" });
-    EXPECT_EQ(properties().value("Status"), "Passive");
+    item->setFace(next);
+    EXPECT_FALSE(desktop.interface()->isServiceRegistered(service).value()) << "a hidden item has left";
+    EXPECT_TRUE(spinUntil([&] { return log.names == QStringList { "NewStatus" }; }));
+    EXPECT_EQ(log.messages.back().arguments(), QVariantList { "Passive" });
+    next.visible = true;
+    item->setFace(next);
+    EXPECT_EQ(properties().value("Status"), "Active");
 }
 
 TEST_F(QtStatusItemOnABus, APressRunsTheHandlerWithThePointersPlace)
 {
     makeItem();
-    std::vector<std::optional<Point>> presses;
+    std::vector<StatusItemPress> presses;
     call(itemPath, itemInterface, "Activate", { 1, 2 });
-    item->setActivateHandler([&](std::optional<Point> place) { presses.push_back(place); });
-    for (const char* other : { "ContextMenu", "SecondaryActivate", "Activate" })
-        EXPECT_EQ(call(itemPath, itemInterface, other, { 100, 50 }).type(), QDBusMessage::ReplyMessage);
-    EXPECT_EQ(call(itemPath, itemInterface, "Scroll", { 1, "vertical" }).type(), QDBusMessage::ReplyMessage);
-    EXPECT_TRUE(spinUntil([&] { return presses.size() == 2; }));
-    EXPECT_EQ(presses[0], std::nullopt);
+    item->setPressHandler([&](const StatusItemPress& press) { presses.push_back(press); });
     const double height = QGuiApplication::primaryScreen()->geometry().height();
-    EXPECT_EQ(presses[1], (Point { 100, height - 50 }));
+    struct Case {
+        const char* member;
+        int x;
+        std::optional<Point> place;
+        bool secondary;
+    };
+    for (const Case& c : { Case { "ContextMenu", 100, Point { 100, height - 50 }, true },
+             { "SecondaryActivate", 100, std::nullopt, false },
+             { "Activate", 100, Point { 100, height - 50 }, false },
+             { "Activate", 0, std::nullopt, false } }) {
+        presses.clear();
+        const QDBusMessage reply = call(itemPath, itemInterface, c.member, { c.x, c.x / 2 });
+        EXPECT_EQ(reply.type(), QDBusMessage::ReplyMessage);
+        EXPECT_TRUE(spinUntil([&] { return presses.size() == 1; })) << c.member;
+        EXPECT_EQ(presses[0].place, c.place) << c.member << c.x;
+        EXPECT_EQ(presses[0].secondary, c.secondary) << c.member;
+    }
+    EXPECT_EQ(call(itemPath, itemInterface, "Scroll", { 1, "vertical" }).type(), QDBusMessage::ReplyMessage);
+}
+
+TEST_F(QtStatusItemOnABus, TheMenuPopsUpWhereThePressWasAndItsRowsRunOnTheQueue)
+{
+    makeItem();
+    int pressed = 0;
+    item->setMenuBuilder([&] {
+        return Menu { { .title = "a & b", .toolTip = "why" }, { .separator = true },
+            { .title = "below",
+                .submenu = { { .title = "press", .checked = true, .action = [&] { ++pressed; } } } } };
+    });
+    item->setPressHandler([&](const StatusItemPress&) { item->popUpMenu(); });
+    call(itemPath, itemInterface, "ContextMenu", { 40, 30 });
+    QPointer<QMenu> menu;
+    const auto isOpen = [&] {
+        menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+        return menu != nullptr;
+    };
+    ASSERT_TRUE(spinUntil(isOpen));
+    EXPECT_EQ(menu->pos(), QPoint(40, 30));
+    const auto rows = menu->actions();
+    ASSERT_EQ(rows.size(), 3);
+    EXPECT_EQ(rows[0]->text(), "a && b");
+    EXPECT_EQ(rows[0]->toolTip(), "why");
+    EXPECT_FALSE(rows[0]->isEnabled());
+    EXPECT_TRUE(rows[1]->isSeparator());
+    QAction* row = rows[2]->menu()->actions()[0];
+    EXPECT_TRUE(row->isChecked());
+    row->trigger();
+    EXPECT_EQ(pressed, 0) << "never on the menu's stack";
+    menu->close();
+    EXPECT_TRUE(spinUntil([&] { return pressed == 1 && !menu; }));
 }
 
 TEST_F(QtStatusItemOnABus, TheMenuIsBuiltWhenItOpensAndAClickRunsTheRow)
@@ -289,6 +390,27 @@ TEST_F(QtStatusItemOnABus, AnotherMenuIsAnnouncedAsANewLayout)
         "com.canonical.dbusmenu.Error.UnknownId");
 }
 
+/// A watcher on a connection of its own, from its coming to its end.
+struct WatcherOnTheBus {
+    explicit WatcherOnTheBus(bool hosted = true)
+    {
+        watcher.hosted = hosted;
+        EXPECT_TRUE(own.registerVirtualObject("/StatusNotifierWatcher", &watcher));
+        EXPECT_TRUE(own.registerService("org.kde.StatusNotifierWatcher"));
+    }
+    WatcherOnTheBus(const WatcherOnTheBus&) = delete;
+    WatcherOnTheBus& operator=(const WatcherOnTheBus&) = delete;
+    ~WatcherOnTheBus()
+    {
+        own.unregisterService("org.kde.StatusNotifierWatcher");
+        QDBusConnection::disconnectFromBus("watcher");
+    }
+
+    QDBusConnection own
+        = QDBusConnection::connectToBus(qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS"), "watcher");
+    Watcher watcher;
+};
+
 TEST_F(QtStatusItemOnABus, RegistersWithEveryWatcherThatComesOrIsThereAndLeavesTheBusAtItsEnd)
 {
     for (const bool itemFirst : { true, true, false }) {
@@ -296,21 +418,68 @@ TEST_F(QtStatusItemOnABus, RegistersWithEveryWatcherThatComesOrIsThereAndLeavesT
             makeItem();
         else if (!itemFirst)
             item.reset();
-        EXPECT_FALSE(item && item->isRegistered()) << "nobody is there";
+        EXPECT_FALSE(item && item->placement()) << "nobody is there";
         EXPECT_EQ(desktop.interface()->isServiceRegistered(service).value(), itemFirst);
-        Watcher watcher;
-        QDBusConnection own
-            = QDBusConnection::connectToBus(qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS"), "watcher");
-        EXPECT_TRUE(own.registerVirtualObject("/StatusNotifierWatcher", &watcher));
-        EXPECT_TRUE(own.registerService("org.kde.StatusNotifierWatcher"));
+        std::optional<WatcherOnTheBus> tray(std::in_place);
         if (!itemFirst)
             makeItem();
-        EXPECT_TRUE(spinUntil([&] { return item->isRegistered(); }));
-        EXPECT_EQ(watcher.registered, QVariantList { service });
-        own.unregisterService("org.kde.StatusNotifierWatcher");
-        EXPECT_TRUE(spinUntil([&] { return !item->isRegistered(); })) << "the watcher has gone";
-        QDBusConnection::disconnectFromBus("watcher");
+        EXPECT_TRUE(spinUntil([&] { return item->placement().has_value(); }));
+        EXPECT_EQ(tray->watcher.registered, QVariantList { service });
+        tray.reset();
+        EXPECT_TRUE(spinUntil([&] { return !item->placement(); })) << "the watcher has gone";
     }
+}
+
+TEST_F(QtStatusItemOnABus, ItsPlaceIsTheLastPresssElseTheScreensUpperRight)
+{
+    const WatcherOnTheBus tray;
+    makeItem();
+    ASSERT_TRUE(spinUntil([&] { return item->placement().has_value(); }));
+    const QRect screen = QGuiApplication::primaryScreen()->geometry();
+    EXPECT_EQ(item->placement()->frame, (Rect { screen.width() - 40.0, screen.height() - 24.0, 40, 24 }));
+    EXPECT_TRUE(item->placement()->seen);
+    call(itemPath, itemInterface, "Activate", { 300, 5 });
+    EXPECT_EQ(item->placement()->frame, (Rect { 288, screen.height() - 24.0, 24, 24 }))
+        << "kept on the screen";
+    StatusItemFace hidden = face();
+    hidden.visible = false;
+    item->setFace(hidden);
+    EXPECT_FALSE(item->placement());
+}
+
+TEST_F(QtStatusItemOnABus, AWatcherThatNobodyShowsItemsForHasNoPlaceForIt)
+{
+    const WatcherOnTheBus tray(false);
+    makeItem();
+    ASSERT_TRUE(spinUntil([&] { return !tray.watcher.registered.isEmpty(); }));
+    properties(); // two round trips behind: the list has been asked for
+    properties();
+    EXPECT_FALSE(item->placement());
+}
+
+TEST_F(QtStatusItemOnABus, AHostThatWritesLabelsGetsTheIconAndTheOthersEverythingInOnePicture)
+{
+    char before[16] = {};
+    ::prctl(PR_GET_NAME, before);
+    StatusItemFace values = face();
+    values.picture = std::make_shared<Square>("values");
+    StatusItemFace bare = values;
+    bare.icon = nullptr;
+    bare.iconName.clear();
+    for (const auto& [host, shown, name] : { std::tuple { "sfwbar", values, "mark-symbolic" },
+             { "ayatana-indicator-service", bare, "dev.quent.ostrel-blank" }, { "lxqt-panel", values, "" },
+             { "sfwbar", face(), "mark-symbolic" }, { "lxqt-panel", face(), "mark-symbolic" } }) {
+        ::prctl(PR_SET_NAME, host);
+        const WatcherOnTheBus tray;
+        makeItem();
+        ASSERT_TRUE(spinUntil([&] { return item->placement().has_value(); }));
+        item->setFace(shown);
+        EXPECT_EQ(properties().value("IconName"), name) << host;
+        const auto images = qdbus_cast<BusImages>(properties().value("IconPixmap"));
+        EXPECT_EQ(images.isEmpty(), name == std::string_view("dev.quent.ostrel-blank")) << host;
+        item.reset();
+    }
+    ::prctl(PR_SET_NAME, before);
 }
 
 TEST_F(QtStatusItemOnABus, ANotificationReachesTheOtherPrograms)
@@ -329,13 +498,13 @@ bool anItemWithoutABusIsQuiet()
 {
     ::setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/ostrel-bus", 1);
     QtMainQueue queue;
-    const auto item = QtStatusBar(queue).makeItem("dev.quent.ostrel", "ostrel");
+    const auto item = QtStatusBar(queue).makeItem("dev.quent.ostrel", "ostrel", "");
     int built = 0;
     item->setFace(face());
     item->setMenuBuilder([&] { return Menu(static_cast<std::size_t>(built++)); });
     QtDistributedNotificationCenter().post("dev.quent.ostrel.testbed", { { "action", "show" } });
     QCoreApplication::processEvents();
-    return !item->isRegistered() && built == 1;
+    return !item->placement() && built == 1;
 }
 
 TEST(QtStatusItemWithoutABusDeathTest, DoesNothing)

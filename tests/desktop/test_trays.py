@@ -1,0 +1,147 @@
+# SPDX-License-Identifier: Apache-2.0
+"""The bar item on each kind of tray: it appears, is pressed, shows values, and comes back with its tray."""
+import itertools
+import subprocess
+import unittest
+from typing import Optional
+
+import bus
+import screen
+from desktop_case import DesktopCase
+from private_desktop import PrivateDesktop
+from trays import HEIGHT, TRAYS
+
+ALONE = [name for name, tray in TRAYS.items() if tray.commands]
+
+
+class Trays(DesktopCase):
+    """Each test goes through the trays, each on a desktop of its own."""
+
+    @classmethod
+    def setUpClass(cls) -> None:
+        pass
+
+    def on(self, tray: str) -> None:
+        """Moves to a fresh desktop with that tray."""
+        self.doCleanups()
+        type(self).desktop = PrivateDesktop(tray=tray).__enter__()
+        self.addCleanup(self.desktop.close)
+
+    def strip(self) -> screen.Picture:
+        """What the tray's strip shows."""
+        top = 0 if self.desktop.tray.top else self.desktop.size[1] - HEIGHT
+        return screen.picture(self.desktop, screen.Box(0, top, self.desktop.size[0], HEIGHT))
+
+    def shown(self, empty: screen.Picture) -> Optional[screen.Box]:
+        """Where on the screen the strip differs from the empty one; None for too little to be an icon."""
+        now = self.strip()
+        size = range(0, len(now.pixels), 3)
+        places = [divmod(at // 3, now.width) for at in size if now.pixels[at:at + 3] != empty.pixels[at:at + 3]]
+        if len(places) < 40:
+            return None
+        columns, rows = [x for _, x in places], [y for y, _ in places]
+        top = 0 if self.desktop.tray.top else self.desktop.size[1] - HEIGHT
+        return screen.Box(min(columns), top + min(rows), max(columns) - min(columns) + 1,
+                          max(rows) - min(rows) + 1)
+
+    def settled(self, what: str, look) -> object:
+        """Waits until a look gives something, and the same twice."""
+        looks: list[object] = [None]
+
+        def same() -> object:
+            looks.append(look())
+            return looks[-1] if looks[-1] == looks[-2] else None
+
+        return self.wait_for(what, same)
+
+    def empty_strip(self) -> screen.Picture:
+        """The strip before there is an item."""
+        return self.settled("drawn strip", self.strip)
+
+    def appears(self, empty: screen.Picture) -> screen.Box:
+        return self.settled("item on the strip", lambda: self.shown(empty))
+
+    def press(self, box: screen.Box, button: int = 1) -> None:
+        self.desktop.run(["xdotool", "mousemove", str(box.x + box.width // 2), str(box.y + box.height // 2),
+                          "click", str(button)])
+
+    def free_area(self) -> screen.Picture:
+        return screen.picture(self.desktop, screen.Box(*self.desktop.work_area()))
+
+    def test_a_press_opens_and_closes_the_panel_and_the_item_comes_back_with_its_tray(self):
+        for tray in ALONE:
+            with self.subTest(tray=tray):
+                self.on(tray)
+                empty = self.empty_strip()
+                process = self.start("--background")
+                box = self.appears(empty)
+                if self.desktop.tray.opens_menu:
+                    self.open_from_the_hosts_menu(box)
+                    self.close_panel()
+                else:
+                    for is_open in (True, False):
+                        self.press(box)
+                        self.wait_for("panel", lambda: bool(screen.panel_window(self.desktop)) == is_open)
+                self.desktop.stop_tray()
+                self.desktop.start_tray()
+                self.assertIsNone(process.poll())
+                self.appears(empty)
+
+    def open_from_the_hosts_menu(self, box: screen.Box) -> None:
+        before = self.free_area()
+        self.press(box)
+        self.settled("menu", lambda: self.free_area() if self.free_area() != before else None)
+        screen.press(self.desktop, "Down")
+        screen.press(self.desktop, "Return")
+        self.panel()
+
+    def test_a_right_press_opens_the_menu(self):
+        for tray in ("xfce", "xfce-bottom", "lxqt", "trayer", "tint2"):
+            with self.subTest(tray=tray):
+                self.on(tray)
+                empty = self.empty_strip()
+                self.start("--background")
+                box, before = self.appears(empty), self.free_area()
+                self.press(box, 3)
+                self.settled("menu", lambda: self.free_area() if self.free_area() != before else None)
+                self.assertIsNone(screen.panel_window(self.desktop))
+
+    def test_the_values_are_on_the_strip_where_the_mode_shows_them(self):
+        for tray in ALONE:
+            with self.subTest(tray=tray):
+                self.on(tray)
+                empty = self.empty_strip()
+                looks = {}
+                for mode, parts in (("mark", ["cpu"]), ("value", ["mem"]), ("value", ["load"])):
+                    process = self.start("--background", refresh="calm", barmode=mode, barparts=parts)
+                    box = self.appears(empty)
+                    looks[mode, parts[0]] = screen.picture(self.desktop, box)
+                    self.stop(process, empty)
+                if self.desktop.tray.shows_label:
+                    self.assertGreater(looks["value", "load"].width, 2 * HEIGHT)
+                for one, other in itertools.combinations(looks, 2):
+                    self.assertNotEqual(looks[one], looks[other], f"{one} and {other} look the same")
+
+    def stop(self, process: subprocess.Popen, empty: screen.Picture) -> None:
+        self.end(process)
+        self.wait_for("empty strip", lambda: not self.shown(empty))
+
+    def test_without_a_tray_it_waits_and_a_bus_tray_takes_the_item_from_an_older_one(self):
+        self.on("none")
+        process = self.start("--background", refresh="fast")
+        self.wait_for("running program", lambda: bus.has_owner(self.desktop.env, f"{bus.ITEM}-{process.pid}-1"))
+        self.assertIsNone(self.docked())
+        self.desktop.start_tray("trayer")
+        self.wait_for("docked item", self.docked)
+        self.desktop.start("second", ["lxqt-panel"])
+        self.item(process)
+        self.wait_for("undocked item", lambda: not self.docked())
+
+    def docked(self) -> Optional[str]:
+        """The window that a tray took in."""
+        found = self.desktop.run(["xdotool", "search", "--onlyvisible", "--class", "^ostrel$"]).stdout.split()
+        return found[0] if found else None
+
+
+if __name__ == "__main__":
+    unittest.main()
