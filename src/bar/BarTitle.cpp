@@ -108,11 +108,10 @@ std::string barLabelGuide(BarDisplayMode mode, const BarParts& parts)
 
 std::vector<std::string> barFigures(const BarParts& parts, const BarReading& reading)
 {
-    std::vector<BarPart> shown = shownParts(parts);
-    shown.resize(std::min(shown.size(), mostBarFigures));
     std::vector<std::string> figures;
-    for (const BarPart part : shown)
-        figures.push_back(figure(part, reading));
+    for (const BarPart part : shownParts(parts))
+        if (figures.size() < mostBarFigures)
+            figures.push_back(figure(part, reading));
     return figures;
 }
 
