@@ -4,24 +4,29 @@
 #include "platform/Alerts.h"
 
 #include <cstddef>
+#include <deque>
 #include <functional>
 #include <vector>
 
-/// Questions that a test answers.
-class FakeAlerts final : public platform::Alerts {
-public:
+/// Questions that are answered at once, with what the test put in the queue, else with the last button.
+struct FakeAlerts final : platform::Alerts {
     [[nodiscard]] std::size_t runModal(const platform::Alert& alert) override
     {
         asked.push_back(alert);
-        up = true;
-        whileUp();
-        up = false;
+        ++up;
+        if (meanwhile)
+            meanwhile();
+        --up;
+        if (answers.empty())
+            return alert.buttons.empty() ? 0 : alert.buttons.size() - 1;
+        const std::size_t answer = answers.front();
+        answers.pop_front();
         return answer;
     }
-    [[nodiscard]] bool isUp() const override { return up; }
+    [[nodiscard]] bool isUp() const override { return up > 0; }
 
     std::vector<platform::Alert> asked;
-    std::size_t answer = 0;
-    bool up = false;
-    std::function<void()> whileUp = [] {};
+    std::deque<std::size_t> answers;
+    std::function<void()> meanwhile; ///< what the loop does while a question waits
+    int up = 0;
 };

@@ -260,11 +260,11 @@ TEST(PanelFrame, AnOldBodyGoesInALaterTurnAndNotWhileAQuestionIsUp)
     QPointer<QWidget> old = rebuild();
     panel.time.advance(platform::Seconds(0.01));
     EXPECT_FALSE(old);
-    panel.alerts.up = true;
+    panel.alerts.up = 1;
     old = rebuild();
     panel.time.advance(platform::Seconds(2));
     EXPECT_TRUE(old);
-    panel.alerts.up = false;
+    panel.alerts.up = 0;
     panel.time.advance(platform::Seconds(1));
     EXPECT_FALSE(old);
 }

@@ -25,7 +25,8 @@ double outside(double x, double y, double halfWidth, double halfHeight, double r
 
 double PopoverShadow::darkness(double distance) const
 {
-    const double left = std::clamp(1 - distance / (margin - drop), 0.0, 1.0);
+    // Begins as far inside as the shadow is lower, so that it is darkest where the popover's lower edge is.
+    const double left = std::clamp(1 - (distance + drop) / margin, 0.0, 1.0);
     return darkest * left * left * left;
 }
 

@@ -14,7 +14,7 @@ struct PopoverShadow {
     double radius = 0; ///< of the popover's corners
     double drop = 4; ///< how much lower it stands
 
-    /// How dark it is at a distance outside of the edge that casts it: 1 is black.
+    /// How dark it is at a distance outside of its own outline: 1 is black.
     [[nodiscard]] double darkness(double distance) const;
 
     /// The smallest picture of a whole shadow: its four corners, and one point between them that is

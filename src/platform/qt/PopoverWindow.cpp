@@ -12,8 +12,8 @@
 #include <cstdint>
 #include <utility>
 
+#include <QApplication>
 #include <QCloseEvent>
-#include <QGuiApplication>
 #include <QPainter>
 #include <QScreen>
 
@@ -22,7 +22,6 @@ namespace platform {
 namespace {
 
 constexpr int fadeMilliseconds = 200;
-constexpr std::uint8_t sentByOthers = 0x80;
 
 } // namespace
 
@@ -87,52 +86,17 @@ void PopoverWindow::appear(const QRect& place, bool fades)
         fade_.start();
     }
     show();
+    // After a hiding in the same turn the toolkit still counts the window as the one with the keyboard, but
+    // no widget as active any more, and would never again.
+    if (windowHandle() == QGuiApplication::focusWindow() && !isActiveWindow())
+        QApplication::setActiveWindow(this);
 }
 
 void PopoverWindow::vanish()
 {
-    wantsKeyboard_ = false;
     fade_.stop();
     hide();
     setWindowOpacity(1);
-}
-
-void PopoverWindow::takeKeyboard()
-{
-    raise();
-    xcb_connection_t* const connection = toolkitXConnection();
-    if (!connection) {
-        activateWindow();
-        return;
-    }
-    // Window managers refuse a program that asks with an old time, and ours may come from a press that
-    // reached us over the bus. The display tells the present time with any change of a property; the toolkit
-    // notes it with that event and asks with it.
-    if (stamp_ == XCB_ATOM_NONE)
-        stamp_ = internAtoms(connection, { "_OSTREL_TIME" })[0];
-    wantsKeyboard_ = true;
-    xcb_change_property(connection, XCB_PROP_MODE_REPLACE, static_cast<xcb_window_t>(winId()), stamp_,
-        XCB_ATOM_CARDINAL, 32, 0, nullptr);
-    xcb_flush(connection);
-}
-
-bool PopoverWindow::nativeEvent(const QByteArray& kind, void* message, qintptr*)
-{
-    if (!wantsKeyboard_ || kind != "xcb_generic_event_t")
-        return false;
-    const auto& event = *static_cast<const xcb_generic_event_t*>(message);
-    if ((event.response_type & ~sentByOthers) != XCB_PROPERTY_NOTIFY
-        || reinterpret_cast<const xcb_property_notify_event_t&>(event).atom != stamp_)
-        return false;
-    wantsKeyboard_ = false;
-    QMetaObject::invokeMethod(
-        this,
-        [this] {
-            if (isVisible())
-                activateWindow();
-        },
-        Qt::QueuedConnection);
-    return false;
 }
 
 void PopoverWindow::paintEvent(QPaintEvent* event)

@@ -30,13 +30,9 @@ public:
     /// Goes at once.
     void vanish();
 
-    /// Gives it the keyboard, also where the window manager holds off those whom the user didn't press.
-    void takeKeyboard();
-
 protected:
     void paintEvent(QPaintEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
-    bool nativeEvent(const QByteArray& kind, void* message, qintptr* result) override;
 
 private:
     void setTranslucent(bool translucent);
@@ -51,8 +47,6 @@ private:
     QVariantAnimation fade_;
     QWidget* content_ = nullptr;
     bool translucent_ = false;
-    xcb_atom_t stamp_ = XCB_ATOM_NONE; ///< a property that changes to learn the display's time
-    bool wantsKeyboard_ = false;
 };
 
 } // namespace platform

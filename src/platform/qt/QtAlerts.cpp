@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/qt/QtAlerts.h"
 
+#include "platform/qt/WindowActivation.h"
 #include "platform/qt/WindowHints.h"
 
 #include <algorithm>
+#include <chrono>
 #include <optional>
 
 #include <QApplication>
@@ -13,9 +15,11 @@
 #include <QLabel>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QPointer>
 #include <QPolygonF>
 #include <QPushButton>
 #include <QScreen>
+#include <QTimer>
 #include <QWindow>
 
 namespace platform {
@@ -25,6 +29,7 @@ namespace {
 constexpr int textWidth = 380; ///< wide enough for a path, in points
 constexpr int gap = 20;
 constexpr int markSize = 32;
+constexpr std::chrono::milliseconds settled { 150 }; ///< window managers have passed the keyboard on
 
 /// A sign of danger: what is asked can't be undone.
 class WarningMark final : public QWidget {
@@ -101,10 +106,9 @@ public:
         all->addLayout(buttons);
     }
 
-    /// Puts it over the window that has the keyboard.
-    void place()
+    /// Puts it over that window, or on the display where the pointer is.
+    void place(QWidget* below)
     {
-        const QWidget* const below = QApplication::activeWindow();
         const QScreen* const pointed = QGuiApplication::screenAt(QCursor::pos());
         const QScreen* const display = below ? below->screen()
             : pointed                        ? pointed
@@ -155,6 +159,17 @@ private:
     }
 };
 
+/// Window managers give the keyboard to no tool window by themselves when a dialog ends, and some pass it on
+/// to another program only after we have asked.
+void giveBack(QWidget& window)
+{
+    takeKeyboard(window);
+    QTimer::singleShot(settled, &window, [&window] {
+        if (window.isVisible() && !QApplication::activeWindow())
+            takeKeyboard(window);
+    });
+}
+
 } // namespace
 
 std::size_t QtAlerts::runModal(const Alert& alert)
@@ -162,11 +177,14 @@ std::size_t QtAlerts::runModal(const Alert& alert)
     const std::size_t last = alert.buttons.empty() ? 0 : alert.buttons.size() - 1;
     if (!qobject_cast<QApplication*>(QCoreApplication::instance()))
         return last;
+    const QPointer<QWidget> below = QApplication::activeWindow();
     AlertDialog dialog(alert);
-    dialog.place();
+    dialog.place(below);
     ++up_;
     dialog.exec();
     --up_;
+    if (below && below->isVisible())
+        giveBack(*below);
     return dialog.chosen.value_or(last);
 }
 

@@ -4,6 +4,7 @@
 #include "platform/qt/GlobalPoints.h"
 #include "platform/qt/PopoverPlacement.h"
 #include "platform/qt/PopoverWindow.h"
+#include "platform/qt/WindowActivation.h"
 #include "platform/qt/X11PressWatch.h"
 #include "platform/qt/XcbEventFilter.h"
 
@@ -86,33 +87,23 @@ public:
     void makeKey() override
     {
         if (shown_)
-            window_.takeKeyboard();
+            takeKeyboard(window_);
     }
 
     [[nodiscard]] bool isKey() const override
     {
         if (!shown_)
             return false;
-        const QWidget* const active = QApplication::activeWindow();
-        return (active && active->window() == &window_) || standsOver(active)
-            || standsOver(QApplication::activePopupWidget());
+        return isOurs(QApplication::activeWindow()) || isOurs(QApplication::activePopupWidget());
     }
 
 private:
-    /// Whether it is a menu or a question of ours.
-    [[nodiscard]] bool standsOver(const QWidget* other) const
+    /// Whether it is the window, or a menu or a question of ours over it.
+    [[nodiscard]] bool isOurs(const QWidget* one) const
     {
-        return other
-            && (other == QApplication::activePopupWidget() || other == QApplication::activeModalWidget()
-                || window_.isAncestorOf(other) || isChild(other));
-    }
-
-    [[nodiscard]] bool isChild(const QWidget* other) const
-    {
-        for (const QWidget* one = other; one; one = one->parentWidget())
-            if (one == &window_)
-                return true;
-        return false;
+        return one
+            && (one == &window_ || one == QApplication::activePopupWidget()
+                || one == QApplication::activeModalWidget());
     }
 
     void closeWhenLeft(Qt::ApplicationState state)

@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/qt/QtAlerts.h"
+
+#include "support/QtEnvironment.h"
+
+#include <QDialog>
+#include <QKeyEvent>
+#include <QPointer>
+#include <QTimer>
+#include <QWidget>
+
+namespace {
+
+using namespace platform;
+
+/// Does something once the question stands, and the answer.
+std::size_t answerTo(QtAlerts& alerts, const Alert& alert, const std::function<void(QDialog&)>& act)
+{
+    QTimer::singleShot(0, qApp, [&] { act(*qobject_cast<QDialog*>(QApplication::activeModalWidget())); });
+    return alerts.runModal(alert);
+}
+
+void press(QWidget& where, Qt::Key key)
+{
+    QKeyEvent down(QEvent::KeyPress, key, Qt::NoModifier);
+    QCoreApplication::sendEvent(&where, &down);
+}
+
+const Alert question { "Stop it?", "It & its children.", { "Stop", "Show", "Cancel" }, true };
+
+TEST(QtAlerts, ReturnIsTheFirstButtonAndEscapeOrClosingTheLast)
+{
+    QtAlerts alerts;
+    EXPECT_EQ(answerTo(alerts, question, [](QDialog& dialog) { press(dialog, Qt::Key_Return); }), 0U);
+    EXPECT_EQ(answerTo(alerts, question, [](QDialog& dialog) { press(dialog, Qt::Key_Escape); }), 2U);
+    EXPECT_EQ(answerTo(alerts, question, [](QDialog& dialog) { dialog.close(); }), 2U);
+    EXPECT_EQ(answerTo(alerts, { "Done", "", { "OK" } }, [](QDialog& dialog) { dialog.close(); }), 0U);
+}
+
+TEST(QtAlerts, TheLoopGoesOnUnderneathAndMayDropTheWindowThatTheQuestionStandsOver)
+{
+    QtAlerts alerts;
+    QPointer<QWidget> panel = new QWidget;
+    panel->show();
+    panel->activateWindow();
+    ASSERT_TRUE(spinUntil([&] { return QApplication::activeWindow() == panel; }));
+    std::optional<std::size_t> inner;
+    EXPECT_EQ(answerTo(alerts, question,
+                  [&](QDialog& dialog) {
+                      panel->deleteLater();
+                      EXPECT_TRUE(spinUntil([&] { return !panel; }));
+                      inner
+                          = answerTo(alerts, question, [](QDialog& other) { press(other, Qt::Key_Return); });
+                      EXPECT_TRUE(alerts.isUp()) << "the first one still waits";
+                      press(dialog, Qt::Key_Escape);
+                  }),
+        2U);
+    EXPECT_EQ(inner, 0U);
+    EXPECT_FALSE(alerts.isUp());
+}
+
+} // namespace
