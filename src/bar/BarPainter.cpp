@@ -53,6 +53,7 @@ QFont titleFont()
 }
 
 /// The outlines of figures in the heaviest face there is, kept since a bar draws the same few over and over.
+/// No font is kept with them: it would outlive the application object.
 class FigureOutlines {
 public:
     [[nodiscard]] static QPainterPath of(const QString& text)
@@ -65,23 +66,22 @@ public:
     }
 
 private:
-    FigureOutlines()
-        : font_(plexMono(outlineSize, QFont::DemiBold))
+    static QFont font()
     {
-        font_.setHintingPreference(QFont::PreferNoHinting);
-        advance_ = QFontMetricsF(font_).horizontalAdvance('0');
+        QFont face = plexMono(outlineSize, QFont::DemiBold);
+        face.setHintingPreference(QFont::PreferNoHinting);
+        return face;
     }
 
     const QPainterPath& glyph(QChar character)
     {
         QPainterPath& path = glyphs_[character];
         if (path.isEmpty())
-            path.addText(QPointF(), font_, character);
+            path.addText(QPointF(), font(), character);
         return path;
     }
 
-    QFont font_;
-    double advance_ = 0;
+    double advance_ = QFontMetricsF(font()).horizontalAdvance('0');
     QHash<QChar, QPainterPath> glyphs_;
 };
 

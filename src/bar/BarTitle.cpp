@@ -108,10 +108,12 @@ std::string barLabelGuide(BarDisplayMode mode, const BarParts& parts)
 
 std::vector<std::string> barFigures(const BarParts& parts, const BarReading& reading)
 {
+    const std::vector<BarPart> shown = shownParts(parts);
+    const std::size_t count = std::min(shown.size(), mostBarFigures);
     std::vector<std::string> figures;
-    for (const BarPart part : shownParts(parts))
-        if (figures.size() < mostBarFigures)
-            figures.push_back(figure(part, reading));
+    figures.reserve(count);
+    for (std::size_t at = 0; at < count; ++at)
+        figures.push_back(figure(shown[at], reading));
     return figures;
 }
 

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "BarBench.h"
 
-#include <algorithm>
 #include <memory>
 
 #include <gtest/gtest.h>
@@ -10,15 +9,16 @@ namespace {
 
 using namespace ostrel;
 
-/// One line per row: indented in a submenu, "x" or "o" for a check, "-" for a grey row.
-std::string told(const platform::Menu& menu, const std::string& indent = "")
+/// Each row as its title, "x" or "o" before it for a check, "-" for a grey one, a submenu in brackets.
+std::string told(const platform::Menu& menu)
 {
     std::string text;
     for (const platform::MenuItem& row : menu) {
         const std::string check = row.checked ? (*row.checked ? "x " : "o ") : "";
         const std::string grey = row.action || row.separator || !row.submenu.empty() ? "" : "- ";
-        text += indent + (row.separator ? "---" : grey + check + row.title) + "\n";
-        text += told(row.submenu, indent + "  ");
+        text += (row.separator ? "---" : grey + check + row.title) + "|";
+        if (!row.submenu.empty())
+            text += "[|" + told(row.submenu) + "]|";
     }
     return text;
 }
@@ -39,44 +39,14 @@ TEST(ServiceMenu, ShowsEveryChoiceAsItStands)
     BarBench bench;
     bench.setUp();
     bench.settings.barDisplayMode = BarDisplayMode::markValue;
-    EXPECT_EQ(told(bench.bar.menu()), R"(- ostrel · cpu 0% · mem 0% · swap 0% · ?
----
-show panel
-actions
-  - audit MCP (read-only)
-  - preview own history
-  ---
-  - compact own history…
-settings
-  o pin panel open
-  o theme: black
-  ---
-  o refresh: fast
-  x refresh: normal
-  o refresh: calm
-  ---
-  - menu bar
-  - preview:  cpu 0% · swap 0%
-  x show cpu
-  o show mem
-  x show swap
-  o show load
-  o show mcp
-  ---
-  - modes:
-  o mode: mark
-  x mode: mark + value
-  o mode: value
-  - hidden · in the panel settings, it asks first
-  ---
-  - hotkey: ⌥⌘m · toggle panel
-  - esc · close panel
-  - 1–9 · switch tabs
-  - / · key help overlay
----
-about ostrel
-quit
-)");
+    EXPECT_EQ(told(bench.bar.menu()),
+        "- ostrel · cpu 0% · mem 0% · swap 0% · ?|---|show panel|actions|[|- audit MCP (read-only)|"
+        "- preview own history|---|- compact own history…|]|settings|[|o pin panel open|o theme: black|---|"
+        "o refresh: fast|x refresh: normal|o refresh: calm|---|- menu bar|- preview:  cpu 0% · swap 0%|"
+        "x show cpu|o show mem|x show swap|o show load|o show mcp|---|- modes:|o mode: mark|"
+        "x mode: mark + value|o mode: value|- hidden · in the panel settings, it asks first|---|"
+        "- hotkey: ⌥⌘m · toggle panel|- esc · close panel|- 1–9 · switch tabs|- / · key help overlay|]|---|"
+        "about ostrel|quit|");
     EXPECT_EQ(find(bench.bar.menu(), "theme: black")->toolTip,
         "theme: the panel in white or in black, the choice survives a restart");
     bench.door.black = bench.door.pin = true;
