@@ -13,6 +13,7 @@ RealPlatform::RealPlatform()
     : defaults_(files_, std::string(appIdentifier))
     , bundle_(platform::LinuxBundle::runningExecutableFolder())
     , statusBar_(mainQueue_)
+    , notifications_(mainQueue_)
     , workspace_(mainQueue_)
     , occlusion_(mainQueue_)
 {
