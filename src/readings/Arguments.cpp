@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "readings/Arguments.h"
 
+#include "core/Text.h"
+
 #include <algorithm>
 #include <array>
+#include <iterator>
 #include <string_view>
 
 #include <fmt/format.h>
@@ -13,6 +16,7 @@ namespace {
 
 constexpr std::array<std::string_view, 6> known { "--background", "--self-test", "--snapshot", "--testbed",
     "--readings", "--bar-state" };
+constexpr std::string_view scheme = "ostrel:";
 
 /// The argument directly behind the first `name`; nothing when `name` is absent or stands last.
 std::optional<std::string> behind(std::span<const std::string> arguments, std::string_view name)
@@ -22,6 +26,8 @@ std::optional<std::string> behind(std::span<const std::string> arguments, std::s
         return std::nullopt;
     return *(at + 1);
 }
+
+bool isAddress(std::string_view argument) { return lowered(argument.substr(0, scheme.size())) == scheme; }
 
 } // namespace
 
@@ -56,6 +62,7 @@ Route parseArguments(std::span<const std::string> arguments)
         return route;
     }
     route.background = has("--background");
+    std::ranges::copy_if(arguments, std::back_inserter(route.urls), isAddress);
     return route;
 }
 

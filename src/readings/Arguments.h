@@ -4,6 +4,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <vector>
 
 namespace ostrel {
 
@@ -23,6 +24,8 @@ struct Route {
     std::string unknownArgument; ///< usage: the first one
     std::string action; ///< testbed: any text
     bool background = false; ///< application: start without opening the panel
+    std::vector<std::string>
+        urls; ///< application: the addresses to open, in order; any bytes behind "ostrel:"
 
     bool operator==(const Route&) const = default;
 };

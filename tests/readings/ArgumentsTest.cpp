@@ -64,6 +64,8 @@ TEST(Arguments, EverythingElseStartsTheApplication)
         { {}, {} },
         { { "--snapshot", "a" }, {} },
         { { "-x", "--background", "--snapshot" }, { .background = true } },
+        { { "OSTREL:b", "--background", "-ostrel:", "ostrel", "ostrel://a", "ostrels:" },
+            { .background = true, .urls = { "OSTREL:b", "ostrel://a" } } },
     });
 }
 

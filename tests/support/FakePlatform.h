@@ -11,8 +11,10 @@
 #include "support/FakeStatusBar.h"
 #include "support/FakeSurfaceHosts.h"
 #include "support/FakeWorkspace.h"
+#include "support/Observers.h"
 
-#include <map>
+#include <functional>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -28,11 +30,20 @@ struct FakePlatform : FakeMachine {
     };
 
     struct Notifications final : platform::DistributedNotificationCenter {
-        void post(const std::string& name, const std::map<std::string, std::string>& userInfo) override
+        void post(const std::string& name, const platform::UserInfo& userInfo) override
         {
             posted.emplace_back(name, userInfo);
         }
-        std::vector<std::pair<std::string, std::map<std::string, std::string>>> posted;
+        [[nodiscard]] std::unique_ptr<platform::Observation> observe(
+            const std::string& name, std::function<void(const platform::UserInfo&)> received) override
+        {
+            return observers.add([this, name, received = std::move(received)] {
+                if (posted.back().first == name)
+                    received(posted.back().second);
+            });
+        }
+        std::vector<std::pair<std::string, platform::UserInfo>> posted;
+        Observers observers; ///< told of the last that was posted
     };
 
     [[nodiscard]] ostrel::PlatformServices services()

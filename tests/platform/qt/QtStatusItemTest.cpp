@@ -487,7 +487,8 @@ TEST_F(QtStatusItemOnABus, ANotificationReachesTheOtherPrograms)
     EXPECT_TRUE(desktop.connect({}, "/dev/quent/ostrel", "dev.quent.ostrel.DistributedNotification", "Posted",
         &log, SLOT(received(QDBusMessage))));
     desktop.interface()->isServiceRegistered(service);
-    QtDistributedNotificationCenter().post("dev.quent.ostrel.testbed", { { "action", "bänana" } });
+    QtMainQueue queue;
+    QtDistributedNotificationCenter(queue).post("dev.quent.ostrel.testbed", { { "action", "bänana" } });
     ASSERT_TRUE(spinUntil([&] { return !log.names.isEmpty(); }));
     const QVariantList arguments = log.messages[0].arguments();
     EXPECT_EQ(arguments.value(0), "dev.quent.ostrel.testbed");
@@ -502,7 +503,7 @@ bool anItemWithoutABusIsQuiet()
     int built = 0;
     item->setFace(face());
     item->setMenuBuilder([&] { return Menu(static_cast<std::size_t>(built++)); });
-    QtDistributedNotificationCenter().post("dev.quent.ostrel.testbed", { { "action", "show" } });
+    QtDistributedNotificationCenter(queue).post("dev.quent.ostrel.testbed", { { "action", "show" } });
     QCoreApplication::processEvents();
     return !item->placement() && built == 1;
 }
