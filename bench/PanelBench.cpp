@@ -39,7 +39,7 @@ void startToolkit()
 struct OpenPanel : AppBench {
     OpenPanel()
     {
-        delegate.applicationDidFinishLaunching(false);
+        start();
         fetch(snapshotText(processes));
         workspace.setReduceMotion(true);
         settle();

@@ -24,5 +24,5 @@ int main(int argc, char** argv)
     const ostrel::Route route = ostrel::parseArguments(arguments);
     if (route.kind != ostrel::Route::Kind::application)
         return ostrel::runCommandLineRoute(route, *delegate);
-    return ostrel::runApplication(argc, argv, route.background, *app, *delegate);
+    return ostrel::runApplication(argc, argv, { route.urls, route.background }, *app, *delegate);
 }

@@ -1,8 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "app/AppDelegate.h"
 
+#include "app/StandardStreams.h"
+#include "core/Version.h"
+#include "design/Fonts.h"
 #include "design/controls/ZOLFooterLine.h"
+#include "design/controls/ZOLHintCard.h"
 
+#include <cstdio>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -13,6 +18,9 @@ namespace {
 
 /// At quit, how long the collector's children get to end: asking, then killing, takes half a second.
 constexpr platform::Seconds quitPatience { 0.8 };
+
+/// When to look for an elder instance again.
+constexpr platform::Seconds secondLook { 1.2 };
 
 std::string catalogueUrl() { return "https://" + std::string(ZOLFooterLine::catalogueHost) + "/"; }
 
@@ -53,6 +61,7 @@ AppDelegate::AppDelegate(const PlatformServices& services)
           .choices = theme_,
           .showAbout = [this] { aboutWindow_.show(); },
           .quit = services.quit })
+    , routes_(panel_)
     , liveValues_(panelState_, liveRegistry_, frame_, [this] { return barItem_.title(); })
 {
     tick_.connect(*this, snapshots_);
@@ -67,16 +76,44 @@ AppDelegate::AppDelegate(const PlatformServices& services)
 
 AppDelegate::~AppDelegate() = default;
 
-void AppDelegate::applicationDidFinishLaunching(bool backgroundLaunch)
+bool AppDelegate::applicationDidFinishLaunching(const LaunchWish& wish)
 {
+    if (leavesToElder(wish))
+        return false;
+    // Of two that were started in one moment, neither may have seen the other yet.
+    services_.mainQueue.postAfter(secondLook, life_.guard([this, wish] {
+        if (leavesToElder(wish))
+            services_.quit();
+    }));
     theme_.loadTheme();
+    ZOLHintCard::font = OstrelStyle::mono;
     settings_.loadSettings(tick_);
     history_ = OstrelHistory::load(services_.files, historyFilePath_, services_.clock.now());
     snapshots_.ensureCollectorAvailable();
     barItem_.setupStatusItem([this] { return serviceMenu_.rebuildMenu(); });
     tick_.startNativeTimer();
-    if (!backgroundLaunch)
+    listenToRoutes();
+    for (const std::string& url : wish.urls)
+        routes_.handleUrl(url);
+    if (wish.urls.empty() && !wish.background)
         panel_.show();
+    return true;
+}
+
+bool AppDelegate::leavesToElder(const LaunchWish& wish)
+{
+    const auto line = enforceSingleInstance(services_.instances, services_.urlEvents, wish);
+    if (line)
+        say(stdout, *line);
+    return line.has_value();
+}
+
+void AppDelegate::listenToRoutes()
+{
+    services_.urlEvents.start(
+        [this](const std::string& url) { routes_.handleUrl(url); }, [this] { routes_.handleReopen(); });
+    testbedObservation_ = services_.notifications.observe(std::string(appIdentifier) + ".testbed",
+        [this](const platform::UserInfo& userInfo) { routes_.handleTestbedNotification(userInfo); });
 }
 
 void AppDelegate::applicationWillTerminate()

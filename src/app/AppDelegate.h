@@ -6,8 +6,10 @@
 #include "bar/BarItem.h"
 #include "bar/BarPainter.h"
 #include "bar/BarStateFile.h"
+#include "bar/Routes.h"
 #include "bar/ServiceMenu.h"
 #include "bar/Settings.h"
+#include "bar/SingleInstance.h"
 #include "collector/CollectorRunner.h"
 #include "collector/SnapshotCycle.h"
 #include "core/LifeToken.h"
@@ -36,9 +38,10 @@ public:
     AppDelegate& operator=(const AppDelegate&) = delete;
     ~AppDelegate() override;
 
-    /// The start sequence; the event loop's application object exists. With `backgroundLaunch` no panel
-    /// opens.
-    void applicationDidFinishLaunching(bool backgroundLaunch);
+    /// The start sequence; the event loop's application object exists. Opens what was wished for, or the
+    /// panel. False when an elder instance runs: it has been told, nothing was started, and this process is
+    /// to exit with 0.
+    [[nodiscard]] bool applicationDidFinishLaunching(const LaunchWish& wish);
     /// The end: no further tick or fetch, and the collector's children are asked to end.
     void applicationWillTerminate();
 
@@ -60,6 +63,9 @@ private:
     [[nodiscard]] bool panelShown() const override;
     void refreshPanel() override;
     void panelPlaced(std::string_view text);
+    /// Whether this process has to go; what there is to say has been printed then.
+    [[nodiscard]] bool leavesToElder(const LaunchWish& wish);
+    void listenToRoutes();
 
     PlatformServices services_;
     std::string historyFilePath_;
@@ -79,7 +85,10 @@ private:
     BarStateFile barState_;
     BarItem barItem_;
     ServiceMenu serviceMenu_;
+    Routes routes_;
+    std::unique_ptr<platform::Observation> testbedObservation_;
     LiveValues liveValues_;
+    LifeToken life_;
 };
 
 } // namespace ostrel

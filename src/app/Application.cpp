@@ -32,7 +32,8 @@ void choosePlatform()
 
 } // namespace
 
-int runApplication(int& argc, char** argv, bool background, RealPlatform& platform, AppDelegate& delegate)
+int runApplication(
+    int& argc, char** argv, const LaunchWish& wish, RealPlatform& platform, AppDelegate& delegate)
 {
     // A child that ends before it has read its input must not take the instrument with it.
     std::signal(SIGPIPE, SIG_IGN);
@@ -53,9 +54,11 @@ int runApplication(int& argc, char** argv, bool background, RealPlatform& platfo
     QApplication::setQuitOnLastWindowClosed(false);
     const platform::QtTerminationSignals signals([] { QApplication::quit(); });
     platform.mainQueue().attach();
-    delegate.applicationDidFinishLaunching(background);
-    const int code = QApplication::exec();
-    delegate.applicationWillTerminate();
+    int code = 0;
+    if (delegate.applicationDidFinishLaunching(wish)) {
+        code = QApplication::exec();
+        delegate.applicationWillTerminate();
+    }
     platform.mainQueue().detach();
     return code;
 }

@@ -6,9 +6,10 @@
 
 namespace ostrel {
 
-/// Runs the instrument until it is asked to quit, by its menu or by a signal, and gives the exit code.
-/// Without a reachable display it goes on without windows, so the bar item and the readings still work.
+/// Runs the instrument, unless an elder instance does, until it is asked to quit, by its menu or by a signal,
+/// and gives the exit code. Without a reachable display it goes on without windows, so the bar item and the
+/// readings still work.
 [[nodiscard]] int runApplication(
-    int& argc, char** argv, bool background, RealPlatform& platform, AppDelegate& delegate);
+    int& argc, char** argv, const LaunchWish& wish, RealPlatform& platform, AppDelegate& delegate);
 
 } // namespace ostrel

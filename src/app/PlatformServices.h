@@ -13,9 +13,11 @@
 #include "platform/MainQueue.h"
 #include "platform/Popover.h"
 #include "platform/ProcessInfo.h"
+#include "platform/RunningInstances.h"
 #include "platform/Screens.h"
 #include "platform/StatusItem.h"
 #include "platform/Timer.h"
+#include "platform/UrlEvents.h"
 #include "platform/UserDefaults.h"
 #include "platform/WindowOcclusion.h"
 #include "platform/Workspace.h"
@@ -45,6 +47,8 @@ struct PlatformServices {
     platform::EventMonitor& events;
     platform::Screens& screens;
     platform::Alerts& alerts;
+    platform::UrlEvents& urlEvents;
+    platform::RunningInstances& instances;
     std::function<void()> quit; ///< ends the event loop
 };
 

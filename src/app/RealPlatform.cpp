@@ -18,6 +18,7 @@ RealPlatform::RealPlatform()
     , occlusion_(mainQueue_)
     , popovers_(screens_)
     , events_(mainQueue_)
+    , urlEvents_(mainQueue_, std::string(appIdentifier))
 {
 }
 
@@ -41,6 +42,8 @@ PlatformServices RealPlatform::services()
         .events = events_,
         .screens = screens_,
         .alerts = alerts_,
+        .urlEvents = urlEvents_,
+        .instances = instances_,
         .quit = [] { QCoreApplication::quit(); } };
 }
 

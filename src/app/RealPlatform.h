@@ -9,6 +9,7 @@
 #include "platform/linux/LinuxGlobalQueue.h"
 #include "platform/linux/LinuxKernel.h"
 #include "platform/linux/LinuxProcessInfo.h"
+#include "platform/linux/LinuxRunningInstances.h"
 #include "platform/linux/LinuxUserDefaults.h"
 #include "platform/qt/QtAlerts.h"
 #include "platform/qt/QtDistributedNotificationCenter.h"
@@ -17,6 +18,7 @@
 #include "platform/qt/QtRunLoop.h"
 #include "platform/qt/QtScreens.h"
 #include "platform/qt/QtStatusItem.h"
+#include "platform/qt/QtUrlEvents.h"
 #include "platform/qt/QtWorkspace.h"
 #include "platform/qt/X11EventMonitor.h"
 #include "platform/qt/X11WindowOcclusion.h"
@@ -50,6 +52,8 @@ private:
     platform::QtPopovers popovers_;
     platform::X11EventMonitor events_;
     platform::QtAlerts alerts_;
+    platform::QtUrlEvents urlEvents_;
+    platform::LinuxRunningInstances instances_;
 };
 
 } // namespace ostrel

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "app/Routes.h"
 
+#include "app/StandardStreams.h"
 #include "bar/BarStateFile.h"
 #include "core/Version.h"
 #include "readings/NativeStats.h"
@@ -8,7 +9,6 @@
 
 #include <chrono>
 #include <cstdio>
-#include <string_view>
 #include <thread>
 
 #include <fmt/format.h>
@@ -18,12 +18,6 @@ namespace ostrel {
 namespace {
 
 using namespace std::chrono_literals;
-
-/// Writes as far as it can be written: a closed or full stream changes no exit code.
-void say(std::FILE* stream, std::string_view text)
-{
-    [[maybe_unused]] const auto written = std::fwrite(text.data(), 1, text.size(), stream);
-}
 
 int printReadings(AppDelegate& delegate)
 {

@@ -7,9 +7,11 @@
 #include "support/FakeMachine.h"
 #include "support/FakeOcclusion.h"
 #include "support/FakePopovers.h"
+#include "support/FakeRunningInstances.h"
 #include "support/FakeScreens.h"
 #include "support/FakeStatusBar.h"
 #include "support/FakeSurfaceHosts.h"
+#include "support/FakeUrlEvents.h"
 #include "support/FakeWorkspace.h"
 #include "support/Observers.h"
 
@@ -49,7 +51,8 @@ struct FakePlatform : FakeMachine {
     [[nodiscard]] ostrel::PlatformServices services()
     {
         return { kernel, machine, children, defaults, files, bundle, time, time, time, globalQueue, statusBar,
-            notifications, workspace, occlusion, popovers, mouse, screens, alerts, [this] { ++quits; } };
+            notifications, workspace, occlusion, popovers, mouse, screens, alerts, urlEvents, instances,
+            [this] { ++quits; } };
     }
 
     Machine machine;
@@ -61,5 +64,7 @@ struct FakePlatform : FakeMachine {
     FakeSurfaceHosts mouse;
     FakeScreens screens;
     FakeAlerts alerts;
+    FakeUrlEvents urlEvents;
+    FakeRunningInstances instances;
     int quits = 0;
 };

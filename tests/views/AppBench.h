@@ -11,6 +11,7 @@
 #include <QWidget>
 
 #include <memory>
+#include <stdexcept>
 #include <string>
 
 /// The application over a fake platform, and what is to be read in its panel.
@@ -26,6 +27,13 @@ struct AppBench : FakePlatform {
             view->setVisible(popovers.open);
         };
         popovers.onShown = [this](bool shown) { view_->setVisible(shown); };
+    }
+
+    /// The start sequence; this process is to stay.
+    void start(const ostrel::LaunchWish& wish = {})
+    {
+        if (!delegate.applicationDidFinishLaunching(wish))
+            throw std::logic_error("an elder instance runs");
     }
 
     /// Lets the fetch that waits, or a new one, be answered by the script with this text, or a failure that

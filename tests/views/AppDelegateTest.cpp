@@ -39,10 +39,11 @@ TEST(AppDelegate, StartsInOrderAndInTheBackgroundOpensNoPanel)
         EXPECT_EQ(bench.delegate.snapshots().backendState(), "collector missing: /opt/ostrel.py");
         EXPECT_EQ(bench.delegate.history().restored, 1U) << "the history comes before the item";
     };
-    bench.delegate.applicationDidFinishLaunching(true);
+    bench.start({ .background = true });
     EXPECT_EQ(faces, (std::vector<std::string> { "before the first tick", "after a tick" }));
     EXPECT_FALSE(bench.delegate.frame().shown());
-    EXPECT_EQ(bench.files.contents[historyFile].find("\"cpu\":1,"), 14U) << "the tick doesn't wait for the disk";
+    EXPECT_EQ(bench.files.contents[historyFile].find("\"cpu\":1,"), 14U)
+        << "the tick doesn't wait for the disk";
     ASSERT_EQ(bench.globalQueue.waiting.size(), 1U);
     EXPECT_EQ(bench.globalQueue.waiting.front().first, platform::QueuePriority::utility);
     bench.globalQueue.run();
@@ -52,7 +53,7 @@ TEST(AppDelegate, StartsInOrderAndInTheBackgroundOpensNoPanel)
 TEST(AppDelegate, APlainStartOpensThePanelAndFetchesWhileItIsOpen)
 {
     AppBench bench;
-    bench.delegate.applicationDidFinishLaunching(false);
+    bench.start();
     EXPECT_TRUE(bench.delegate.frame().shown());
     bench.fetch(snapshotText(1));
     bench.time.advance(platform::Seconds(15));
@@ -67,7 +68,7 @@ TEST(AppDelegate, APlainStartOpensThePanelAndFetchesWhileItIsOpen)
 TEST(AppDelegate, EndsWithItsTimersFirstThenTheChildrenThenTheItem)
 {
     AppBench bench;
-    bench.delegate.applicationDidFinishLaunching(false);
+    bench.start();
     std::promise<void> started;
     std::promise<void> mayEnd;
     bench.children.whileRunning = [&] {

@@ -29,7 +29,8 @@ namespace {
 using namespace ostrel;
 
 /// The first view of that kind; the toolkit's own search doesn't know our kinds.
-template <typename View> View* find(const QWidget& root)
+template <typename View>
+View* find(const QWidget& root)
 {
     for (QWidget* view : root.findChildren<QWidget*>())
         if (auto* found = dynamic_cast<View*>(view))
@@ -39,7 +40,7 @@ template <typename View> View* find(const QWidget& root)
 
 /// The application with its panel on screen.
 struct OpenPanel : AppBench {
-    OpenPanel() { delegate.applicationDidFinishLaunching(false); }
+    OpenPanel() { start(); }
 
     [[nodiscard]] QScrollBar& scrollBar() { return *root().findChild<QScrollArea*>()->verticalScrollBar(); }
     [[nodiscard]] ZOLTabStrip& strip() { return *find<ZOLTabStrip>(root()); }
