@@ -11,6 +11,7 @@ from desktop_case import DesktopCase
 from private_desktop import PrivateDesktop
 from trays import HEIGHT, TRAYS
 
+MENU_HEIGHT = 60  # lower than any menu, higher than a tool tip or the pointer; in pixels
 ALONE = [name for name, tray in TRAYS.items() if tray.commands]
 
 
@@ -92,11 +93,17 @@ class Trays(DesktopCase):
     def opens_a_menu(self, box: screen.Box, button: int) -> None:
         """Presses the item and checks that a menu comes up, which Escape closes."""
         before = self.free_area()
+
+        def stands() -> bool:
+            now, line = self.free_area(), before.width * 3
+            starts = range(0, len(now.pixels), line)
+            return sum(now.pixels[at:at + line] != before.pixels[at:at + line] for at in starts) > MENU_HEIGHT
+
         self.press(box, button)
-        self.settled("menu", lambda: self.free_area() if self.free_area() != before else None)
+        self.wait_for("menu", stands)
         self.assertIsNone(screen.panel_window(self.desktop))
         screen.press(self.desktop, "Escape")
-        self.wait_for("closed menu", lambda: self.free_area() == before)
+        self.wait_for("closed menu", lambda: not stands())
 
     def test_a_right_press_opens_the_menu(self):
         for tray in ("xfce", "xfce-bottom", "lxqt", "trayer", "tint2"):
