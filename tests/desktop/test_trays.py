@@ -38,9 +38,9 @@ class Trays(DesktopCase):
         now = self.strip()
         size = range(0, len(now.pixels), 3)
         places = [divmod(at // 3, now.width) for at in size if now.pixels[at:at + 3] != empty.pixels[at:at + 3]]
-        if len(places) < 40:
-            return None
         columns, rows = [x for _, x in places], [y for y, _ in places]
+        if min(len(set(columns)), len(set(rows))) < HEIGHT // 4:
+            return None  # a line at the edge of a panel that has just come up
         top = 0 if self.desktop.tray.top else self.desktop.size[1] - HEIGHT
         return screen.Box(min(columns), top + min(rows), max(columns) - min(columns) + 1,
                           max(rows) - min(rows) + 1)
