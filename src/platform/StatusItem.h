@@ -79,8 +79,8 @@ public:
     virtual ~StatusBar() = default;
 
     /// A new item. `id` names it for the host and stays the same across runs; `title` is its readable name;
-    /// `iconFolder` holds the icon theme that has the face's icon name, and an empty icon "{id}-blank" for hosts
-    /// that always show one; empty for none.
+    /// `iconFolder` holds the icon theme that has the face's icon name, and an empty icon "{id}-blank" for
+    /// hosts that always show one; empty for none.
     [[nodiscard]] virtual std::unique_ptr<StatusItem> makeItem(
         const std::string& id, const std::string& title, const std::string& iconFolder)
         = 0;

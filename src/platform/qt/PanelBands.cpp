@@ -47,15 +47,15 @@ const NativeScreen* screenOfBand(std::span<const NativeScreen> screens, const Pa
     const PixelRect& p = band.place;
     switch (band.edge) {
     case PanelBand::Edge::top:
-        return screenAt(screens, p.x + p.width / 2, p.y + p.height - 1);
+        return screenAt(screens, p.x + p.width / 2.0, p.y + p.height - 1);
     case PanelBand::Edge::left:
-        return screenAt(screens, p.x + p.width - 1, p.y + p.height / 2);
+        return screenAt(screens, p.x + p.width - 1, p.y + p.height / 2.0);
     case PanelBand::Edge::bottom:
     case PanelBand::Edge::right:
         break;
     }
-    return screenAt(screens, band.edge == PanelBand::Edge::bottom ? p.x + p.width / 2 : p.x,
-        band.edge == PanelBand::Edge::bottom ? p.y : p.y + p.height / 2);
+    return screenAt(screens, band.edge == PanelBand::Edge::bottom ? p.x + p.width / 2.0 : p.x,
+        band.edge == PanelBand::Edge::bottom ? p.y : p.y + p.height / 2.0);
 }
 
 bool holds(const Rect& rect, Point point)

@@ -32,12 +32,12 @@ const Event& as(const xcb_generic_event_t& event)
 
 } // namespace
 
-XEmbedTray::XEmbedTray(xcb_connection_t* connection, std::string programName, const StatusItemFace& face,
-    double scale, Owner owner)
+XEmbedTray::XEmbedTray(
+    xcb_connection_t* connection, std::string programName, StatusItemFace face, double scale, Owner owner)
     : connection_(connection)
     , atoms_(connection)
     , programName_(std::move(programName))
-    , face_(face)
+    , face_(std::move(face))
     , scale_(scale)
     , owner_(std::move(owner))
 {

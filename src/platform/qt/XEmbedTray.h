@@ -33,8 +33,8 @@ public:
     };
 
     /// Docks at once where there is a tray; `scale` is pixels a point.
-    XEmbedTray(xcb_connection_t* connection, std::string programName, const StatusItemFace& face,
-        double scale, Owner owner);
+    XEmbedTray(xcb_connection_t* connection, std::string programName, StatusItemFace face, double scale,
+        Owner owner);
 
     void show(const StatusItemFace& face, double scale);
     /// Every event of the connection has to come by here.
