@@ -318,7 +318,6 @@ TEST_F(QtStatusItemOnABus, ANotificationReachesTheOtherPrograms)
     EXPECT_TRUE(desktop.connect({}, "/dev/quent/ostrel", "dev.quent.ostrel.DistributedNotification", "Posted",
         &log, SLOT(received(QDBusMessage))));
     desktop.interface()->isServiceRegistered(service);
-    QtMainQueue queue;
     QtDistributedNotificationCenter(queue).post("dev.quent.ostrel.testbed", { { "action", "bänana" } });
     ASSERT_TRUE(spinUntil([&] { return !log.names.isEmpty(); }));
     const QVariantList arguments = log.messages[0].arguments();
