@@ -1,0 +1,176 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/qt/QtUrlEvents.h"
+
+#include "platform/qt/QtDistributedNotificationCenter.h"
+
+#include "support/QtEnvironment.h"
+#include "support/VirtualTime.h"
+
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QDBusPendingCall>
+#include <QDBusVariant>
+#include <QDBusVirtualObject>
+#include <QThread>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace platform;
+
+constexpr const char* name = "dev.quent.ostrel";
+constexpr const char* path = "/dev/quent/ostrel";
+constexpr const char* application = "org.freedesktop.Application";
+
+/// Another program on the bus.
+struct OtherProgram {
+    OtherProgram()
+        : bus(QDBusConnection::connectToBus(qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS"), "other"))
+    {
+    }
+    ~OtherProgram() { QDBusConnection::disconnectFromBus("other"); }
+
+    /// The signature of the answer, or the error's name.
+    QString call(const char* member, const QVariantList& arguments, const char* interface = application)
+    {
+        QDBusMessage message = QDBusMessage::createMethodCall(name, path, interface, member);
+        message.setArguments(arguments);
+        const QDBusPendingCall pending = bus.asyncCall(message);
+        EXPECT_TRUE(spinUntil([&] { return pending.isFinished(); }));
+        return pending.isError() ? pending.error().name() : pending.reply().signature();
+    }
+
+    [[nodiscard]] QString owner() { return bus.interface()->serviceOwner(name); }
+
+    QDBusConnection bus;
+};
+
+/// QtUrlEvents, and what came of it.
+struct Listening {
+    Listening()
+    {
+        events.start([this](const std::string& url) { heard.push_back(url); },
+            [this] { heard.emplace_back("reopen"); });
+    }
+
+    VirtualTime time;
+    std::vector<std::string> heard;
+    QtUrlEvents events { time, name };
+};
+
+TEST(QtUrlEvents, CallsAreAnsweredAtOnceAndHandledInTurnsOfTheirOwn)
+{
+    OtherProgram other;
+    Listening own;
+    ASSERT_TRUE(spinUntil([&] { return !other.owner().isEmpty(); }));
+    QStringList many { QString(4096, 'a'), QString(4097, 'b') };
+    for (int n = 2; n < 17; ++n)
+        many << QString::number(n);
+    for (const auto& [member, arguments, answer] :
+        std::vector<std::tuple<const char*, QVariantList, QString>> {
+            { "Open", { QStringList { "ostrel:a", "ostrel:b" }, QVariantMap() }, "" },
+            { "Activate", { QVariantMap { { "desktop-startup-id", 1 } } }, "" },
+            { "ActivateAction", { "show", QVariantList(), QVariantMap() }, "" },
+            { "Open", { many, QVariantMap() }, "" },
+            { "Open", { "ostrel:a", QVariantMap() }, "org.freedesktop.DBus.Error.InvalidArgs" },
+            { "Activate", {}, "org.freedesktop.DBus.Error.InvalidArgs" },
+            { "Close", {}, "org.freedesktop.DBus.Error.UnknownMethod" },
+        })
+        EXPECT_EQ(other.call(member, arguments), answer) << member;
+    EXPECT_EQ(other.call("Introspect", {}, "org.freedesktop.DBus.Introspectable"), "s");
+    EXPECT_TRUE(own.heard.empty()) << "nothing runs inside the bus's own handler";
+    own.time.runPosted();
+    std::vector<std::string> expected { "ostrel:a", "ostrel:b", "reopen", std::string(4096, 'a') };
+    for (int n = 2; n < 16; ++n)
+        expected.push_back(std::to_string(n));
+    EXPECT_EQ(own.heard, expected);
+}
+
+TEST(QtUrlEvents, TheNameIsTakenFromNobodyAndTakenOnceItsOwnerIsGone)
+{
+    OtherProgram other;
+    ASSERT_TRUE(other.bus.registerService(name));
+    Listening own;
+    const QString mine = QDBusConnection::sessionBus().baseService();
+    QDBusConnection::sessionBus().interface()->serviceOwner(name);
+    EXPECT_EQ(other.owner(), other.bus.baseService());
+    ASSERT_TRUE(other.bus.unregisterService(name));
+    EXPECT_TRUE(spinUntil([&] { return other.owner() == mine; }));
+}
+
+TEST(QtUrlEvents, WhatIsHandedOverReachesTheOwnerAndNeverThisProcess)
+{
+    struct Elder final : QDBusVirtualObject {
+        bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override
+        {
+            calls << message.member() + message.signature() + message.arguments()[0].toStringList().join(',');
+            return connection.send(message.createReply());
+        }
+        [[nodiscard]] QString introspect(const QString&) const override { return {}; }
+        QStringList calls;
+    };
+    OtherProgram other;
+    Listening own;
+    ASSERT_TRUE(spinUntil([&] { return !other.owner().isEmpty(); }));
+    EXPECT_FALSE(own.events.handOver({})) << "nobody else is there";
+    EXPECT_EQ(other.owner(), "") << "the elder may have it";
+    Elder elder;
+    QThread thread;
+    elder.moveToThread(&thread);
+    thread.start();
+    ASSERT_TRUE(other.bus.registerVirtualObject(path, &elder));
+    ASSERT_TRUE(other.bus.registerService(name));
+    EXPECT_TRUE(own.events.handOver({ "ostrel:a", "ostrel:\xff" }));
+    EXPECT_TRUE(own.events.handOver({}));
+    thread.quit();
+    thread.wait();
+    EXPECT_EQ(elder.calls, (QStringList { "Openasa{sv}ostrel:a,ostrel:\uFFFD", "Activatea{sv}" }));
+    own.time.runPosted();
+    EXPECT_TRUE(own.heard.empty());
+}
+
+TEST(QtDistributedNotificationCenter, AnObserverHearsTextsOfItsNameFromAnySenderUntilItEnds)
+{
+    VirtualTime time;
+    QtDistributedNotificationCenter center(time);
+    std::vector<UserInfo> heard;
+    auto observation = center.observe("a", [&](const UserInfo& info) { heard.push_back(info); });
+    const auto last = center.observe("last", [&](const UserInfo& info) { heard.push_back(info); });
+    QDBusConnection::sessionBus().interface()->isServiceRegistered(name); // the bus knows of them behind this
+    OtherProgram late;
+    const auto post = [&](const QVariantList& arguments) {
+        QDBusMessage message
+            = QDBusMessage::createSignal(path, "dev.quent.ostrel.DistributedNotification", "Posted");
+        message.setArguments(arguments);
+        late.bus.send(message);
+    };
+    const auto hearAll = [&] {
+        const auto before = heard.size();
+        post({ "last", QVariantMap() });
+        EXPECT_TRUE(spinUntil([&] {
+            time.runPosted();
+            return heard.size() > before && heard.back().empty();
+        }));
+    };
+    post({ "a", QVariantMap { { "action", "hide" }, { "n", 1 }, { "list", QStringList { "x" } } } });
+    post({ "b", QVariantMap { { "action", "other" } } });
+    post({ "a", "hide" });
+    post({ "a" });
+    hearAll();
+    center.post("a", { { "action", "bänana" } });
+    hearAll();
+    EXPECT_EQ(
+        heard, (std::vector<UserInfo> { { { "action", "hide" } }, {}, { { "action", "bänana" } }, {} }));
+    post({ "a", QVariantMap { { "action", "late" } } });
+    observation.reset();
+    hearAll();
+    EXPECT_EQ(heard.size(), 5U);
+}
+
+} // namespace
