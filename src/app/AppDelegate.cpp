@@ -22,6 +22,15 @@ constexpr platform::Seconds quitPatience { 0.8 };
 /// When to look for an elder instance again.
 constexpr platform::Seconds secondLook { 1.2 };
 
+/// Holds the icon theme with the mark; empty when the program came without it.
+std::string iconFolder(const platform::Bundle& bundle)
+{
+    constexpr std::string_view mark = "icons/hicolor/scalable/status/dev.quent.ostrel-symbolic.svg";
+    constexpr std::string_view folder = "icons";
+    const auto path = bundle.pathForResource(mark);
+    return path ? path->substr(0, path->size() - mark.size() + folder.size()) : std::string();
+}
+
 std::string catalogueUrl() { return "https://" + std::string(ZOLFooterLine::catalogueHost) + "/"; }
 
 } // namespace
@@ -53,7 +62,7 @@ AppDelegate::AppDelegate(const PlatformServices& services)
     , theme_(services.defaults, settings_, panel_, false)
     , barState_({ services.files, services.defaults, services.screens, services.clock })
     , barItem_({ services.statusBar, services.mainQueue, services.clock, settings_, tick_, snapshots_, panel_,
-          frame_, barPainter_, barState_, services.bundle.pathForResource("icons").value_or("") })
+          frame_, barPainter_, barState_, iconFolder(services.bundle) })
     , serviceMenu_({ .bar = barItem_,
           .settings = settings_,
           .tick = tick_,
