@@ -50,6 +50,38 @@ TEST(AppDelegate, StartsInOrderAndInTheBackgroundOpensNoPanel)
     EXPECT_EQ(bench.files.contents[historyFile], bench.delegate.history().serialized());
 }
 
+TEST(AppDelegate, LeavesToAnElderAtOnceOrAtASecondLookAndStartsNothingBefore)
+{
+    AppBench early;
+    early.instances.rest = { { .pid = 9, .launch = 1 } };
+    EXPECT_FALSE(early.delegate.applicationDidFinishLaunching({ .urls = { "ostrel:" } }));
+    EXPECT_EQ(early.urlEvents.handed, (std::vector<std::vector<std::string>> { { "ostrel:" } }));
+    EXPECT_TRUE(early.statusBar.ids.empty());
+
+    AppBench late;
+    EXPECT_TRUE(late.delegate.applicationDidFinishLaunching({}));
+    late.instances.rest = early.instances.rest;
+    late.time.advance(platform::Seconds(1.1));
+    EXPECT_EQ(late.quits, 0);
+    late.time.advance(platform::Seconds(0.1));
+    EXPECT_EQ(late.quits, 1);
+    EXPECT_EQ(late.urlEvents.handed.size(), 1U);
+}
+
+TEST(AppDelegate, AddressesStandInPlaceOfOpeningAndEveryWayInReachesThePanel)
+{
+    AppBench bench;
+    EXPECT_TRUE(bench.delegate.applicationDidFinishLaunching({ .urls = { "ostrel://hide" } }));
+    EXPECT_FALSE(bench.delegate.panel().shown());
+    bench.urlEvents.open("ostrel://toggle");
+    EXPECT_TRUE(bench.delegate.panel().shown());
+    bench.notifications.post("dev.quent.ostrel.testbed", { { "action", "hide" } });
+    bench.notifications.observers.tell();
+    EXPECT_FALSE(bench.delegate.panel().shown());
+    bench.urlEvents.reopen();
+    EXPECT_TRUE(bench.delegate.panel().shown());
+}
+
 TEST(AppDelegate, APlainStartOpensThePanelAndFetchesWhileItIsOpen)
 {
     AppBench bench;
