@@ -95,6 +95,11 @@ void apply(Mode mode)
         QApplication::setStyle(QStyleFactory::create("fusion"));
     const QPalette palette = appearance(mode);
     QApplication::setPalette(palette);
+    // A menu's grey rows are there to be read.
+    QPalette menus = palette;
+    for (const auto role : { QPalette::WindowText, QPalette::Text, QPalette::ButtonText })
+        menus.setColor(QPalette::Disabled, role, qColor(OstrelStyle::muted.in(mode)));
+    QApplication::setPalette(menus, "QMenu");
     // Tooltips have a palette and a font of the desktop's own.
     QToolTip::setPalette(palette);
     QToolTip::setFont(OstrelStyle::mono(tooltipSize));
