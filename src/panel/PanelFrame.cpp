@@ -247,6 +247,9 @@ void PanelFrame::switchMode(OstrelMode mode)
     if (scroll_)
         shaperTabTransition(*scroll_, forward, services_.motion.reduceMotion());
     renderBody();
+    // Else the line would go on saying what belongs to the tab before until the next tick.
+    if (chooseBody(mode_, state_.snapshots.lastData(), state_.snapshots.backendLastSource()).readout.empty())
+        refresh();
     scrollBody(0);
 }
 

@@ -31,6 +31,14 @@ void ThemeSwitch::loadTheme()
     (void)OstrelStyle::mono(11, QFont::Normal);
 }
 
+void ThemeSwitch::selectTheme(std::string_view identifier)
+{
+    constexpr std::string_view prefix = "theme-";
+    if (identifier.starts_with(prefix))
+        identifier.remove_prefix(prefix.size());
+    setTheme(ZOLThemePolicy::resolve(identifier));
+}
+
 bool ThemeSwitch::dark() const { return OstrelStyle::theme(defaults_) == ZOLThemePolicy::Mode::dark; }
 
 void ThemeSwitch::setTheme(bool dark)

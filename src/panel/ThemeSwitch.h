@@ -8,6 +8,7 @@
 #include "platform/UserDefaults.h"
 
 #include <functional>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -23,6 +24,8 @@ public:
     /// Brings the application and the palette into the stored theme. The application object exists.
     void loadTheme();
     void setTheme(ZOLThemePolicy::Mode mode);
+    /// Sets the theme that a button stands for; its identifier is "theme-" and the stored word.
+    void selectTheme(std::string_view identifier);
     /// Called with each new theme, for windows of their own.
     void addListener(std::function<void(ZOLThemePolicy::Mode)> listener);
 

@@ -69,7 +69,8 @@ class Panel(PanelCase):
 
         self.wait_for("rows of running processes", running)
         screen.press(self.desktop, "9")
-        self.wait_for("the settings", lambda: "settings: this version has no such tab yet." in self.names(process))
+        unbuilt = "settings: this version has no such tab yet."
+        self.wait_for("the settings", lambda: unbuilt in self.names(process))
         chosen = [name for name, selected in self.names(process).items() if selected]
         self.assertEqual(chosen, ["settings"], "no tab is the chosen one")
         screen.press(self.desktop, "1")

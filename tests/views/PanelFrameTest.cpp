@@ -12,6 +12,7 @@
 #include <QLineEdit>
 #include <QMouseEvent>
 #include <QPointer>
+#include <QRegularExpression>
 #include <QScrollArea>
 #include <QScrollBar>
 
@@ -233,6 +234,10 @@ TEST(PanelFrame, AThemeIsCarriedOutWhateverTheDesktopsOwnAndKeepsTabPlaceAndKeyb
         EXPECT_EQ(panel.root().focusWidget()->accessibleName(),
             toDark ? "black theme, switch to white" : "white theme, switch to black");
     }
+    for (const auto& [identifier, stored] : { std::pair("theme-dark", "dark"), { "theme-light", "light" } }) {
+        panel.delegate.theme().selectTheme(identifier);
+        EXPECT_EQ(panel.defaults.text("dev.quent.ostrel.theme"), stored);
+    }
 }
 
 TEST(PanelFrame, ABodyThatIsBuiltAnewKeepsTheKeyboardOnTheSameControl)
@@ -285,6 +290,9 @@ TEST(PanelFrame, ATabThatIsNotThereSaysSoAndTheLineAboveBelongsToServerAndSettin
     EXPECT_TRUE(panel.texts().contains("remote capacity and the tasks you send there"));
     press(panel.root(), Qt::Key_7);
     EXPECT_TRUE(panel.texts().contains("every scheduler on this Mac and the server, one list"));
+    press(panel.root(), Qt::Key_9);
+    press(panel.root(), Qt::Key_1);
+    EXPECT_FALSE(panel.texts().filter(QRegularExpression("^now: cpu")).isEmpty()) << "the line is live again";
     panel.button("apps ↗")->click();
     EXPECT_EQ(panel.workspace.opened.size(), 1U);
 }
