@@ -13,6 +13,8 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <utility>
+#include <vector>
 
 /// The application over a fake platform, and what is to be read in its panel.
 struct AppBench : FakePlatform {
@@ -21,8 +23,11 @@ struct AppBench : FakePlatform {
         bundle.resources.emplace("collectors/ostrel.py", "/opt/ostrel.py");
         // The popover's view stands on its own.
         popovers.onView = [this](QWidget* view) {
-            if (view_)
-                view_.release()->deleteLater();
+            // A handler of the one before may be at work.
+            if (view_) {
+                view_->hide();
+                old_.push_back(std::move(view_));
+            }
             view_.reset(view);
             view->setVisible(popovers.open);
         };
@@ -69,6 +74,7 @@ struct AppBench : FakePlatform {
     ostrel::AppDelegate delegate { services() };
 
 private:
+    std::vector<std::unique_ptr<QWidget>> old_;
     std::unique_ptr<QWidget> view_;
 };
 
