@@ -169,7 +169,8 @@ class PrivateDesktop:
             self._parts[parts[-1]] = self.start(parts[-1], [word.format(home=self.home) for word in command])
         full = (0, 0, *self.size)
         self.wait_for("tray", lambda: not parts or self.work_area() not in (None, full)
-                      and (not self.tray.takes_items or bus.has_host(self.env)), program=parts[-1] if parts else "")
+                      and (not self.tray.takes_items or bus.has_host(self.env)),
+                      program=parts[-1] if parts else "")
 
     def stop_tray(self) -> None:
         """Kills the tray, as a crash would, and waits until the bus has seen it go."""

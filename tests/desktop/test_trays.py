@@ -37,7 +37,8 @@ class Trays(DesktopCase):
         """Where on the screen the strip differs from the empty one; None for too little to be an icon."""
         now = self.strip()
         size = range(0, len(now.pixels), 3)
-        places = [divmod(at // 3, now.width) for at in size if now.pixels[at:at + 3] != empty.pixels[at:at + 3]]
+        places = [divmod(at // 3, now.width) for at in size
+                  if now.pixels[at:at + 3] != empty.pixels[at:at + 3]]
         columns, rows = [x for _, x in places], [y for y, _ in places]
         if min(len(set(columns)), len(set(rows))) < HEIGHT // 4:
             return None  # a line at the edge of a panel that has just come up
@@ -137,7 +138,8 @@ class Trays(DesktopCase):
     def test_without_a_tray_it_waits_and_a_bus_tray_takes_the_item_from_an_older_one(self):
         self.on("none")
         process = self.start("--background", refresh="fast")
-        self.wait_for("running program", lambda: bus.has_owner(self.desktop.env, f"{bus.ITEM}-{process.pid}-1"))
+        self.wait_for("running program", lambda: bus.has_owner(
+            self.desktop.env, f"{bus.ITEM}-{process.pid}-1"))
         self.assertIsNone(self.docked())
         self.desktop.start_tray("trayer")
         self.wait_for("docked item", self.docked)

@@ -65,7 +65,8 @@ expandable=true
 type=statusnotifier
 """}, top=False),
     "trayer": Tray([("trayer", "trayer")], [[
-        "trayer", "--edge", "top", "--align", "right", "--widthtype", "percent", "--width", "50", "--heighttype",
+        "trayer", "--edge", "top", "--align", "right", "--widthtype", "percent", "--width", "50",
+        "--heighttype",
         "pixel", "--height", str(HEIGHT), "--SetPartialStrut", "true"]], {}, takes_items=False),
     "tint2": Tray([("tint2", "tint2")], [["tint2", "-c", "{home}/tint2rc"]], {"tint2rc": f"""rounded = 0
 background_color = #204060 100
