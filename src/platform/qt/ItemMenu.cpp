@@ -8,9 +8,6 @@ namespace platform {
 
 namespace {
 
-/// Between the item and its menu, in points.
-constexpr double gap = 2;
-
 void addRows(QMenu& menu, const Menu& rows, MainQueue& queue)
 {
     menu.setToolTipsVisible(true);
@@ -49,12 +46,6 @@ std::unique_ptr<QMenu> makeMenu(const Menu& rows, MainQueue& queue)
     auto menu = std::make_unique<QMenu>();
     addRows(*menu, rows, queue);
     return menu;
-}
-
-Point menuCorner(const Rect& item, const Rect& screen, double menuHeight)
-{
-    const bool low = item.y + item.height / 2 < screen.y + screen.height / 2;
-    return { item.x, low ? item.y + item.height + gap + menuHeight : item.y - gap };
 }
 
 } // namespace platform

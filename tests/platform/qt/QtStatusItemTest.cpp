@@ -192,7 +192,8 @@ protected:
     }
 
     QtMainQueue queue;
-    QtStatusBar bar { queue };
+    X11Struts struts;
+    QtStatusBar bar { queue, struts };
     QDBusConnection desktop
         = QDBusConnection::connectToBus(qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS"), "desktop");
     QString service = QString("org.kde.StatusNotifierItem-%1-1").arg(QCoreApplication::applicationPid());
@@ -238,7 +239,7 @@ TEST_F(QtStatusItemOnABus, WhatItDoesntKnowIsAnError)
         { propertiesOf, "Set",
             { itemInterface, "Status", QVariant::fromValue(QDBusVariant(QVariant("Active"))) },
             "UnknownMethod" },
-        { itemInterface, "Activate", { "left" }, "UnknownMethod" },
+        { itemInterface, "Activate", { "left" }, "InvalidArgs" },
         { itemInterface, "Explode", {}, "UnknownMethod" },
         { "org.example.Other", "Activate", { 1, 2 }, "UnknownInterface" } };
     for (const Case& c : cases)
@@ -498,7 +499,8 @@ bool anItemWithoutABusIsQuiet()
 {
     ::setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/ostrel-bus", 1);
     QtMainQueue queue;
-    const auto item = QtStatusBar(queue).makeItem("dev.quent.ostrel", "ostrel", "");
+    X11Struts struts;
+    const auto item = QtStatusBar(queue, struts).makeItem("dev.quent.ostrel", "ostrel", "");
     int built = 0;
     item->setFace(face());
     item->setMenuBuilder([&] { return Menu(static_cast<std::size_t>(built++)); });
