@@ -92,7 +92,7 @@ public:
         shownMenu_ = makeMenu(build_(), queue_).release();
         // The menu ends on its own stack, so it goes in a turn of its own.
         QObject::connect(shownMenu_, &QMenu::aboutToHide, shownMenu_, &QObject::deleteLater);
-        shownMenu_->popup(toToolkit(menuPlace(), globalOrigin()).toPoint());
+        popUp(*shownMenu_, toToolkit(menuPlace(), globalOrigin()).toPoint());
     }
 
     [[nodiscard]] std::optional<StatusItemPlacement> placement() const override
