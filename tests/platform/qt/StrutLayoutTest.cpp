@@ -117,6 +117,10 @@ TEST(X11Struts, AreReadAnewAfterABarCameChangedOrWent)
     put(root, atoms[0], XCB_ATOM_WINDOW, {});
     EXPECT_TRUE(changed());
     EXPECT_TRUE(struts.layout().struts.empty());
+    xcb_configure_notify_event_t resized {};
+    resized.response_type = XCB_CONFIGURE_NOTIFY;
+    resized.window = root;
+    EXPECT_TRUE(struts.handle(reinterpret_cast<const xcb_generic_event_t&>(resized))) << "the whole screen";
 }
 
 } // namespace
