@@ -21,6 +21,7 @@
 #include "platform/qt/QtUrlEvents.h"
 #include "platform/qt/QtWorkspace.h"
 #include "platform/qt/X11EventMonitor.h"
+#include "platform/qt/X11Struts.h"
 #include "platform/qt/X11WindowOcclusion.h"
 
 namespace ostrel {
@@ -44,6 +45,7 @@ private:
     platform::QtMainQueue mainQueue_;
     platform::QtRunLoop runLoop_;
     platform::LinuxGlobalQueue globalQueue_;
+    platform::X11Struts struts_; ///< one for the item and the displays
     platform::QtStatusBar statusBar_;
     platform::QtDistributedNotificationCenter notifications_;
     platform::QtWorkspace workspace_;

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/qt/DBusMenuObject.h"
 
-#include "platform/qt/BusProperties.h"
-
 #include <QDBusConnection>
 #include <QDBusError>
 #include <QDBusMessage>
@@ -13,13 +11,6 @@ namespace platform {
 
 namespace {
 
-const QVariantMap& ownProperties()
-{
-    static const QVariantMap properties { { "Version", 3U }, { "TextDirection", "ltr" },
-        { "Status", "normal" }, { "IconThemePath", QStringList() } };
-    return properties;
-}
-
 QDBusMessage unknownRow(const QDBusMessage& message, int id)
 {
     return message.createErrorReply(
@@ -29,7 +20,8 @@ QDBusMessage unknownRow(const QDBusMessage& message, int id)
 } // namespace
 
 DBusMenuObject::DBusMenuObject(MainQueue& queue, QString path)
-    : queue_(queue)
+    : BusObject(interface)
+    , queue_(queue)
     , path_(std::move(path))
 {
 }
@@ -65,28 +57,15 @@ void DBusMenuObject::happened(int id, const QString& event)
         queue_.post(std::move(action));
 }
 
-bool DBusMenuObject::handleMessage(const QDBusMessage& message, const QDBusConnection& connection)
+QVariantMap DBusMenuObject::properties(const QString&)
 {
-    if (message.interface() == propertiesInterface) {
-        connection.send(answerProperties(message));
-        return true;
-    }
-    if (!message.interface().isEmpty() && message.interface() != interface)
-        return false;
-    const QDBusMessage reply = answer(message, connection);
-    if (message.isReplyRequired())
-        connection.send(reply);
-    return true;
+    return { { "Version", 3U }, { "TextDirection", "ltr" }, { "Status", "normal" },
+        { "IconThemePath", QStringList() } };
 }
 
-QDBusMessage DBusMenuObject::answerProperties(const QDBusMessage& message) const
+std::optional<QDBusMessage> DBusMenuObject::answer(
+    const QDBusMessage& message, const QString& call, const QDBusConnection& connection)
 {
-    return answerPropertiesCall(message, interface, ownProperties());
-}
-
-QDBusMessage DBusMenuObject::answer(const QDBusMessage& message, const QDBusConnection& connection)
-{
-    const QString call = message.member() + "(" + message.signature() + ")";
     const QVariantList given = message.arguments();
     if (call == "GetLayout(iias)") {
         const int id = given[0].toInt();
@@ -149,8 +128,7 @@ QDBusMessage DBusMenuObject::answer(const QDBusMessage& message, const QDBusConn
         }
         return message.createReply({ QVariant::fromValue(changed), QVariant::fromValue(unknown) });
     }
-    return message.createErrorReply(
-        QDBusError::UnknownMethod, "The menu doesn't know the call " + call + ".");
+    return std::nullopt;
 }
 
 QString DBusMenuObject::introspect(const QString&) const

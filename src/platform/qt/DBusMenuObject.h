@@ -2,9 +2,8 @@
 #pragma once
 
 #include "platform/MainQueue.h"
+#include "platform/qt/BusObject.h"
 #include "platform/qt/DBusMenuModel.h"
-
-#include <QDBusVirtualObject>
 
 #include <functional>
 
@@ -12,7 +11,7 @@ namespace platform {
 
 /// com.canonical.dbusmenu for one menu. The menu is built anew each time a host is about to show it. Main
 /// thread.
-class DBusMenuObject final : public QDBusVirtualObject {
+class DBusMenuObject final : public BusObject {
 public:
     static constexpr const char* interface = "com.canonical.dbusmenu";
 
@@ -22,13 +21,13 @@ public:
     void setBuilder(std::function<Menu()> build);
 
     [[nodiscard]] QString introspect(const QString& path) const override;
-    bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override;
 
 private:
+    [[nodiscard]] std::optional<QDBusMessage> answer(
+        const QDBusMessage& message, const QString& call, const QDBusConnection& connection) override;
+    [[nodiscard]] QVariantMap properties(const QString& wanted) override;
     /// True when something changed.
     bool rebuild(const QDBusConnection* connection);
-    [[nodiscard]] QDBusMessage answer(const QDBusMessage& message, const QDBusConnection& connection);
-    [[nodiscard]] QDBusMessage answerProperties(const QDBusMessage& message) const;
     void happened(int id, const QString& event);
 
     MainQueue& queue_;

@@ -11,11 +11,7 @@ namespace platform {
 
 bool hasCompositor(xcb_connection_t* connection)
 {
-    const xcb_atom_t selection = internAtoms(connection, { "_NET_WM_CM_S0" })[0];
-    const XcbReply<xcb_get_selection_owner_reply_t> reply(
-        xcb_get_selection_owner_reply(connection, xcb_get_selection_owner(connection, selection), nullptr),
-        &std::free);
-    return reply && reply->owner != XCB_NONE;
+    return selectionOwner(connection, internAtoms(connection, { "_NET_WM_CM_S0" })[0]) != XCB_NONE;
 }
 
 bool isXwayland(xcb_connection_t* connection)
@@ -24,10 +20,9 @@ bool isXwayland(xcb_connection_t* connection)
     if (const char* socket = std::getenv("WAYLAND_DISPLAY"); socket && *socket)
         return true;
     constexpr std::string_view name = "XWAYLAND";
-    const XcbReply<xcb_query_extension_reply_t> reply(
-        xcb_query_extension_reply(connection,
-            xcb_query_extension(connection, static_cast<std::uint16_t>(name.size()), name.data()), nullptr),
-        &std::free);
+    const auto reply = answerTo(connection,
+        xcb_query_extension(connection, static_cast<std::uint16_t>(name.size()), name.data()),
+        xcb_query_extension_reply);
     return reply && reply->present;
 }
 

@@ -3,8 +3,13 @@
 
 #include "platform/Geometry.h"
 
+#include <span>
+#include <vector>
+
 #include <QPointF>
-#include <QRectF>
+#include <QRect>
+
+class QScreen;
 
 namespace platform {
 
@@ -17,6 +22,28 @@ namespace platform {
 [[nodiscard]] Rect toGlobal(const QRectF& rect, const QPointF& origin);
 
 /// The other way.
+[[nodiscard]] QPointF toToolkit(Point point, const QPointF& origin);
 [[nodiscard]] QRectF toToolkit(const Rect& rect, const QPointF& origin);
+
+/// One display in both ways of counting.
+struct DisplayPlace {
+    QRect pixels; ///< as the X server counts: from the whole screen's upper left, y growing downward
+    Rect frame; ///< in global coordinates
+    double ratio = 1; ///< pixels a point
+};
+
+[[nodiscard]] DisplayPlace placeOf(const QScreen& screen);
+
+/// The displays as they are now, the primary one first; none before the application object. Main thread.
+[[nodiscard]] std::vector<DisplayPlace> displayPlaces();
+
+/// The display that holds the global point, or the one nearest to it; null without displays.
+[[nodiscard]] const DisplayPlace* displayAt(std::span<const DisplayPlace> displays, Point point);
+
+/// A pixel's upper left corner in global coordinates, by the display that holds it or is nearest to it; the
+/// origin without displays.
+[[nodiscard]] Point fromPixels(std::span<const DisplayPlace> displays, const QPoint& pixel);
+/// A rectangle that begins on one display and is measured there.
+[[nodiscard]] Rect fromPixels(std::span<const DisplayPlace> displays, const QRect& pixels);
 
 } // namespace platform

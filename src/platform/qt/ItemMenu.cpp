@@ -1,15 +1,31 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/qt/ItemMenu.h"
 
+#include "platform/qt/Xcb.h"
+#include "platform/qt/XcbEventFilter.h"
+
+#include <chrono>
+
 #include <QAction>
 #include <QMenu>
+#include <QTimer>
+#include <QWindow>
 
 namespace platform {
 
 namespace {
 
-/// Between the item and its menu, in points.
-constexpr double gap = 2;
+/// Shorter than anybody takes from letting a button go to the next press.
+constexpr std::chrono::milliseconds grabInterval { 50 };
+
+/// Whether a button of the pointer is down, so that whoever has it keeps the pointer.
+bool isHeld(xcb_connection_t* connection)
+{
+    constexpr unsigned buttons = XCB_BUTTON_MASK_1 | XCB_BUTTON_MASK_2 | XCB_BUTTON_MASK_3;
+    const auto pointer = answerTo(
+        connection, xcb_query_pointer(connection, rootWindow(connection)), xcb_query_pointer_reply);
+    return pointer && (pointer->mask & buttons) != 0;
+}
 
 void addRows(QMenu& menu, const Menu& rows, MainQueue& queue)
 {
@@ -51,10 +67,23 @@ std::unique_ptr<QMenu> makeMenu(const Menu& rows, MainQueue& queue)
     return menu;
 }
 
-Point menuCorner(const Rect& item, const Rect& screen, double menuHeight)
+void popUp(QMenu& menu, const QPoint& place)
 {
-    const bool low = item.y + item.height / 2 < screen.y + screen.height / 2;
-    return { item.x, low ? item.y + item.height + gap + menuHeight : item.y - gap };
+    menu.popup(place);
+    xcb_connection_t* connection = toolkitXConnection();
+    if (!connection)
+        return;
+    auto* retry = new QTimer(&menu);
+    QObject::connect(&menu, &QMenu::aboutToHide, retry, &QTimer::stop);
+    QObject::connect(retry, &QTimer::timeout, retry, [&menu, retry, connection] {
+        if (isHeld(connection))
+            return;
+        // The toolkit has asked before, and took a refusal for a yes.
+        menu.windowHandle()->setMouseGrabEnabled(true);
+        menu.windowHandle()->setKeyboardGrabEnabled(true);
+        retry->stop();
+    });
+    retry->start(grabInterval);
 }
 
 } // namespace platform

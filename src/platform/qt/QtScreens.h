@@ -2,8 +2,7 @@
 #pragma once
 
 #include "platform/Screens.h"
-
-#include <memory>
+#include "platform/qt/X11Struts.h"
 
 namespace platform {
 
@@ -12,20 +11,16 @@ namespace platform {
 /// no application object.
 class QtScreens final : public Screens {
 public:
-    QtScreens();
-    QtScreens(const QtScreens&) = delete;
-    QtScreens& operator=(const QtScreens&) = delete;
-    ~QtScreens() override;
+    /// `struts` outlives this.
+    explicit QtScreens(X11Struts& struts);
 
-    /// In the toolkit's order. What bars keep is read at the first call, and again after they changed.
+    /// In the toolkit's order.
     [[nodiscard]] std::vector<Screen> all() const override;
     [[nodiscard]] std::optional<std::size_t> mainIndex() const override;
     [[nodiscard]] Point pointer() const override;
 
 private:
-    class Bars;
-
-    mutable std::unique_ptr<Bars> bars_;
+    X11Struts& struts_;
 };
 
 } // namespace platform

@@ -2,9 +2,9 @@
 #include "platform/qt/QtStatusItem.h"
 
 #include "platform/qt/DBusMenuObject.h"
+#include "platform/qt/GlobalPoints.h"
 #include "platform/qt/ItemMenu.h"
-#include "platform/qt/NativeScreens.h"
-#include "platform/qt/PanelBands.h"
+#include "platform/qt/ItemPlacement.h"
 #include "platform/qt/StatusNotifierLink.h"
 #include "platform/qt/StatusNotifierObject.h"
 #include "platform/qt/StatusNotifierTypes.h"
@@ -28,9 +28,10 @@ namespace {
 
 class QtStatusItem final : public StatusItem {
 public:
-    QtStatusItem(
-        MainQueue& queue, const QString& id, const QString& title, const QString& iconFolder, QString service)
+    QtStatusItem(MainQueue& queue, X11Struts& struts, const QString& id, const QString& title,
+        const QString& iconFolder, QString service)
         : queue_(queue)
+        , struts_(struts)
         , title_(title.toStdString())
         , bus_(QDBusConnection::sessionBus())
         , service_(std::move(service))
@@ -43,14 +44,11 @@ public:
         tipDelay_.setSingleShot(true);
         QObject::connect(&tipDelay_, &QTimer::timeout, &tipDelay_,
             [this] { QToolTip::showText(QCursor::pos(), QString::fromStdString(face_.toolTip)); });
-        if (xcb_connection_t* connection = toolkitXConnection()) {
-            bands_.emplace(connection);
+        if (toolkitXConnection())
             filter_.emplace([this](const xcb_generic_event_t& event) {
-                bands_->handle(event);
                 if (tray_)
                     tray_->handle(event);
             });
-        }
     }
 
     QtStatusItem(const QtStatusItem&) = delete;
@@ -94,14 +92,14 @@ public:
         shownMenu_ = makeMenu(build_(), queue_).release();
         // The menu ends on its own stack, so it goes in a turn of its own.
         QObject::connect(shownMenu_, &QMenu::aboutToHide, shownMenu_, &QObject::deleteLater);
-        shownMenu_->popup(toolkitPoint(menuPlace()));
+        popUp(*shownMenu_, toToolkit(menuPlace(), globalOrigin()).toPoint());
     }
 
     [[nodiscard]] std::optional<StatusItemPlacement> placement() const override
     {
         if (tray_) {
             if (const auto docked = tray_->place())
-                return StatusItemPlacement { globalRect(nativeScreens(), docked->frame), docked->seen };
+                return StatusItemPlacement { fromPixels(displayPlaces(), docked->frame), docked->seen };
             return std::nullopt;
         }
         if (!link_.lists())
@@ -112,14 +110,13 @@ public:
 private:
     [[nodiscard]] Rect guess() const
     {
-        static const std::vector<PanelBand> none;
-        return guessedFrame(nativeScreens(), bands_ ? bands_->bands() : none, lastPlace_, face_.length);
+        return guessedFrame(displayPlaces(), struts_.layout(), lastPlace_, face_.length);
     }
 
     [[nodiscard]] static double scale()
     {
-        const auto screens = nativeScreens();
-        return screens.empty() ? 1 : screens.front().ratio;
+        const auto displays = displayPlaces();
+        return displays.empty() ? 1 : displays.front().ratio;
     }
 
     /// Puts the item on the bus or takes it off.
@@ -169,7 +166,7 @@ private:
     {
         StatusItemPress told { .place = std::nullopt, .secondary = press.secondary, .control = false };
         if (press.x != 0 || press.y != 0) {
-            told.place = globalPoint(nativeScreens(), press.x, press.y);
+            told.place = fromPixels(displayPlaces(), QPoint(press.x, press.y));
             lastPlace_ = told.place;
         }
         // The call doesn't carry the keys.
@@ -179,7 +176,7 @@ private:
 
     void trayPressed(const TrayPress& press)
     {
-        post({ .place = globalPoint(nativeScreens(), press.x, press.y),
+        post({ .place = fromPixels(displayPlaces(), QPoint(press.x, press.y)),
             .secondary = press.secondary,
             .control = press.control });
     }
@@ -215,12 +212,13 @@ private:
             return *present_;
         const auto place = placement();
         const Rect frame = place ? place->frame : guess();
-        const auto screens = nativeScreens();
-        const NativeScreen* screen = screenOf(screens, { frame.x, frame.y });
-        return menuCorner(frame, screen ? screen->frame : frame, shownMenu_->sizeHint().height());
+        const auto displays = displayPlaces();
+        const DisplayPlace* display = displayAt(displays, { frame.x, frame.y });
+        return menuCorner(frame, display ? display->frame : frame, shownMenu_->sizeHint().height());
     }
 
     MainQueue& queue_;
+    X11Struts& struts_;
     std::string title_;
     QDBusConnection bus_;
     QString service_;
@@ -237,15 +235,15 @@ private:
     StatusNotifierLink link_;
     QTimer tipDelay_;
     std::unique_ptr<XEmbedTray> tray_;
-    mutable std::optional<X11PanelBands> bands_; ///< keeps what it read
     std::optional<XcbEventFilter> filter_;
     QPointer<QMenu> shownMenu_;
 };
 
 } // namespace
 
-QtStatusBar::QtStatusBar(MainQueue& queue)
+QtStatusBar::QtStatusBar(MainQueue& queue, X11Struts& struts)
     : queue_(queue)
+    , struts_(struts)
 {
 }
 
@@ -254,8 +252,8 @@ std::unique_ptr<StatusItem> QtStatusBar::makeItem(
 {
     const QString service
         = QString("org.kde.StatusNotifierItem-%1-1").arg(QCoreApplication::applicationPid());
-    return std::make_unique<QtStatusItem>(queue_, QString::fromStdString(id), QString::fromStdString(title),
-        QString::fromStdString(iconFolder), service);
+    return std::make_unique<QtStatusItem>(queue_, struts_, QString::fromStdString(id),
+        QString::fromStdString(title), QString::fromStdString(iconFolder), service);
 }
 
 } // namespace platform

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/qt/QtUrlEvents.h"
 
-#include "platform/qt/BusProperties.h"
+#include "platform/qt/BusObject.h"
 
 #include <algorithm>
 #include <chrono>
@@ -10,10 +10,8 @@
 
 #include <QDBusArgument>
 #include <QDBusConnection>
-#include <QDBusError>
 #include <QDBusMessage>
 #include <QDBusServiceWatcher>
-#include <QDBusVirtualObject>
 #include <QDeadlineTimer>
 #include <QStringList>
 
@@ -50,24 +48,13 @@ struct Handlers {
 };
 
 /// The object that the desktop calls. Each call is answered at once.
-class ApplicationObject final : public QDBusVirtualObject {
+class ApplicationObject final : public BusObject {
 public:
     ApplicationObject(MainQueue& queue, Handlers handlers)
-        : queue_(queue)
+        : BusObject(interface)
+        , queue_(queue)
         , handlers_(std::make_shared<const Handlers>(std::move(handlers)))
     {
-    }
-
-    bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override
-    {
-        const bool properties = message.interface() == propertiesInterface;
-        if (!properties && !message.interface().isEmpty() && message.interface() != interface)
-            return false;
-        const QDBusMessage reply
-            = properties ? answerPropertiesCall(message, interface, {}) : answer(message);
-        if (message.isReplyRequired())
-            connection.send(reply);
-        return true;
     }
 
     [[nodiscard]] QString introspect(const QString&) const override
@@ -90,25 +77,16 @@ public:
     }
 
 private:
-    [[nodiscard]] QDBusMessage answer(const QDBusMessage& message)
+    [[nodiscard]] std::optional<QDBusMessage> answer(
+        const QDBusMessage& message, const QString& call, const QDBusConnection&) override
     {
-        const QString call = message.member() + "(" + message.signature() + ")";
         if (call == "Activate(a{sv})")
             later([](const Handlers& handlers) { handlers.reopen(); });
         else if (call == "Open(asa{sv})")
             open(message.arguments()[0].toStringList());
         else if (call != "ActivateAction(sava{sv})")
-            return refusal(message, call);
+            return std::nullopt;
         return message.createReply();
-    }
-
-    [[nodiscard]] static QDBusMessage refusal(const QDBusMessage& message, const QString& call)
-    {
-        const bool known = QStringList { "Activate", "Open", "ActivateAction" }.contains(message.member());
-        return known
-            ? message.createErrorReply(QDBusError::InvalidArgs, "These aren't its arguments: " + call + ".")
-            : message.createErrorReply(
-                QDBusError::UnknownMethod, "The application doesn't know the call " + call + ".");
     }
 
     void open(const QStringList& addresses)

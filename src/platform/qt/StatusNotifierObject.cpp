@@ -1,12 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/qt/StatusNotifierObject.h"
 
-#include "platform/qt/BusProperties.h"
 #include "platform/qt/DBusMenuObject.h"
 #include "platform/qt/StatusNotifierTypes.h"
 #include "platform/qt/TrayPaint.h"
 
-#include <QDBusError>
 #include <QDBusMessage>
 #include <QDBusObjectPath>
 
@@ -36,7 +34,8 @@ std::string keyOf(const StatusItemPicture* picture) { return picture ? picture->
 
 StatusNotifierObject::StatusNotifierObject(QDBusConnection bus, const QString& id, const QString& title,
     const QString& iconFolder, std::function<void(const Press&)> pressed)
-    : bus_(std::move(bus))
+    : BusObject(interface)
+    , bus_(std::move(bus))
     , pressed_(std::move(pressed))
     , blankIcon_(iconFolder.isEmpty() ? std::string() : id.toStdString() + "-blank")
     , properties_ { { "Category", "SystemServices" }, { "Id", id }, { "Title", title }, { "WindowId", 0 },
@@ -116,23 +115,16 @@ void StatusNotifierObject::describe()
     }
 }
 
-void StatusNotifierObject::drawPictures()
+QVariantMap StatusNotifierObject::properties(const QString& wanted)
 {
-    if (std::exchange(picturesStale_, false))
+    if ((wanted.isEmpty() || wanted == "IconPixmap") && std::exchange(picturesStale_, false))
         properties_["IconPixmap"] = QVariant::fromValue(busImages(picture()));
+    return properties_;
 }
 
-bool StatusNotifierObject::handleMessage(const QDBusMessage& message, const QDBusConnection& connection)
+std::optional<QDBusMessage> StatusNotifierObject::answer(
+    const QDBusMessage& message, const QString& call, const QDBusConnection&)
 {
-    if (message.interface() == propertiesInterface) {
-        if (message.member() == "GetAll" || message.arguments().value(1) == "IconPixmap")
-            drawPictures();
-        connection.send(answerPropertiesCall(message, interface, properties_));
-        return true;
-    }
-    if (!message.interface().isEmpty() && message.interface() != interface)
-        return false;
-    const QString call = message.member() + "(" + message.signature() + ")";
     const QVariantList given = message.arguments();
     if (call == "Activate(ii)" || call == "ContextMenu(ii)") {
         pressed_({ given[0].toInt(), given[1].toInt(), message.member() == "ContextMenu" });
@@ -140,13 +132,9 @@ bool StatusNotifierObject::handleMessage(const QDBusMessage& message, const QDBu
         // The middle button. Hosts that open the menu by themselves offer it in the left one's place.
         pressed_({});
     } else if (call != "Scroll(is)" && call != "XAyatanaSecondaryActivate(u)") {
-        connection.send(message.createErrorReply(
-            QDBusError::UnknownMethod, "The item doesn't know the call " + call + "."));
-        return true;
+        return std::nullopt;
     }
-    if (message.isReplyRequired())
-        connection.send(message.createReply());
-    return true;
+    return message.createReply();
 }
 
 QString StatusNotifierObject::introspect(const QString&) const

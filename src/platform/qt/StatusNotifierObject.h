@@ -2,9 +2,9 @@
 #pragma once
 
 #include "platform/StatusItem.h"
+#include "platform/qt/BusObject.h"
 
 #include <QDBusConnection>
-#include <QDBusVirtualObject>
 
 #include <functional>
 #include <string>
@@ -12,7 +12,7 @@
 namespace platform {
 
 /// org.kde.StatusNotifierItem for one item. Main thread.
-class StatusNotifierObject final : public QDBusVirtualObject {
+class StatusNotifierObject final : public BusObject {
 public:
     static constexpr const char* interface = "org.kde.StatusNotifierItem";
     static constexpr const char* path = "/StatusNotifierItem";
@@ -38,9 +38,13 @@ public:
     void setOffered(bool offered) { offered_ = offered; }
 
     [[nodiscard]] QString introspect(const QString& path) const override;
-    bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override;
 
 private:
+    [[nodiscard]] std::optional<QDBusMessage> answer(
+        const QDBusMessage& message, const QString& call, const QDBusConnection& connection) override;
+    /// Draws the pictures for a host that is about to be given them.
+    [[nodiscard]] QVariantMap properties(const QString& wanted) override;
+
     /// What the present host shows of the face.
     struct Shown {
         std::string iconName;
@@ -55,8 +59,6 @@ private:
     [[nodiscard]] const StatusItemPicture* picture() const;
     void describe();
     void tell(const char* signal, const QVariantList& arguments = {}) const;
-    /// Draws the pictures that a host is about to be given.
-    void drawPictures();
 
     QDBusConnection bus_;
     std::function<void(const Press&)> pressed_;

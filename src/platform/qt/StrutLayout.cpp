@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <limits>
 
+#include <QMargins>
+
 namespace platform {
 
 namespace {
@@ -45,7 +47,8 @@ std::vector<Strut> strutsFrom(std::span<const std::uint32_t> figures)
         if (figures[at] == 0)
             continue;
         Strut strut { edges[at], figures[at], 0, std::numeric_limits<std::uint32_t>::max() };
-        if (figures.size() == partialFigures) {
+        // Some bars leave the stretch out.
+        if (figures.size() == partialFigures && figures[wholeFigures + at * 2 + 1] != 0) {
             strut.start = figures[wholeFigures + at * 2];
             strut.end = figures[wholeFigures + at * 2 + 1];
         }
@@ -54,25 +57,52 @@ std::vector<Strut> strutsFrom(std::span<const std::uint32_t> figures)
     return struts;
 }
 
-QRect freeArea(const QRect& display, const QSize& root, std::span<const Strut> struts)
+QRect stripOn(const QRect& display, const QSize& root, const Strut& strut)
 {
-    std::int64_t left = 0, right = 0, top = 0, bottom = 0;
-    for (const Strut& strut : struts) {
-        const bool upright = isUpright(strut.edge);
-        const std::int64_t first = upright ? display.top() : display.left();
-        const std::int64_t beyond = first + (upright ? display.height() : display.width());
-        const std::int64_t take = taken(strut, display, root);
-        if (strut.start >= beyond || strut.end < first
-            || take * 2 >= (upright ? display.width() : display.height()))
-            continue;
-        std::int64_t& side = strut.edge == Edge::left ? left
-            : strut.edge == Edge::right               ? right
-            : strut.edge == Edge::top                 ? top
-                                                      : bottom;
-        side = std::max(side, take);
+    const bool upright = isUpright(strut.edge);
+    const std::int64_t first = upright ? display.top() : display.left();
+    const std::int64_t from = std::max(strut.start, first);
+    const std::int64_t beyond
+        = std::min(strut.end + 1, first + (upright ? display.height() : display.width()));
+    const std::int64_t take = taken(strut, display, root);
+    if (from >= beyond || take <= 0 || take * 2 >= (upright ? display.width() : display.height()))
+        return {};
+    const int at = static_cast<int>(from), length = static_cast<int>(beyond - from);
+    const int thick = static_cast<int>(take);
+    switch (strut.edge) {
+    case Edge::left:
+        return { display.left(), at, thick, length };
+    case Edge::right:
+        return { display.right() + 1 - thick, at, thick, length };
+    case Edge::top:
+        return { at, display.top(), length, thick };
+    case Edge::bottom:
+        break;
     }
-    return display.adjusted(
-        static_cast<int>(left), static_cast<int>(top), -static_cast<int>(right), -static_cast<int>(bottom));
+    return { at, display.bottom() + 1 - thick, length, thick };
+}
+
+QRect freeArea(const QRect& display, const StrutLayout& bars)
+{
+    QMargins taken;
+    for (const Strut& strut : bars.struts) {
+        const QRect strip = stripOn(display, bars.root, strut);
+        switch (strut.edge) {
+        case Edge::left:
+            taken.setLeft(std::max(taken.left(), strip.width()));
+            break;
+        case Edge::right:
+            taken.setRight(std::max(taken.right(), strip.width()));
+            break;
+        case Edge::top:
+            taken.setTop(std::max(taken.top(), strip.height()));
+            break;
+        case Edge::bottom:
+            taken.setBottom(std::max(taken.bottom(), strip.height()));
+            break;
+        }
+    }
+    return display.marginsRemoved(taken);
 }
 
 } // namespace platform

@@ -22,12 +22,21 @@ struct Strut {
     bool operator==(const Strut&) const = default;
 };
 
+/// The room that all bars keep.
+struct StrutLayout {
+    QSize root; ///< of the whole X screen, in pixels
+    std::vector<Strut> struts;
+};
+
 /// What a bar's window says: twelve figures of `_NET_WM_STRUT_PARTIAL`, or four of `_NET_WM_STRUT`, which
 /// means whole edges. Empty for any other count.
 [[nodiscard]] std::vector<Strut> strutsFrom(std::span<const std::uint32_t> figures);
 
-/// What the bars leave free of a display. A strut that would take half of it or more is another display's,
-/// or nonsense, and takes nothing. All in pixels, y downward; `root` is the size of the whole X screen.
-[[nodiscard]] QRect freeArea(const QRect& display, const QSize& root, std::span<const Strut> struts);
+/// What a strut takes of a display; empty for nothing. One that would take half of it or more is another
+/// display's, or nonsense. All in pixels, y downward; `root` is the size of the whole X screen.
+[[nodiscard]] QRect stripOn(const QRect& display, const QSize& root, const Strut& strut);
+
+/// What the bars leave free of a display, in the same way.
+[[nodiscard]] QRect freeArea(const QRect& display, const StrutLayout& bars);
 
 } // namespace platform

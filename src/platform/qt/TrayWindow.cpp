@@ -165,9 +165,7 @@ std::vector<std::uint32_t> TrayWindow::background() const
 {
     const auto asked = xcb_get_image(connection_, XCB_IMAGE_FORMAT_Z_PIXMAP, window_, 0, 0,
         static_cast<std::uint16_t>(width_), static_cast<std::uint16_t>(height_), ~0U);
-    xcb_generic_error_t* error = nullptr;
-    const XcbReply<xcb_get_image_reply_t> reply(xcb_get_image_reply(connection_, asked, &error), &std::free);
-    std::free(error);
+    const auto reply = answerTo(connection_, asked, xcb_get_image_reply);
     const auto count = static_cast<std::size_t>(width_) * static_cast<std::size_t>(height_);
     // Nothing comes of a window that can't be seen, or of a display that doesn't keep 4 bytes a pixel.
     if (!reply

@@ -2,7 +2,6 @@
 #pragma once
 
 #include "platform/StatusItem.h"
-#include "platform/qt/NativeScreens.h"
 
 #include <cstdint>
 #include <optional>

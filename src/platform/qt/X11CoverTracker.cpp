@@ -4,9 +4,7 @@
 #include "platform/qt/Xcb.h"
 
 #include <algorithm>
-#include <cstddef>
 #include <cstdint>
-#include <span>
 
 namespace platform {
 
@@ -17,14 +15,6 @@ constexpr std::uint32_t longestState = 64;
 
 /// The first figure of WM_STATE for a window that stands for nothing but its icon.
 constexpr std::uint32_t iconicState = 3;
-
-std::span<const std::uint32_t> figures(const XcbReply<xcb_get_property_reply_t>& reply)
-{
-    if (!reply || reply->format != 32)
-        return {};
-    const auto* first = static_cast<const std::uint32_t*>(xcb_get_property_value(reply.get()));
-    return { first, static_cast<std::size_t>(xcb_get_property_value_length(reply.get())) / sizeof *first };
-}
 
 } // namespace
 
@@ -69,18 +59,17 @@ std::optional<xcb_window_t> X11CoverTracker::handle(const xcb_generic_event_t& e
     // Events that another program made up have a bit more in their type, and fall through.
     switch (event.response_type) {
     case XCB_VISIBILITY_NOTIFY: {
-        const auto& visibility = reinterpret_cast<const xcb_visibility_notify_event_t&>(event);
+        const auto& visibility = as<xcb_visibility_notify_event_t>(event);
         return change(visibility.window,
             [&](State& state) { state.obscured = visibility.state == XCB_VISIBILITY_FULLY_OBSCURED; });
     }
     case XCB_UNMAP_NOTIFY:
-        return change(reinterpret_cast<const xcb_unmap_notify_event_t&>(event).window,
-            [](State& state) { state.obscured = false; });
+        return change(
+            as<xcb_unmap_notify_event_t>(event).window, [](State& state) { state.obscured = false; });
     case XCB_DESTROY_NOTIFY:
-        return change(reinterpret_cast<const xcb_destroy_notify_event_t&>(event).window,
-            [](State& state) { state = {}; });
+        return change(as<xcb_destroy_notify_event_t>(event).window, [](State& state) { state = {}; });
     case XCB_PROPERTY_NOTIFY: {
-        const auto& property = reinterpret_cast<const xcb_property_notify_event_t&>(event);
+        const auto& property = as<xcb_property_notify_event_t>(event);
         return change(property.window, [&](State& state) {
             if (property.atom == netState_ || property.atom == state_)
                 state.putAway = readPutAway(property.window);
@@ -98,19 +87,13 @@ bool X11CoverTracker::readPutAway(xcb_window_t window) const
     const auto ask = [&](xcb_atom_t property, xcb_atom_t type) {
         return xcb_get_property(connection_, 0, window, property, type, 0, longestState);
     };
-    const auto answer = [&](xcb_get_property_cookie_t cookie) {
-        xcb_generic_error_t* error = nullptr;
-        XcbReply<xcb_get_property_reply_t> reply(
-            xcb_get_property_reply(connection_, cookie, &error), &std::free);
-        std::free(error);
-        return reply;
-    };
     const auto askedNet = ask(netState_, XCB_ATOM_ATOM);
     const auto askedState = ask(state_, state_);
-    const auto net = answer(askedNet);
-    const auto state = answer(askedState);
-    return std::ranges::find(figures(net), netHidden_) != figures(net).end()
-        || (!figures(state).empty() && figures(state).front() == iconicState);
+    const auto net = answerTo(connection_, askedNet, xcb_get_property_reply);
+    const auto state = answerTo(connection_, askedState, xcb_get_property_reply);
+    const auto states = figuresOf(net), icon = figuresOf(state);
+    return std::ranges::find(states, netHidden_) != states.end()
+        || (!icon.empty() && icon.front() == iconicState);
 }
 
 } // namespace platform

@@ -4,8 +4,6 @@
 #include "platform/qt/DisplayFacts.h"
 #include "platform/qt/Xcb.h"
 
-#include <cstdlib>
-
 #include <xcb/xinput.h>
 
 namespace platform {
@@ -31,12 +29,8 @@ bool X11PressWatch::seesAll(xcb_connection_t* connection)
     const auto* extension = xcb_get_extension_data(connection, &xcb_input_id);
     if (!extension || !extension->present)
         return false;
-    xcb_generic_error_t* error = nullptr;
-    const XcbReply<xcb_input_xi_query_version_reply_t> version(
-        xcb_input_xi_query_version_reply(
-            connection, xcb_input_xi_query_version(connection, wantedMajor, wantedMinor), &error),
-        &std::free);
-    std::free(error);
+    const auto version = answerTo(connection,
+        xcb_input_xi_query_version(connection, wantedMajor, wantedMinor), xcb_input_xi_query_version_reply);
     return version && version->major_version >= wantedMajor
         && (version->major_version > wantedMajor || version->minor_version >= leastMinor);
 }
@@ -67,7 +61,7 @@ bool X11PressWatch::handle(const xcb_generic_event_t& event) const
 {
     if (event.response_type != XCB_GE_GENERIC)
         return false;
-    const auto& raw = reinterpret_cast<const xcb_input_raw_button_press_event_t&>(event);
+    const auto& raw = as<xcb_input_raw_button_press_event_t>(event);
     return raw.extension == extension_ && raw.event_type == XCB_INPUT_RAW_BUTTON_PRESS
         && (raw.detail == leftButton || raw.detail == rightButton) && !pointerIsOnOurs();
 }
@@ -77,10 +71,8 @@ bool X11PressWatch::pointerIsOnOurs() const
     const xcb_setup_t& setup = *xcb_get_setup(connection_);
     xcb_window_t window = rootWindow(connection_);
     for (int depth = 0; depth < deepest && window != XCB_NONE; ++depth) {
-        xcb_generic_error_t* error = nullptr; // it may be gone by now
-        const XcbReply<xcb_query_pointer_reply_t> pointer(
-            xcb_query_pointer_reply(connection_, xcb_query_pointer(connection_, window), &error), &std::free);
-        std::free(error);
+        const auto pointer
+            = answerTo(connection_, xcb_query_pointer(connection_, window), xcb_query_pointer_reply);
         window = pointer ? pointer->child : static_cast<xcb_window_t>(XCB_NONE);
         if (window != XCB_NONE && (window & ~setup.resource_id_mask) == setup.resource_id_base)
             return true;

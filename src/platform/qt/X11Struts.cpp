@@ -6,8 +6,8 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <span>
+#include <utility>
 
 namespace platform {
 
@@ -16,23 +16,6 @@ namespace {
 /// More than any desktop has windows.
 constexpr std::uint32_t mostClients = 4096;
 constexpr std::uint32_t strutFigures = 12;
-constexpr std::uint8_t sentByOthers = 0x80;
-
-/// A property's values of 32 bits. The caller keeps the reply.
-std::span<const std::uint32_t> values(const xcb_get_property_reply_t* reply, xcb_atom_t type)
-{
-    if (!reply || reply->type != type || reply->format != 32)
-        return {};
-    return { static_cast<const std::uint32_t*>(xcb_get_property_value(reply)), reply->value_len };
-}
-
-XcbReply<xcb_get_property_reply_t> replyTo(xcb_connection_t* connection, xcb_get_property_cookie_t cookie)
-{
-    xcb_generic_error_t* error = nullptr; // the window may be gone; unasked for, the toolkit would print it
-    XcbReply<xcb_get_property_reply_t> reply(xcb_get_property_reply(connection, cookie, &error), &std::free);
-    std::free(error);
-    return reply;
-}
 
 } // namespace
 
@@ -41,45 +24,54 @@ X11Struts::X11Struts(xcb_connection_t* connection)
 {
 }
 
-const std::vector<Strut>& X11Struts::all()
+const StrutLayout& X11Struts::layout()
 {
-    if (!struts_)
+    if (!connection_) {
+        connection_ = toolkitXConnection();
+        if (connection_)
+            filter_.emplace([this](const xcb_generic_event_t& event) { handle(event); });
+    }
+    if (connection_ && !std::exchange(fresh_, true))
         read();
-    return *struts_;
-}
-
-QSize X11Struts::rootSize() const
-{
-    const XcbReply<xcb_get_geometry_reply_t> root(
-        xcb_get_geometry_reply(connection_, xcb_get_geometry(connection_, rootWindow(connection_)), nullptr),
-        &std::free);
-    return root ? QSize(root->width, root->height) : QSize();
+    return layout_;
 }
 
 bool X11Struts::handle(const xcb_generic_event_t& event)
 {
-    if ((event.response_type & ~sentByOthers) != XCB_PROPERTY_NOTIFY || !struts_)
+    if (!fresh_)
         return false;
-    const auto& change = reinterpret_cast<const xcb_property_notify_event_t&>(event);
-    const bool changed = change.window == rootWindow(connection_)
-        ? change.atom == clientList_ || change.atom == workArea_
-        : (change.atom == partial_ || change.atom == whole_) && bars_.contains(change.window);
-    if (changed)
-        struts_.reset();
+    bool changed = false;
+    switch (kindOf(event)) {
+    case XCB_CONFIGURE_NOTIFY:
+        changed = as<xcb_configure_notify_event_t>(event).window == rootWindow(connection_);
+        break;
+    case XCB_PROPERTY_NOTIFY: {
+        const auto& change = as<xcb_property_notify_event_t>(event);
+        changed = change.window == rootWindow(connection_)
+            ? change.atom == clientList_ || change.atom == workArea_
+            : (change.atom == partial_ || change.atom == whole_) && bars_.contains(change.window);
+        break;
+    }
+    default:
+        break;
+    }
+    fresh_ = !changed;
     return changed;
 }
 
 std::vector<xcb_window_t> X11Struts::clients() const
 {
-    const auto list = replyTo(connection_,
+    const auto list = answerTo(connection_,
         xcb_get_property(
-            connection_, 0, rootWindow(connection_), clientList_, XCB_ATOM_WINDOW, 0, mostClients));
-    const auto windows = values(list.get(), XCB_ATOM_WINDOW);
+            connection_, 0, rootWindow(connection_), clientList_, XCB_ATOM_WINDOW, 0, mostClients),
+        xcb_get_property_reply);
+    const auto windows = figuresOf(list);
     return { windows.begin(), windows.end() };
 }
 
 void X11Struts::read()
 {
+    const xcb_window_t root = rootWindow(connection_);
     if (clientList_ == XCB_ATOM_NONE) {
         const auto atoms = internAtoms(
             connection_, { "_NET_CLIENT_LIST", "_NET_WORKAREA", "_NET_WM_STRUT", "_NET_WM_STRUT_PARTIAL" });
@@ -89,9 +81,11 @@ void X11Struts::read()
         partial_ = atoms[3];
     }
     // Followed before it is read, so that no change falls in between.
-    addToEventMask(connection_, rootWindow(connection_), XCB_EVENT_MASK_PROPERTY_CHANGE);
-    struts_.emplace();
+    addToEventMask(connection_, root, XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY);
+    const auto size = answerTo(connection_, xcb_get_geometry(connection_, root), xcb_get_geometry_reply);
+    layout_ = { .root = size ? QSize(size->width, size->height) : QSize(), .struts = {} };
     const std::vector<xcb_window_t> windows = clients();
+    // All questions first: one wait for all windows.
     std::vector<std::array<xcb_get_property_cookie_t, 2>> asked;
     asked.reserve(windows.size());
     for (const xcb_window_t window : windows) {
@@ -102,19 +96,16 @@ void X11Struts::read()
     }
     std::set<xcb_window_t> bars;
     for (std::size_t at = 0; at < windows.size(); ++at) {
-        const auto partial = replyTo(connection_, asked[at][0]);
-        const auto whole = replyTo(connection_, asked[at][1]);
-        std::vector<Strut> kept = strutsFrom(values(partial.get(), XCB_ATOM_CARDINAL));
-        if (!partial || partial->type == XCB_ATOM_NONE)
-            kept = strutsFrom(values(whole.get(), XCB_ATOM_CARDINAL));
-        const bool isBar
-            = (partial && partial->type != XCB_ATOM_NONE) || (whole && whole->type != XCB_ATOM_NONE);
-        if (!isBar)
+        const auto partial = answerTo(connection_, asked[at][0], xcb_get_property_reply);
+        const auto whole = answerTo(connection_, asked[at][1], xcb_get_property_reply);
+        const auto isThere = [](const auto& reply) { return reply && reply->type != XCB_ATOM_NONE; };
+        if (!isThere(partial) && !isThere(whole))
             continue;
         bars.insert(windows[at]);
         if (!bars_.contains(windows[at]))
             addToEventMask(connection_, windows[at], XCB_EVENT_MASK_PROPERTY_CHANGE);
-        struts_->insert(struts_->end(), kept.begin(), kept.end());
+        const auto kept = strutsFrom(figuresOf(isThere(partial) ? partial : whole));
+        layout_.struts.insert(layout_.struts.end(), kept.begin(), kept.end());
     }
     bars_ = std::move(bars);
 }

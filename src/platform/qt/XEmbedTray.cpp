@@ -12,23 +12,6 @@ namespace {
 constexpr std::uint32_t requestDock = 0;
 constexpr std::uint8_t leftButton = 1;
 constexpr std::uint8_t rightButton = 3;
-/// An event that a program sends has it in its type.
-constexpr unsigned sentBit = 0x80;
-
-template <typename Reply, typename Cookie, typename Take>
-XcbReply<Reply> answer(xcb_connection_t* connection, Cookie cookie, Take take)
-{
-    xcb_generic_error_t* error = nullptr;
-    XcbReply<Reply> reply(take(connection, cookie, &error), &std::free);
-    std::free(error);
-    return reply;
-}
-
-template <typename Event>
-const Event& as(const xcb_generic_event_t& event)
-{
-    return reinterpret_cast<const Event&>(event);
-}
 
 } // namespace
 
@@ -61,9 +44,7 @@ void XEmbedTray::findTray()
     place_.reset();
     // Held still, so that the tray can't go between the answer and the choice of its events.
     xcb_grab_server(connection_);
-    const auto owner = answer<xcb_get_selection_owner_reply_t>(
-        connection_, xcb_get_selection_owner(connection_, atoms_.selection), xcb_get_selection_owner_reply);
-    tray_ = owner ? owner->owner : static_cast<xcb_window_t>(XCB_NONE);
+    tray_ = selectionOwner(connection_, atoms_.selection);
     if (tray_ != XCB_NONE
         && addToEventMask(connection_, tray_, XCB_EVENT_MASK_STRUCTURE_NOTIFY) == EventMask::noWindow)
         tray_ = XCB_NONE;
@@ -75,12 +56,13 @@ void XEmbedTray::findTray()
 
 TrayVisual XEmbedTray::visualOf(xcb_window_t tray) const
 {
-    const auto told = answer<xcb_get_property_reply_t>(connection_,
+    const auto told = answerTo(connection_,
         xcb_get_property(connection_, 0, tray, atoms_.visual, XCB_ATOM_VISUALID, 0, 1),
         xcb_get_property_reply);
-    if (!told || told->format != 32 || xcb_get_property_value_length(told.get()) != sizeof(xcb_visualid_t))
+    const auto figures = figuresOf(told);
+    if (figures.size() != 1)
         return {};
-    const auto wanted = *static_cast<const xcb_visualid_t*>(xcb_get_property_value(told.get()));
+    const xcb_visualid_t wanted = figures.front();
     const auto screen = xcb_setup_roots_iterator(xcb_get_setup(connection_));
     for (auto depth = xcb_screen_allowed_depths_iterator(screen.data); depth.rem > 0;
          xcb_depth_next(&depth)) {
@@ -126,16 +108,14 @@ void XEmbedTray::taken(xcb_window_t parent)
     for (xcb_window_t at = parent; at != root && at != XCB_NONE && !around_.contains(at);) {
         around_.insert(at);
         addToEventMask(connection_, at, XCB_EVENT_MASK_STRUCTURE_NOTIFY);
-        const auto tree = answer<xcb_query_tree_reply_t>(
-            connection_, xcb_query_tree(connection_, at), xcb_query_tree_reply);
+        const auto tree = answerTo(connection_, xcb_query_tree(connection_, at), xcb_query_tree_reply);
         at = tree ? tree->parent : static_cast<xcb_window_t>(XCB_NONE);
     }
 }
 
 void XEmbedTray::lookAround()
 {
-    const auto tree = answer<xcb_query_tree_reply_t>(
-        connection_, xcb_query_tree(connection_, window_->id()), xcb_query_tree_reply);
+    const auto tree = answerTo(connection_, xcb_query_tree(connection_, window_->id()), xcb_query_tree_reply);
     if (tree)
         taken(tree->parent);
 }
@@ -147,7 +127,7 @@ void XEmbedTray::handle(const xcb_generic_event_t& event)
         if (own(window) || around_.contains(window))
             place_.reset();
     };
-    switch (event.response_type & ~sentBit) {
+    switch (kindOf(event)) {
     case XCB_CLIENT_MESSAGE: {
         const auto& message = as<xcb_client_message_event_t>(event);
         if (message.type == atoms_.manager && message.format == 32
@@ -198,14 +178,14 @@ void XEmbedTray::handle(const xcb_generic_event_t& event)
     case XCB_BUTTON_RELEASE: {
         const auto& button = as<xcb_button_release_event_t>(event);
         if (own(button.event))
-            buttonMoved(button, (event.response_type & ~sentBit) == XCB_BUTTON_PRESS);
+            buttonMoved(button, kindOf(event) == XCB_BUTTON_PRESS);
         break;
     }
     case XCB_ENTER_NOTIFY:
     case XCB_LEAVE_NOTIFY: {
         const auto& crossing = as<xcb_enter_notify_event_t>(event);
         if (own(crossing.event))
-            owner_.hovered((event.response_type & ~sentBit) == XCB_ENTER_NOTIFY);
+            owner_.hovered(kindOf(event) == XCB_ENTER_NOTIFY);
         break;
     }
     default:
@@ -224,8 +204,8 @@ void XEmbedTray::buttonMoved(const xcb_button_release_event_t& event, bool down)
         || (event.detail != leftButton && event.detail != rightButton))
         return;
     const auto now = place();
-    const bool inside = now && event.event_x >= 0 && event.event_y >= 0 && event.event_x < now->frame.width
-        && event.event_y < now->frame.height;
+    const bool inside = now && event.event_x >= 0 && event.event_y >= 0 && event.event_x < now->frame.width()
+        && event.event_y < now->frame.height();
     if (inside)
         owner_.pressed({ .x = event.root_x,
             .y = event.root_y,
@@ -243,11 +223,9 @@ std::optional<XEmbedTray::Place> XEmbedTray::place()
     const auto askedSize = xcb_get_geometry(connection_, window);
     const auto askedPlace = xcb_translate_coordinates(connection_, window, rootWindow(connection_), 0, 0);
     const auto askedState = xcb_get_window_attributes(connection_, window);
-    const auto size = answer<xcb_get_geometry_reply_t>(connection_, askedSize, xcb_get_geometry_reply);
-    const auto corner
-        = answer<xcb_translate_coordinates_reply_t>(connection_, askedPlace, xcb_translate_coordinates_reply);
-    const auto state
-        = answer<xcb_get_window_attributes_reply_t>(connection_, askedState, xcb_get_window_attributes_reply);
+    const auto size = answerTo(connection_, askedSize, xcb_get_geometry_reply);
+    const auto corner = answerTo(connection_, askedPlace, xcb_translate_coordinates_reply);
+    const auto state = answerTo(connection_, askedState, xcb_get_window_attributes_reply);
     if (!size || !corner || !state)
         return std::nullopt;
     place_ = Place { { corner->dst_x, corner->dst_y, size->width, size->height },

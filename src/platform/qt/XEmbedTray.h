@@ -7,6 +7,8 @@
 #include <memory>
 #include <set>
 
+#include <QRect>
+
 namespace platform {
 
 /// A press on a docked window, in pixels from the display's upper left.
@@ -28,7 +30,7 @@ public:
 
     /// Where the docked window is.
     struct Place {
-        PixelRect frame;
+        QRect frame; ///< in pixels from the display's upper left
         bool seen = false; ///< it and all windows that it lies in are mapped
     };
 

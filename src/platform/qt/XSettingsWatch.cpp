@@ -30,23 +30,21 @@ XSettingsWatch::XSettingsWatch(xcb_connection_t* connection)
 
 bool XSettingsWatch::handle(const xcb_generic_event_t& event)
 {
-    // An announcement is an event that a program sends, which a bit more in its type tells.
-    constexpr unsigned sentBit = 0x80;
-    switch (event.response_type & ~sentBit) {
+    switch (kindOf(event)) {
     case XCB_CLIENT_MESSAGE: {
-        const auto& message = reinterpret_cast<const xcb_client_message_event_t&>(event);
+        const auto& message = as<xcb_client_message_event_t>(event);
         if (message.type != announcement_ || message.format != 32 || message.data.data32[1] != selection_)
             return false;
         findManager();
         return true;
     }
     case XCB_DESTROY_NOTIFY:
-        if (reinterpret_cast<const xcb_destroy_notify_event_t&>(event).window != manager_)
+        if (as<xcb_destroy_notify_event_t>(event).window != manager_)
             return false;
         findManager();
         return true;
     case XCB_PROPERTY_NOTIFY: {
-        const auto& property = reinterpret_cast<const xcb_property_notify_event_t&>(event);
+        const auto& property = as<xcb_property_notify_event_t>(event);
         if (property.window != manager_ || property.atom != settings_)
             return false;
         read();
@@ -59,10 +57,7 @@ bool XSettingsWatch::handle(const xcb_generic_event_t& event)
 
 void XSettingsWatch::findManager()
 {
-    const XcbReply<xcb_get_selection_owner_reply_t> reply(
-        xcb_get_selection_owner_reply(connection_, xcb_get_selection_owner(connection_, selection_), nullptr),
-        &std::free);
-    manager_ = reply ? reply->owner : static_cast<xcb_window_t>(XCB_NONE);
+    manager_ = selectionOwner(connection_, selection_);
     // Events first: a change between the two requests is then told, not missed.
     if (manager_ != XCB_NONE
         && addToEventMask(
@@ -77,12 +72,9 @@ void XSettingsWatch::read()
     animations_.reset();
     if (manager_ == XCB_NONE)
         return;
-    xcb_generic_error_t* error = nullptr;
-    const XcbReply<xcb_get_property_reply_t> reply(
-        xcb_get_property_reply(connection_,
-            xcb_get_property(connection_, 0, manager_, settings_, settings_, 0, longestSettings), &error),
-        &std::free);
-    std::free(error);
+    const auto reply = answerTo(connection_,
+        xcb_get_property(connection_, 0, manager_, settings_, settings_, 0, longestSettings),
+        xcb_get_property_reply);
     if (!reply || reply->format != 8 || reply->bytes_after != 0)
         return;
     const auto* bytes = static_cast<const std::uint8_t*>(xcb_get_property_value(reply.get()));

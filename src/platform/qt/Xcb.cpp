@@ -3,6 +3,13 @@
 
 namespace platform {
 
+std::span<const std::uint32_t> figuresOf(const XcbReply<xcb_get_property_reply_t>& property)
+{
+    if (!property || property->format != 32)
+        return {};
+    return { static_cast<const std::uint32_t*>(xcb_get_property_value(property.get())), property->value_len };
+}
+
 std::vector<xcb_atom_t> internAtoms(
     xcb_connection_t* connection, std::initializer_list<std::string_view> names)
 {
@@ -11,8 +18,7 @@ std::vector<xcb_atom_t> internAtoms(
         asked.push_back(xcb_intern_atom(connection, 0, static_cast<std::uint16_t>(name.size()), name.data()));
     std::vector<xcb_atom_t> atoms;
     for (const xcb_intern_atom_cookie_t cookie : asked) {
-        const XcbReply<xcb_intern_atom_reply_t> reply(
-            xcb_intern_atom_reply(connection, cookie, nullptr), &std::free);
+        const auto reply = answerTo(connection, cookie, xcb_intern_atom_reply);
         atoms.push_back(reply ? reply->atom : static_cast<xcb_atom_t>(XCB_ATOM_NONE));
     }
     return atoms;
@@ -20,11 +26,8 @@ std::vector<xcb_atom_t> internAtoms(
 
 EventMask addToEventMask(xcb_connection_t* connection, xcb_window_t window, std::uint32_t events)
 {
-    xcb_generic_error_t* error = nullptr;
-    const XcbReply<xcb_get_window_attributes_reply_t> present(
-        xcb_get_window_attributes_reply(connection, xcb_get_window_attributes(connection, window), &error),
-        &std::free);
-    std::free(error);
+    const auto present = answerTo(
+        connection, xcb_get_window_attributes(connection, window), xcb_get_window_attributes_reply);
     if (!present)
         return EventMask::noWindow;
     const std::uint32_t mask = present->your_event_mask | events;
@@ -35,6 +38,13 @@ EventMask addToEventMask(xcb_connection_t* connection, xcb_window_t window, std:
     xcb_discard_reply(connection, cookie.sequence);
     xcb_flush(connection);
     return EventMask::added;
+}
+
+xcb_window_t selectionOwner(xcb_connection_t* connection, xcb_atom_t selection)
+{
+    const auto reply
+        = answerTo(connection, xcb_get_selection_owner(connection, selection), xcb_get_selection_owner_reply);
+    return reply ? reply->owner : static_cast<xcb_window_t>(XCB_NONE);
 }
 
 xcb_window_t rootWindow(xcb_connection_t* connection)

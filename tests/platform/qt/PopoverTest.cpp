@@ -125,7 +125,8 @@ protected:
 
     void show() { popover->show(anchor.bounds(), anchor, Edge::bottom); }
 
-    QtScreens screens;
+    X11Struts struts;
+    QtScreens screens { struts };
     Rect free = screens.all().at(0).visible;
     Anchor anchor;
     std::unique_ptr<Popover> popover = QtPopovers(screens).makePopover(12);

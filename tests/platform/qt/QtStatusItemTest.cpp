@@ -63,12 +63,31 @@ auto* const qt = testing::AddGlobalTestEnvironment(new QtEnvironment);
 constexpr const char* itemInterface = "org.kde.StatusNotifierItem";
 constexpr const char* menuInterface = "com.canonical.dbusmenu";
 constexpr const char* propertiesOf = "org.freedesktop.DBus.Properties";
+constexpr const char* watcherInterface = "org.kde.StatusNotifierWatcher";
 constexpr const char* itemPath = "/StatusNotifierItem";
 constexpr const char* menuPath = "/MenuBar";
 
-/// org.kde.StatusNotifierWatcher, as far as items call it.
+QDBusConnection busConnection(const char* name)
+{
+    return QDBusConnection::connectToBus(qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS"), name);
+}
+
+/// org.kde.StatusNotifierWatcher, as far as items call it, on a connection of its own from its coming to its
+/// end.
 class Watcher final : public QDBusVirtualObject {
 public:
+    explicit Watcher(bool hosted = true)
+        : hosted_(hosted)
+    {
+        EXPECT_TRUE(own_.registerVirtualObject("/StatusNotifierWatcher", this));
+        EXPECT_TRUE(own_.registerService(watcherInterface));
+    }
+    ~Watcher() override
+    {
+        own_.unregisterService(watcherInterface);
+        QDBusConnection::disconnectFromBus("watcher");
+    }
+
     [[nodiscard]] QString introspect(const QString&) const override { return {}; }
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override
     {
@@ -77,7 +96,7 @@ public:
             for (const QVariant& item : registered)
                 items += item.toString() + "/StatusNotifierItem";
             connection.send(message.createReply(QVariantMap {
-                { "RegisteredStatusNotifierItems", items }, { "IsStatusNotifierHostRegistered", hosted } }));
+                { "RegisteredStatusNotifierItems", items }, { "IsStatusNotifierHostRegistered", hosted_ } }));
             return true;
         }
         if (message.member() != "RegisterStatusNotifierItem")
@@ -88,7 +107,10 @@ public:
     }
 
     QVariantList registered;
-    bool hosted = true; ///< whether it says that somebody shows the items
+
+private:
+    bool hosted_; ///< whether it says that somebody shows the items
+    QDBusConnection own_ = busConnection("watcher");
 };
 
 /// A square of one colour that counts how often it is drawn.
@@ -146,6 +168,12 @@ protected:
         item->setFace(face());
     }
 
+    void makeShownItem()
+    {
+        makeItem();
+        EXPECT_TRUE(spinUntil([this] { return item->placement().has_value(); }));
+    }
+
     /// Calls the program, whose objects live on this same thread.
     QDBusMessage call(
         const char* path, const char* interface, const char* member, const QVariantList& arguments = {})
@@ -175,8 +203,6 @@ protected:
         return qdbus_cast<BusMenuLayout>(reply.arguments().value(1));
     }
 
-    QVariantList aboutToShow() { return call(menuPath, menuInterface, "AboutToShow", { 0 }).arguments(); }
-
     void listen(const char* interface)
     {
         EXPECT_TRUE(desktop.connect(service, {}, interface, {}, &log, SLOT(received(QDBusMessage))));
@@ -192,9 +218,9 @@ protected:
     }
 
     QtMainQueue queue;
-    QtStatusBar bar { queue };
-    QDBusConnection desktop
-        = QDBusConnection::connectToBus(qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS"), "desktop");
+    X11Struts struts;
+    QtStatusBar bar { queue, struts };
+    QDBusConnection desktop = busConnection("desktop");
     QString service = QString("org.kde.StatusNotifierItem-%1-1").arg(QCoreApplication::applicationPid());
     bustest::SignalLog log;
     std::unique_ptr<StatusItem> item;
@@ -238,7 +264,7 @@ TEST_F(QtStatusItemOnABus, WhatItDoesntKnowIsAnError)
         { propertiesOf, "Set",
             { itemInterface, "Status", QVariant::fromValue(QDBusVariant(QVariant("Active"))) },
             "UnknownMethod" },
-        { itemInterface, "Activate", { "left" }, "UnknownMethod" },
+        { itemInterface, "Activate", { "left" }, "InvalidArgs" },
         { itemInterface, "Explode", {}, "UnknownMethod" },
         { "org.example.Other", "Activate", { 1, 2 }, "UnknownInterface" } };
     for (const Case& c : cases)
@@ -340,91 +366,60 @@ TEST_F(QtStatusItemOnABus, TheMenuPopsUpWhereThePressWasAndItsRowsRunOnTheQueue)
     EXPECT_TRUE(spinUntil([&] { return pressed == 1 && !menu; }));
 }
 
-TEST_F(QtStatusItemOnABus, TheMenuIsBuiltWhenItOpensAndAClickRunsTheRow)
+TEST_F(QtStatusItemOnABus, TheMenuIsBuiltWhenItOpensAndTellsItsChangesAndAClickRunsTheRow)
 {
     makeItem();
-    int built = 0;
     int pressed = 0;
-    item->setMenuBuilder([&] {
-        ++built;
-        return Menu { { .title = "built " + std::to_string(built) }, { .separator = true },
-            { .title = "press", .action = [&pressed] { ++pressed; } } };
-    });
-    const BusMenuLayout root = layout();
-    ASSERT_EQ(root.children.size(), 3);
-    EXPECT_EQ(root.children[0].properties.value("label"), "built 1");
+    Menu rows { { .title = "one" }, { .title = "press", .action = [&pressed] { ++pressed; } } };
+    item->setMenuBuilder([&] { return rows; });
+    const auto ids = layout().children;
+    ASSERT_EQ(ids.size(), 2);
     listen(menuInterface);
-    EXPECT_EQ(aboutToShow(), QVariantList { true });
-    EXPECT_EQ(heard(), QStringList { "ItemsPropertiesUpdated" });
-    EXPECT_EQ(layout().children[0].properties.value("label"), "built 2");
+    const auto opens = [&](bool changed, const QStringList& signals) {
+        EXPECT_EQ(call(menuPath, menuInterface, "AboutToShow", { 0 }).arguments(), QVariantList { changed });
+        EXPECT_EQ(heard(), signals);
+    };
+    opens(false, {});
+    rows[0].title = "two";
+    opens(true, { "ItemsPropertiesUpdated" });
+    EXPECT_EQ(layout().children[0].properties.value("label"), "two");
 
-    const int row = root.children[2].id;
+    constexpr const char* unknown = "com.canonical.dbusmenu.Error.UnknownId";
     const QDBusVariant none(QVariant(0));
     const auto event = [&](int id, const char* name) {
-        const QVariantList arguments { id, name, QVariant::fromValue(none), 0U };
-        return call(menuPath, menuInterface, "Event", arguments).errorName();
+        return call(menuPath, menuInterface, "Event", { id, name, QVariant::fromValue(none), 0U })
+            .errorName();
     };
-    EXPECT_EQ(event(row, "hovered") + event(root.children[0].id, "clicked") + event(row, "clicked"), "");
+    const int row = ids[1].id;
+    EXPECT_EQ(event(row, "hovered") + event(ids[0].id, "clicked") + event(row, "clicked"), "");
     EXPECT_TRUE(spinUntil([&] { return pressed > 0; }));
-    EXPECT_EQ(event(9999, "clicked"), "com.canonical.dbusmenu.Error.UnknownId");
+    EXPECT_EQ(event(9999, "clicked"), unknown);
     const BusMenuEvents clicks { { 9999, "clicked", none, 0 }, { row, "clicked", none, 0 } };
     const QDBusMessage group = call(menuPath, menuInterface, "EventGroup", { QVariant::fromValue(clicks) });
     EXPECT_EQ(qdbus_cast<QList<int>>(group.arguments().value(0)), QList<int> { 9999 });
     EXPECT_TRUE(spinUntil([&] { return pressed > 1; }));
     EXPECT_EQ(pressed, 2);
+
+    rows.push_back({ .title = "three" });
+    opens(true, { "LayoutUpdated" });
+    EXPECT_EQ(layout().children.size(), 3);
+    EXPECT_EQ(call(menuPath, menuInterface, "AboutToShow", { row }).errorName(), unknown);
 }
-
-TEST_F(QtStatusItemOnABus, AnotherMenuIsAnnouncedAsANewLayout)
-{
-    makeItem();
-    Menu rows { { .title = "one" } };
-    item->setMenuBuilder([&] { return rows; });
-    const int old = layout().children.value(0).id;
-    listen(menuInterface);
-    EXPECT_EQ(aboutToShow(), QVariantList { false });
-    rows.push_back({ .title = "two" });
-    EXPECT_EQ(aboutToShow(), QVariantList { true });
-    EXPECT_EQ(heard(), QStringList { "LayoutUpdated" });
-    EXPECT_EQ(layout().children.size(), 2);
-    EXPECT_EQ(call(menuPath, menuInterface, "AboutToShow", { old }).errorName(),
-        "com.canonical.dbusmenu.Error.UnknownId");
-}
-
-/// A watcher on a connection of its own, from its coming to its end.
-struct WatcherOnTheBus {
-    explicit WatcherOnTheBus(bool hosted = true)
-    {
-        watcher.hosted = hosted;
-        EXPECT_TRUE(own.registerVirtualObject("/StatusNotifierWatcher", &watcher));
-        EXPECT_TRUE(own.registerService("org.kde.StatusNotifierWatcher"));
-    }
-    WatcherOnTheBus(const WatcherOnTheBus&) = delete;
-    WatcherOnTheBus& operator=(const WatcherOnTheBus&) = delete;
-    ~WatcherOnTheBus()
-    {
-        own.unregisterService("org.kde.StatusNotifierWatcher");
-        QDBusConnection::disconnectFromBus("watcher");
-    }
-
-    QDBusConnection own
-        = QDBusConnection::connectToBus(qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS"), "watcher");
-    Watcher watcher;
-};
 
 TEST_F(QtStatusItemOnABus, RegistersWithEveryWatcherThatComesOrIsThereAndLeavesTheBusAtItsEnd)
 {
     for (const bool itemFirst : { true, true, false }) {
-        if (itemFirst && !item)
-            makeItem();
-        else if (!itemFirst)
+        if (!itemFirst)
             item.reset();
+        else if (!item)
+            makeItem();
         EXPECT_FALSE(item && item->placement()) << "nobody is there";
         EXPECT_EQ(desktop.interface()->isServiceRegistered(service).value(), itemFirst);
-        std::optional<WatcherOnTheBus> tray(std::in_place);
+        std::optional<Watcher> tray(std::in_place);
         if (!itemFirst)
             makeItem();
         EXPECT_TRUE(spinUntil([&] { return item->placement().has_value(); }));
-        EXPECT_EQ(tray->watcher.registered, QVariantList { service });
+        EXPECT_EQ(tray->registered, QVariantList { service });
         tray.reset();
         EXPECT_TRUE(spinUntil([&] { return !item->placement(); })) << "the watcher has gone";
     }
@@ -432,9 +427,8 @@ TEST_F(QtStatusItemOnABus, RegistersWithEveryWatcherThatComesOrIsThereAndLeavesT
 
 TEST_F(QtStatusItemOnABus, ItsPlaceIsTheLastPresssElseTheScreensUpperRight)
 {
-    const WatcherOnTheBus tray;
-    makeItem();
-    ASSERT_TRUE(spinUntil([&] { return item->placement().has_value(); }));
+    const Watcher tray;
+    makeShownItem();
     const QRect screen = QGuiApplication::primaryScreen()->geometry();
     EXPECT_EQ(item->placement()->frame, (Rect { screen.width() - 40.0, screen.height() - 24.0, 40, 24 }));
     EXPECT_TRUE(item->placement()->seen);
@@ -449,9 +443,9 @@ TEST_F(QtStatusItemOnABus, ItsPlaceIsTheLastPresssElseTheScreensUpperRight)
 
 TEST_F(QtStatusItemOnABus, AWatcherThatNobodyShowsItemsForHasNoPlaceForIt)
 {
-    const WatcherOnTheBus tray(false);
+    const Watcher tray(false);
     makeItem();
-    ASSERT_TRUE(spinUntil([&] { return !tray.watcher.registered.isEmpty(); }));
+    ASSERT_TRUE(spinUntil([&] { return !tray.registered.isEmpty(); }));
     properties(); // two round trips behind: the list has been asked for
     properties();
     EXPECT_FALSE(item->placement());
@@ -470,9 +464,8 @@ TEST_F(QtStatusItemOnABus, AHostThatWritesLabelsGetsTheIconAndTheOthersEverythin
              { "ayatana-indicator-service", bare, "dev.quent.ostrel-blank" }, { "lxqt-panel", values, "" },
              { "sfwbar", face(), "mark-symbolic" }, { "lxqt-panel", face(), "mark-symbolic" } }) {
         ::prctl(PR_SET_NAME, host);
-        const WatcherOnTheBus tray;
-        makeItem();
-        ASSERT_TRUE(spinUntil([&] { return item->placement().has_value(); }));
+        const Watcher tray;
+        makeShownItem();
         item->setFace(shown);
         EXPECT_EQ(properties().value("IconName"), name) << host;
         const auto images = qdbus_cast<BusImages>(properties().value("IconPixmap"));
@@ -498,7 +491,8 @@ bool anItemWithoutABusIsQuiet()
 {
     ::setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/ostrel-bus", 1);
     QtMainQueue queue;
-    const auto item = QtStatusBar(queue).makeItem("dev.quent.ostrel", "ostrel", "");
+    X11Struts struts;
+    const auto item = QtStatusBar(queue, struts).makeItem("dev.quent.ostrel", "ostrel", "");
     int built = 0;
     item->setFace(face());
     item->setMenuBuilder([&] { return Menu(static_cast<std::size_t>(built++)); });

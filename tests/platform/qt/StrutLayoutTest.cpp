@@ -12,10 +12,25 @@ namespace {
 
 using namespace platform;
 
+TEST(StripOn, IsTheStretchOfTheDisplaysOwnEdge)
+{
+    const QRect display(1280, 200, 1000, 800);
+    const QSize root(2280, 1080);
+    struct Case {
+        Strut strut;
+        QRect strip;
+    };
+    for (const auto& [strut, strip] : { Case { { Edge::top, 230, 1300, 1399 }, { 1300, 200, 100, 30 } },
+             { { Edge::bottom, 110, 0, 1299 }, { 1280, 970, 20, 30 } },
+             { { Edge::right, 40, 900, 4000 }, { 2240, 900, 40, 100 } },
+             { { Edge::left, 1300, 0, 4000 }, { 1280, 200, 20, 800 } },
+             { { Edge::top, 200, 1280, 2279 }, {} } })
+        EXPECT_EQ(stripOn(display, root, strut), strip) << int(strut.edge);
+}
+
 TEST(FreeArea, BarsTakeTheirRoomOnlyFromTheDisplayTheyStandOn)
 {
     // Two displays side by side, the right one higher.
-    const QSize root(3200, 1080);
     const QRect left(0, 280, 1280, 800), right(1280, 0, 1920, 1080);
     using Figures = std::vector<std::uint32_t>;
     struct Case {
@@ -38,6 +53,10 @@ TEST(FreeArea, BarsTakeTheirRoomOnlyFromTheDisplayTheyStandOn)
             { "left of the right one, across the left one", { { 1340, 0, 0, 0, 0, 1079, 0, 0, 0, 0, 0, 0 } },
                 left, { 1340, 0, 1860, 1080 } },
             { "right, without a stretch", { { 0, 64, 0, 0 } }, left, { 1280, 0, 1856, 1080 } },
+            { "bottom of both, the stretch left out", { { 0, 0, 0, 40, 0, 0, 0, 0, 0, 0, 0, 0 } },
+                { 0, 280, 1280, 760 }, { 1280, 0, 1920, 1040 } },
+            { "a stretch that ends before it starts", { { 0, 0, 28, 0, 0, 0, 0, 0, 3199, 1280, 0, 0 } }, left,
+                right },
             { "two at one edge", { { 0, 0, 0, 30 }, { 0, 0, 0, 44 } }, { 0, 280, 1280, 756 },
                 { 1280, 0, 1920, 1036 } },
             { "a stretch that ends beside it", { { 100, 0, 0, 0, 0, 279, 0, 0, 0, 0, 0, 0 } }, left, right },
@@ -46,11 +65,11 @@ TEST(FreeArea, BarsTakeTheirRoomOnlyFromTheDisplayTheyStandOn)
             { "absurd", { { 0, 0, 0, 4294967295U }, { 0, 0, 540, 0 }, { 1, 2, 3 } }, { 0, 540, 1280, 540 },
                 right },
         }) {
-        std::vector<Strut> struts;
+        StrutLayout bars { .root = { 3200, 1080 }, .struts = {} };
         for (const Figures& figures : windows)
-            std::ranges::copy(strutsFrom(figures), std::back_inserter(struts));
-        EXPECT_EQ(freeArea(left, root, struts), onLeft) << what;
-        EXPECT_EQ(freeArea(right, root, struts), onRight) << what;
+            std::ranges::copy(strutsFrom(figures), std::back_inserter(bars.struts));
+        EXPECT_EQ(freeArea(left, bars), onLeft) << what;
+        EXPECT_EQ(freeArea(right, bars), onRight) << what;
     }
 }
 
@@ -84,20 +103,24 @@ TEST(X11Struts, AreReadAnewAfterABarCameChangedOrWent)
     };
     const Strut thin { Edge::top, 30, 0, 639 }, thick { Edge::top, 44, 0, 639 };
 
-    EXPECT_EQ(struts.rootSize(), QSize(640, 480));
-    EXPECT_TRUE(struts.all().empty());
+    EXPECT_EQ(struts.layout().root, QSize(640, 480));
+    EXPECT_TRUE(struts.layout().struts.empty());
     top(30);
     put(root, atoms[0], XCB_ATOM_WINDOW, { bar, 0x7777777 });
     EXPECT_TRUE(changed());
-    EXPECT_EQ(struts.all(), std::vector { thin }) << "a listed window that has gone is passed over";
+    EXPECT_EQ(struts.layout().struts, std::vector { thin }) << "a listed window that has gone is passed over";
     put(bar, atoms[2], XCB_ATOM_STRING, { 1 });
     EXPECT_FALSE(changed());
     top(44);
     EXPECT_TRUE(changed());
-    EXPECT_EQ(struts.all(), std::vector { thick });
+    EXPECT_EQ(struts.layout().struts, std::vector { thick });
     put(root, atoms[0], XCB_ATOM_WINDOW, {});
     EXPECT_TRUE(changed());
-    EXPECT_TRUE(struts.all().empty());
+    EXPECT_TRUE(struts.layout().struts.empty());
+    xcb_configure_notify_event_t resized {};
+    resized.response_type = XCB_CONFIGURE_NOTIFY;
+    resized.window = root;
+    EXPECT_TRUE(struts.handle(reinterpret_cast<const xcb_generic_event_t&>(resized))) << "the whole screen";
 }
 
 } // namespace

@@ -157,13 +157,13 @@ TEST_F(XEmbedTrayOnADisplay, DocksWithEachTrayThatComesInTheInkThatStandsOutTher
         ASSERT_NE(tray->takeIn(), XCB_NONE);
         settle();
         ASSERT_TRUE(item->place());
-        EXPECT_EQ(item->place()->frame, (PixelRect { 110, 54, 40, 20 }));
+        EXPECT_EQ(item->place()->frame, (QRect { 110, 54, 40, 20 }));
         EXPECT_TRUE(item->place()->seen);
         EXPECT_EQ(pixel(115, 60), ink);
         EXPECT_EQ(pixel(200, 60), background);
         tray->moveTo(300);
         settle();
-        EXPECT_EQ(item->place()->frame.x, 310) << "the strip moved, not the window in it";
+        EXPECT_EQ(item->place()->frame.x(), 310) << "the strip moved, not the window in it";
         tray.reset();
         settle();
         EXPECT_FALSE(item->place());
