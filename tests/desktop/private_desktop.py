@@ -25,11 +25,14 @@ from trays import HEIGHT as TRAY_HEIGHT, TRAYS  # noqa: F401
 
 # What each part needs: a program on the path or a file pattern, and the Debian package that has it.
 PACKAGES = [("Xvfb", "xvfb"), ("dbus-daemon", "dbus-daemon"), ("gdbus", "libglib2.0-bin"),
-            ("xprop", "x11-utils"), ("xdotool", "xdotool"), ("openbox", "openbox")]
+            ("xprop", "x11-utils"), ("xdotool", "xdotool")]
 ACCESSIBLE_PACKAGES = [("/usr/libexec/at-spi-bus-launcher", "at-spi2-core"),
                        ("/usr/lib/python3/dist-packages/pyatspi", "python3-pyatspi")]
 # All that is taken over from the surroundings. The rest of the environment describes another desktop.
 KEPT_VARIABLES = ("PATH", "TMPDIR", "ASAN_OPTIONS", "LSAN_OPTIONS", "TSAN_OPTIONS", "UBSAN_OPTIONS")
+# By name, which is the package's too. The second one composes the windows, so that they may be translucent.
+WINDOW_MANAGERS = {"openbox": ["openbox", "--sm-disable"],
+                   "xfwm4": ["xfwm4", "--compositor=on", "--sm-client-disable"]}
 BUS_CONFIGURATION = """<busconfig>
 <type>session</type> <auth>EXTERNAL</auth>
 <listen>unix:path={folder}/run/bus</listen> <servicedir>{folder}/services</servicedir>
@@ -65,13 +68,14 @@ def require(packages: list[tuple[str, str]]) -> None:
 
 class PrivateDesktop:
     """One desktop, from `with` to its end. `env` is the environment of all that runs on it, `home` its home
-    folder, `size` the screen's width and height in pixels, `tray` one of TRAYS. One thread, one desktop
-    at a time."""
+    folder, `size` the screen's width and height in pixels, `tray` one of TRAYS, `manager` one of
+    WINDOW_MANAGERS. One thread, one desktop at a time."""
 
     def __init__(self, size: tuple[int, int] = (1440, 900), scale: int = 1, accessible: bool = False,
-                 tray: str = "xfce") -> None:
+                 tray: str = "xfce", manager: str = "openbox") -> None:
         self.size, self.scale, self.accessible = size, scale, accessible
         self.tray = TRAYS[tray]
+        self.manager = manager
         self._parts: dict[str, subprocess.Popen] = {}
         self._started: list[subprocess.Popen] = []
         self._handlers: dict[int, object] = {}
@@ -80,7 +84,8 @@ class PrivateDesktop:
         self.env: dict[str, str] = {}
 
     def __enter__(self) -> "PrivateDesktop":
-        require(PACKAGES + self.tray.packages + ACCESSIBLE_PACKAGES * self.accessible)
+        require(PACKAGES + [(self.manager, self.manager)] + self.tray.packages
+                + ACCESSIBLE_PACKAGES * self.accessible)
         self._watch_signals()
         marked_processes.adopt_orphans()
         atexit.register(self.close)  # a test runner that is interrupted leaves no other way
@@ -245,8 +250,8 @@ class PrivateDesktop:
                 self.env, "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus.GetAddress"))
 
     def _start_window_manager(self) -> None:
-        self._parts["openbox"] = self.start("openbox", ["openbox", "--sm-disable"])
-        self.wait_for("openbox", lambda: "0x" in self._root("_NET_SUPPORTING_WM_CHECK"), program="openbox")
+        self._parts[self.manager] = self.start(self.manager, WINDOW_MANAGERS[self.manager])
+        self.wait_for(self.manager, lambda: "0x" in self._root("_NET_SUPPORTING_WM_CHECK"), program=self.manager)
 
     def _start_part(self, name: str, command: list[str], ready: str) -> str:
         """Starts a part that prints a line of this form when it is ready, and gives that line."""

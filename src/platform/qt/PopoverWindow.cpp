@@ -16,6 +16,7 @@
 #include <QCloseEvent>
 #include <QPainter>
 #include <QScreen>
+#include <QWindow>
 
 namespace platform {
 
@@ -99,6 +100,16 @@ void PopoverWindow::vanish()
     setWindowOpacity(1);
 }
 
+bool PopoverWindow::eventFilter(QObject* watched, QEvent* event)
+{
+    // Some window managers hear of this shape alone, and don't look at it when they put their frame around
+    // the window: so it is told again once they have.
+    if (event->type() == QEvent::Expose && watched == windowHandle() && !pressable_.empty())
+        if (xcb_connection_t* const connection = toolkitXConnection())
+            limitInput(connection, static_cast<xcb_window_t>(winId()), pressable_);
+    return QWidget::eventFilter(watched, event);
+}
+
 void PopoverWindow::paintEvent(QPaintEvent* event)
 {
     const int around = margin();
@@ -148,6 +159,7 @@ void PopoverWindow::describe(xcb_connection_t* connection)
     const int around = pixels(margin());
     const int insideWidth = pixels(width()) - around * 2, insideHeight = pixels(height()) - around * 2;
     auto stripes = roundedStripes(insideWidth, insideHeight, pixels(shadow_.radius));
+    pressable_.clear();
     if (!translucent_) {
         cutWindow(connection, window, stripes);
         return;
@@ -157,6 +169,8 @@ void PopoverWindow::describe(xcb_connection_t* connection)
         stripe.y = static_cast<std::int16_t>(stripe.y + around);
     }
     limitInput(connection, window, stripes);
+    pressable_ = std::move(stripes);
+    windowHandle()->installEventFilter(this);
     std::array<std::uint32_t, 4> extents {};
     extents.fill(static_cast<std::uint32_t>(around));
     const xcb_atom_t name = internAtoms(connection, { "_GTK_FRAME_EXTENTS" })[0];

@@ -4,6 +4,7 @@
 #include "platform/qt/PopoverShadow.h"
 
 #include <functional>
+#include <vector>
 
 #include <QImage>
 #include <QVariantAnimation>
@@ -30,6 +31,9 @@ public:
     /// Goes at once.
     void vanish();
 
+    /// Not for callers.
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 protected:
     void paintEvent(QPaintEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
@@ -41,6 +45,7 @@ private:
     void describe(xcb_connection_t* connection);
 
     PopoverShadow shadow_;
+    std::vector<xcb_rectangle_t> pressable_; ///< in pixels; empty where that is the whole window
     QImage shadowImage_;
     double shadowRatio_ = 0; ///< the number of pixels in a point that it was made for
     std::function<void()> closeAsked_;

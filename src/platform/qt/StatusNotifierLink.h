@@ -24,12 +24,13 @@ public:
     /// Whether the item can be found under its name: while it can, it is registered with every watcher.
     void setOffered(bool offered);
 
-    /// Unknown until the bus has answered; absent for good without a bus.
-    [[nodiscard]] Presence presence() const { return presence_; }
+    /// Unknown until the bus has answered; absent for good without a bus, and from its end on, which isn't
+    /// told as a change.
+    [[nodiscard]] Presence presence() const { return bus_.isConnected() ? presence_ : Presence::absent; }
     /// The watcher's trays write the label beside the icon. Known before the item is registered.
     [[nodiscard]] bool showsLabels() const { return showsLabels_; }
     /// The watcher took the item, lists it, and doesn't say that nobody shows it.
-    [[nodiscard]] bool lists() const { return lists_; }
+    [[nodiscard]] bool lists() const { return lists_ && bus_.isConnected(); }
 
 private:
     Q_SLOT void watcherTold(const QDBusMessage& message);
