@@ -251,7 +251,8 @@ class PrivateDesktop:
 
     def _start_window_manager(self) -> None:
         self._parts[self.manager] = self.start(self.manager, WINDOW_MANAGERS[self.manager])
-        self.wait_for(self.manager, lambda: "0x" in self._root("_NET_SUPPORTING_WM_CHECK"), program=self.manager)
+        self.wait_for(self.manager, lambda: "0x" in self._root("_NET_SUPPORTING_WM_CHECK"),
+                      program=self.manager)
 
     def _start_part(self, name: str, command: list[str], ready: str) -> str:
         """Starts a part that prints a line of this form when it is ready, and gives that line."""
