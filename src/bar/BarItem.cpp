@@ -71,6 +71,7 @@ void BarItem::updateStatusButton()
     drawFace(now);
     setLength(desired_);
     face_.toolTip = barToolTip(now);
+    face_.accessibilityHelp = barAccessibilityHelp(owner_.settings.hotkeyLabel());
     statusItem_->setFace(face_);
     owner_.stateFile.writeBarState();
 }

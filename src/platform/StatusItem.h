@@ -33,6 +33,7 @@ struct StatusItemFace {
     std::string label; ///< text beside the picture; may be empty
     std::string labelGuide; ///< the widest label to expect, so that a host can keep its width steady
     std::string toolTip; ///< also what assistive technology reads
+    std::string accessibilityHelp; ///< read after it: what a press does
     std::string iconName; ///< names `icon` in the icon theme; empty where it has no name or isn't shown
     std::shared_ptr<const StatusItemPicture> icon; ///< for hosts that show the label; null for none
     std::shared_ptr<const StatusItemPicture> picture; ///< for all other hosts: everything in one picture

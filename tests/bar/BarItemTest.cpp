@@ -27,6 +27,9 @@ TEST(BarItem, ShowsInEachModeWhatThatModeHasRoomFor)
     EXPECT_EQ(bench.bar.ids, Calls { "dev.quent.ostrel ostrel" });
     EXPECT_EQ(bench.bar.folder, "icons");
     EXPECT_EQ(bench.face().toolTip, "ostrel · cpu 0% · mem 0% · swap 0% · free 0 mb · ? · native");
+    EXPECT_EQ(bench.face().accessibilityHelp,
+        "click toggles the ostrel panel; right-click opens the service menu; " + bench.settings.hotkeyLabel()
+            + " toggles from anywhere");
     const std::pair<BarDisplayMode, const char*> cases[] {
         { mark, "true 38 [] [] 'dev.quent.ostrel-symbolic' mark / mark" },
         { markValue,

@@ -47,10 +47,11 @@ Rect squareAround(Point place, double side, const Rect& bounds)
 } // namespace
 
 Rect guessedFrame(std::span<const DisplayPlace> displays, const StrutLayout& bars,
-    std::optional<Point> lastPress, double length)
+    std::optional<Point> lastPress, std::optional<double> length)
 {
+    const double usualLength = length.value_or(usualThickness);
     if (displays.empty())
-        return { 0, 0, length, usualThickness };
+        return { 0, 0, usualLength, usualThickness };
     const std::vector<Strip> strips = stripsOf(displays, bars);
     if (lastPress) {
         for (const auto& [edge, place] : strips)
@@ -65,11 +66,11 @@ Rect guessedFrame(std::span<const DisplayPlace> displays, const StrutLayout& bar
                 continue;
             if (edge == Edge::right || edge == Edge::left)
                 return { place.x, place.y, place.width, std::min(place.width, place.height) };
-            const double width = std::min(length, place.width);
+            const double width = std::min(length.value_or(place.height), place.width);
             return { place.x + place.width - width, place.y, width, place.height };
         }
     const Rect& frame = displays.front().frame;
-    return { frame.x + frame.width - length, frame.y + frame.height - usualThickness, length,
+    return { frame.x + frame.width - usualLength, frame.y + frame.height - usualThickness, usualLength,
         usualThickness };
 }
 

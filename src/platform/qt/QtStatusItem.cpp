@@ -110,7 +110,8 @@ public:
 private:
     [[nodiscard]] Rect guess() const
     {
-        return guessedFrame(displayPlaces(), struts_.layout(), lastPlace_, face_.length);
+        const auto length = link_.showsLabels() ? std::optional(face_.length) : std::nullopt;
+        return guessedFrame(displayPlaces(), struts_.layout(), lastPlace_, length);
     }
 
     [[nodiscard]] static double scale()

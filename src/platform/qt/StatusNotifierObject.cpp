@@ -92,7 +92,8 @@ void StatusNotifierObject::describe()
         .pictureKey = keyOf(picture()),
         .label = face_.label,
         .guide = face_.labelGuide,
-        .toolTip = face_.toolTip };
+        .toolTip = face_.toolTip,
+        .help = face_.accessibilityHelp };
     if (now == shown_)
         return;
     const Shown before = std::exchange(shown_, std::move(now));
@@ -101,11 +102,12 @@ void StatusNotifierObject::describe()
         picturesStale_ = true;
         tell("NewIcon");
     }
-    if (before.toolTip != shown_.toolTip) {
+    if (before.toolTip != shown_.toolTip || before.help != shown_.help) {
         const QString text = QString::fromStdString(shown_.toolTip);
         properties_["ToolTip"]
             = QVariant::fromValue(BusToolTip { .iconName = {}, .images = {}, .title = text, .text = {} });
-        properties_["IconAccessibleDesc"] = text;
+        const QString help = QString::fromStdString(shown_.help);
+        properties_["IconAccessibleDesc"] = help.isEmpty() ? text : text + ". " + help;
         tell("NewToolTip");
     }
     if (before.label != shown_.label || before.guide != shown_.guide) {

@@ -52,6 +52,7 @@ private:
         std::string label;
         std::string guide;
         std::string toolTip;
+        std::string help;
 
         bool operator==(const Shown&) const = default;
     };

@@ -22,11 +22,14 @@ TEST(GuessedFrame, IsAtTheLastPressElseAtABarsEndElseAtTheUpperRight)
         std::vector<Strut> bars;
         std::optional<Point> press;
         Rect frame;
+        std::optional<double> length = 64;
     };
     const Case cases[] {
         { {}, {}, { 1376, 876, 64, 24 } },
         { { bottom }, {}, { 1376, 0, 64, 30 } },
         { { bottom, inner }, {}, { 3816, 670, 64, 30 } },
+        { { bottom }, {}, { 1410, 0, 30, 30 }, std::nullopt },
+        { {}, {}, { 1416, 876, 24, 24 }, std::nullopt },
         { { side }, {}, { 3840, -100, 40, 40 } },
         { { bottom }, Point { 700, 3 }, { 685, 0, 30, 30 } },
         { { bottom }, Point { 1439, 20 }, { 1410, 0, 30, 30 } },
@@ -34,7 +37,7 @@ TEST(GuessedFrame, IsAtTheLastPressElseAtABarsEndElseAtTheUpperRight)
         { {}, Point { 3000, 699 }, { 2988, 676, 24, 24 } },
     };
     for (const Case& c : cases) {
-        const Rect frame = guessedFrame(displays, { .root = { 3880, 1800 }, .struts = c.bars }, c.press, 64);
+        const Rect frame = guessedFrame(displays, { .root = { 3880, 1800 }, .struts = c.bars }, c.press, c.length);
         EXPECT_EQ(frame, c.frame) << frame.x << " " << frame.y << " " << frame.width << " " << frame.height;
     }
 }

@@ -142,6 +142,7 @@ StatusItemFace face()
         .label = " cpu 3%",
         .labelGuide = "cpu 100%",
         .toolTip = "ostrel · cpu 3%",
+        .accessibilityHelp = "click opens",
         .iconName = "mark-symbolic",
         .icon = mark,
         .picture = mark };
@@ -233,7 +234,7 @@ TEST_F(QtStatusItemOnABus, ItsPropertiesAreReadInOneCall)
     const QVariantMap plain { { "Category", "SystemServices" }, { "Id", "dev.quent.ostrel" },
         { "Title", "ostrel" }, { "Status", "Active" }, { "WindowId", 0 }, { "ItemIsMenu", false },
         { "IconName", "mark-symbolic" }, { "IconThemePath", "/icons" },
-        { "IconAccessibleDesc", "ostrel · cpu 3%" }, { "XAyatanaLabel", " cpu 3%" },
+        { "IconAccessibleDesc", "ostrel · cpu 3%. click opens" }, { "XAyatanaLabel", " cpu 3%" },
         { "XAyatanaLabelGuide", "cpu 100%" } };
     for (const auto& [name, value] : plain.asKeyValueRange())
         EXPECT_EQ(all.value(name), value) << name.toStdString();
