@@ -8,7 +8,7 @@
 #include <functional>
 #include <vector>
 
-/// Questions that are answered at once, with what the test put in the queue, else with the last button.
+/// Questions that are answered at once, with what the test put in the queue, else with the one that cancels.
 struct FakeAlerts final : platform::Alerts {
     [[nodiscard]] std::size_t runModal(const platform::Alert& alert) override
     {
@@ -18,7 +18,7 @@ struct FakeAlerts final : platform::Alerts {
             meanwhile();
         --up;
         if (answers.empty())
-            return alert.buttons.empty() ? 0 : alert.buttons.size() - 1;
+            return platform::cancelButton(alert);
         const std::size_t answer = answers.front();
         answers.pop_front();
         return answer;

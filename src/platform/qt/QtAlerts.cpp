@@ -174,9 +174,8 @@ void giveBack(QWidget& window)
 
 std::size_t QtAlerts::runModal(const Alert& alert)
 {
-    const std::size_t last = alert.buttons.empty() ? 0 : alert.buttons.size() - 1;
     if (!qobject_cast<QApplication*>(QCoreApplication::instance()))
-        return last;
+        return cancelButton(alert);
     const QPointer<QWidget> below = QApplication::activeWindow();
     AlertDialog dialog(alert);
     dialog.place(below);
@@ -185,7 +184,7 @@ std::size_t QtAlerts::runModal(const Alert& alert)
     --up_;
     if (below && below->isVisible())
         giveBack(*below);
-    return dialog.chosen.value_or(last);
+    return dialog.chosen.value_or(cancelButton(alert));
 }
 
 } // namespace platform

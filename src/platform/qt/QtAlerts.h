@@ -9,7 +9,7 @@ namespace platform {
 /// pointer is. Constructing it asks nobody and needs no application object.
 class QtAlerts final : public Alerts {
 public:
-    /// Also the last button's place when the program quits meanwhile; 0 when there is no button.
+    /// Also `cancelButton` when the program quits meanwhile.
     [[nodiscard]] std::size_t runModal(const Alert& alert) override;
     [[nodiscard]] bool isUp() const override { return up_ > 0; }
 

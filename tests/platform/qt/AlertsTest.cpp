@@ -28,12 +28,14 @@ void press(QWidget& where, Qt::Key key)
 
 const Alert question { "Stop it?", "It & its children.", { "Stop", "Show", "Cancel" }, true };
 
-TEST(QtAlerts, ReturnIsTheFirstButtonAndEscapeOrClosingTheLast)
+TEST(QtAlerts, ReturnIsTheFirstButtonAndEscapeOrClosingTheLastOrTheOneThatCancels)
 {
     QtAlerts alerts;
     EXPECT_EQ(answerTo(alerts, question, [](QDialog& dialog) { press(dialog, Qt::Key_Return); }), 0U);
     EXPECT_EQ(answerTo(alerts, question, [](QDialog& dialog) { press(dialog, Qt::Key_Escape); }), 2U);
     EXPECT_EQ(answerTo(alerts, question, [](QDialog& dialog) { dialog.close(); }), 2U);
+    const Alert safe { .title = "Compact?", .text = "", .buttons = { "Cancel", "Compact" }, .cancel = 0 };
+    EXPECT_EQ(answerTo(alerts, safe, [](QDialog& dialog) { press(dialog, Qt::Key_Escape); }), 0U);
     EXPECT_EQ(answerTo(alerts, { "Done", "", { "OK" } }, [](QDialog& dialog) { dialog.close(); }), 0U);
 }
 
