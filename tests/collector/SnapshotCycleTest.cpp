@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "collector/SnapshotCycle.h"
 
-#include "support/FakeMachine.h"
-#include "support/FakePanel.h"
+#include "collector/CollectorBench.h"
 
 #include <memory>
 #include <optional>
@@ -26,31 +25,9 @@ constexpr const char* script = "/home/someone/Library/Application Support/Ostrel
 /// A snapshot that says when it was taken.
 std::string taken(const std::string& when) { return R"({"ts":")" + when + R"(","ram":{},"swap":{}})"; }
 
-/// A cycle with an open panel, whose children answer what the test prepared.
-struct Bench : FakeMachine {
-    Bench() { cycle->connect(panel, panel); }
-
-    void fetch(
-        const std::string& output, int status = 0, const std::string& errorOutput = {}, double elapsed = 0.1)
-    {
-        answer(output, status, errorOutput, elapsed);
-        cycle->fetchPythonData();
-        deliver();
-    }
-    Calls calls() { return std::exchange(panel.calls, {}); }
-    [[nodiscard]] std::size_t waiting() const { return globalQueue.waiting.size(); }
-
-    CPUSampler sampler { kernel };
-    FakePanel panel;
-    NativeTick tick { kernel, sampler, time, time, defaults };
-    std::shared_ptr<CollectorRunner> runner = std::make_shared<CollectorRunner>(children);
-    std::optional<SnapshotCycle> cycle { std::in_place,
-        SnapshotCycle::Platform { time, time, globalQueue, files, bundle, time }, runner, tick };
-};
-
 TEST(SnapshotCycle, AsksTheScriptOfTheProgramOrElseThatOfTheHome)
 {
-    Bench bench;
+    CollectorBench bench;
     EXPECT_EQ(bench.cycle->backendState(), "collector idle");
     EXPECT_EQ(bench.cycle->backendLastSource(), "native");
     bench.cycle->ensureCollectorAvailable();
@@ -72,7 +49,7 @@ TEST(SnapshotCycle, AsksTheScriptOfTheProgramOrElseThatOfTheHome)
 
 TEST(SnapshotCycle, DrawsTheWaitingStateBeforeTheFirstChildAndTheReadoutBehindTheBody)
 {
-    Bench bench;
+    CollectorBench bench;
     bench.children.whileRunning = [&] { bench.panel.calls.emplace_back("child"); };
     bench.fetch("", 1);
     EXPECT_EQ(bench.calls(), (Calls { "render", "child", "render" })) << "a failure draws no readout";
@@ -86,7 +63,7 @@ TEST(SnapshotCycle, DrawsTheWaitingStateBeforeTheFirstChildAndTheReadoutBehindTh
 
 TEST(SnapshotCycle, TheServerAndSettingsTabsAreNotRebuilt)
 {
-    Bench bench;
+    CollectorBench bench;
     bench.fetch(good);
     for (const auto& words : ostrelModes()) {
         const bool drawn = words.mode != OstrelMode::server && words.mode != OstrelMode::settings;
@@ -124,7 +101,7 @@ TEST(SnapshotCycle, OnlyAnObjectWithRamAndSwapAndStatusZeroIsASnapshot)
         { R"({"ram":{},"swap":null})" }, { R"({"ram":{},"swap":{})" }, { "warning\n"s + good },
         { good + "{}"s }, { good + "\0"s }, { "{\"ram\":{},\"swap\":{},\"ts\":\"\xff\"}" }, { deep } };
     for (const Case& c : cases) {
-        Bench bench;
+        CollectorBench bench;
         bench.fetch(taken("before"));
         const auto before = bench.cycle->lastSnapshotAt();
         bench.time.advance(5s);
@@ -144,7 +121,7 @@ TEST(SnapshotCycle, OnlyAnObjectWithRamAndSwapAndStatusZeroIsASnapshot)
 
 TEST(SnapshotCycle, AFirstChildThatCannotStartLeavesNoDataAndIsShownInTheRunnersWords)
 {
-    Bench bench;
+    CollectorBench bench;
     bench.children.outcomes.push_back({ .launchError = "No such file or directory" });
     bench.cycle->fetchPythonData();
     bench.deliver();
@@ -156,7 +133,7 @@ TEST(SnapshotCycle, AFirstChildThatCannotStartLeavesNoDataAndIsShownInTheRunners
 
 TEST(SnapshotCycle, OneChildAtATimeAndNoneWhileOtherWorkRuns)
 {
-    Bench bench;
+    CollectorBench bench;
     bool busy = true;
     bench.cycle->setBusy([&busy] { return busy; });
     bench.cycle->startPanelPolling();
@@ -179,7 +156,7 @@ TEST(SnapshotCycle, OneChildAtATimeAndNoneWhileOtherWorkRuns)
 TEST(SnapshotCycle, TheTimerFollowsTheProfileAndOnlyAnOpenPanelIsFetchedFor)
 {
     for (const auto& [profile, period] : { std::pair { "fast", 8s }, { "normal", 15s }, { "calm", 30s } }) {
-        Bench bench;
+        CollectorBench bench;
         bench.cycle->startPanelPolling();
         bench.deliver();
         bench.tick.applyRefresh(profile);
@@ -203,7 +180,7 @@ TEST(SnapshotCycle, TheTimerFollowsTheProfileAndOnlyAnOpenPanelIsFetchedFor)
 
 TEST(SnapshotCycle, AClosingVoidsTheAnswerOnItsWayAndReopeningFetchesAtOnce)
 {
-    Bench bench;
+    CollectorBench bench;
     bench.fetch(good);
     bench.cycle->startPanelPolling();
     // The panel closes while the child runs.
@@ -235,7 +212,7 @@ TEST(SnapshotCycle, AClosingVoidsTheAnswerOnItsWayAndReopeningFetchesAtOnce)
 TEST(SnapshotCycle, WhatIsShownGetsStaleByTheProfileOrAtOnceByAFailure)
 {
     for (const auto& [profile, limit] : { std::pair { "fast", 30s }, { "normal", 30s }, { "calm", 60s } }) {
-        Bench bench;
+        CollectorBench bench;
         bench.tick.applyRefresh(profile);
         EXPECT_FALSE(bench.cycle->snapshotIsStale()) << "nothing yet";
         bench.fetch(good);
@@ -259,7 +236,7 @@ TEST(SnapshotCycle, TheAgeIsRoundedToSecondsAndThenCutToItsUnit)
         { 3599.4, "59m ago" }, { 3599.5, "1h ago" }, { 7199, "1h ago" }, { 7200, "2h ago" },
         { 86'400 * 10, "240h ago" }, { -5, "0s ago" }, { -7200, "0s ago" } };
     for (const auto& [age, text] : cases) {
-        Bench bench;
+        CollectorBench bench;
         bench.fetch(good);
         bench.time.jump(Seconds(age));
         EXPECT_EQ(bench.cycle->snapshotAgeText(), text) << age;
@@ -268,7 +245,7 @@ TEST(SnapshotCycle, TheAgeIsRoundedToSecondsAndThenCutToItsUnit)
 
 TEST(SnapshotCycle, AnAnswerThatOutlivesItsOwnerIsDroppedAndTheRunnerLivesAsLongAsTheRun)
 {
-    Bench bench;
+    CollectorBench bench;
     bench.cycle->startPanelPolling();
     const std::weak_ptr<CollectorRunner> runner = bench.runner;
     bench.runner.reset();
@@ -287,7 +264,7 @@ TEST(SnapshotCycle, AnAnswerThatOutlivesItsOwnerIsDroppedAndTheRunnerLivesAsLong
 
 TEST(SnapshotCycle, WithoutAPanelItKeepsStateOnly)
 {
-    Bench bench;
+    CollectorBench bench;
     bench.cycle.emplace(SnapshotCycle::Platform { bench.time, bench.time, bench.globalQueue, bench.files,
                             bench.bundle, bench.time },
         bench.runner, bench.tick);

@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "core/LocalTime.h"
+
+#include <ctime>
+
+#include <fmt/format.h>
+
+namespace ostrel {
+
+std::optional<ClockTime> localClockTime(std::chrono::system_clock::time_point instant)
+{
+    const auto second = std::chrono::floor<std::chrono::seconds>(instant);
+    const std::time_t seconds = std::chrono::system_clock::to_time_t(second);
+    std::tm parts {};
+    if (!localtime_r(&seconds, &parts))
+        return std::nullopt;
+    return ClockTime { parts.tm_hour, parts.tm_min, parts.tm_sec };
+}
+
+std::string localClockText(std::chrono::system_clock::time_point instant)
+{
+    const auto time = localClockTime(instant);
+    if (!time)
+        return "--:--:--";
+    return fmt::format("{:02}:{:02}:{:02}", time->hour, time->minute, time->second);
+}
+
+} // namespace ostrel

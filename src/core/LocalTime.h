@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <chrono>
+#include <optional>
+#include <string>
+
+namespace ostrel {
+
+/// A time of day on this machine.
+struct ClockTime {
+    int hour = 0;
+    int minute = 0;
+    int second = 0;
+
+    bool operator==(const ClockTime&) const = default;
+};
+
+/// The local time of day at an instant; nothing for one that the calendar doesn't reach. Any thread.
+[[nodiscard]] std::optional<ClockTime> localClockTime(std::chrono::system_clock::time_point instant);
+
+/// The same as "HH:mm:ss"; "--:--:--" beyond the calendar.
+[[nodiscard]] std::string localClockText(std::chrono::system_clock::time_point instant);
+
+} // namespace ostrel

@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "core/LocalTime.h"
+
+#include <cstdlib>
+#include <ctime>
+#include <string>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace ostrel;
+using namespace std::chrono_literals;
+
+/// The process's time zone, put back at the end.
+class ZoneGuard {
+public:
+    ZoneGuard()
+        : before_(std::getenv("TZ") ? std::getenv("TZ") : "")
+    {
+    }
+    ZoneGuard(const ZoneGuard&) = delete;
+    ZoneGuard& operator=(const ZoneGuard&) = delete;
+    ~ZoneGuard() { set(before_.empty() ? nullptr : before_.c_str()); }
+
+    static void set(const char* zone)
+    {
+        if (zone)
+            setenv("TZ", zone, 1);
+        else
+            unsetenv("TZ");
+        tzset();
+    }
+
+private:
+    std::string before_;
+};
+
+TEST(LocalTime, IsThatOfTheMachinesZoneAlsoBeforeNineteenSeventy)
+{
+    const ZoneGuard guard;
+    const std::chrono::system_clock::time_point epoch;
+    ZoneGuard::set("UTC0");
+    EXPECT_EQ(localClockText(epoch + 1h + 2min + 3s + 900ms), "01:02:03");
+    EXPECT_EQ(localClockText(epoch - 1ms), "23:59:59");
+    ZoneGuard::set("XYZ-5:30");
+    EXPECT_EQ(localClockText(epoch + 20h), "01:30:00");
+    EXPECT_EQ(localClockTime(epoch + 20h), (ClockTime { 1, 30, 0 }));
+}
+
+} // namespace
