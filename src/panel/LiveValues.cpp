@@ -90,12 +90,16 @@ void LiveValues::refreshGraphs()
     const auto window = state_.history.window(historyWindowMinutes);
     const auto boundary = state_.history.liveBoundary(historyWindowMinutes);
     const std::string caption = historyCaption(state_.history, historyWindowMinutes);
+    std::vector<std::int64_t> minutes;
+    minutes.reserve(window.size());
+    for (const auto& point : window)
+        minutes.push_back(point.minute);
     for (const auto& [key, value] : graphs) {
         std::vector<double> values;
         values.reserve(window.size());
         for (const auto& point : window)
             values.push_back(static_cast<double>(point.*value));
-        views_.applyGraph(key, values, boundary);
+        views_.applyGraph(key, values, minutes, boundary);
         views_.setText(fmt::format("history-caption-{}", key), caption);
     }
 }
