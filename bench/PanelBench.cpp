@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 #include <string>
 #include <vector>
@@ -35,10 +36,21 @@ void startToolkit()
     new QApplication(count, arguments);
 }
 
+/// The minutes of a day, up to the present one.
+std::string fullDay()
+{
+    OstrelHistory history;
+    const std::int64_t now = OstrelHistory::minute(VirtualTime().now());
+    for (std::int64_t minute = now - 1439; minute < now; ++minute)
+        history.points.push_back({ minute, minute % 100, 24, 60, 2.4 });
+    return history.serialized();
+}
+
 /// The application with its panel open on a snapshot of many rows.
 struct OpenPanel : AppBench {
     OpenPanel()
     {
+        files.contents[OstrelHistory::defaultPath(files.home)] = fullDay();
         start();
         fetch(snapshotText(processes));
         workspace.setReduceMotion(true);

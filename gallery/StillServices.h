@@ -21,6 +21,7 @@ struct StillServices {
         void post(platform::Job) override { }
         void postAfter(platform::Seconds, platform::Job) override { }
         bool accessibilityDisplayShouldReduceMotion() const override { return true; }
+        bool accessibilityDisplayShouldDifferentiateWithoutColor() const override { return true; }
         std::unique_ptr<platform::Observation> observeDisplayOptions(platform::Job) override
         {
             return nullptr;

@@ -45,10 +45,10 @@ AppDelegate::AppDelegate(const PlatformServices& services)
     , snapshots_({ services.runLoop, services.mainQueue, services.globalQueue, services.files,
                      services.bundle, services.clock },
           collector_, tick_)
-    , panelState_ { tick_, snapshots_, history_, settings_ }
+    , panelState_ { tick_, snapshots_, history_, settings_, historyFilePath_ }
     , frame_(panelState_,
           { services.clock, { services.runLoop, services.mainQueue, services.workspace, services.occlusion },
-              services.alerts, services.defaults },
+              services.alerts, services.defaults, services.processInfo },
           liveRegistry_)
     , panel_(frame_, settings_,
           { services.popovers, services.events, services.workspace, services.screens, services.defaults,
@@ -80,7 +80,7 @@ AppDelegate::AppDelegate(const PlatformServices& services)
         .setPinned = [this](bool pinned) { panel_.setPinned(pinned); },
         .setTheme = [this](ZOLThemePolicy::Mode mode) { theme_.setTheme(mode); },
         .openCatalogue = [this] { services_.workspace.open(catalogueUrl()); },
-        .rendered = [this] { liveValues_.refreshLiveValues(); } });
+        .rendered = [this] { liveValues_.refreshGauges(); } });
 }
 
 AppDelegate::~AppDelegate() = default;

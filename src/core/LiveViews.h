@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string_view>
 #include <vector>
@@ -20,9 +21,10 @@ public:
     virtual void updateGauge(
         std::string_view key, double pct, std::optional<double> from, std::string_view level)
         = 0;
-    /// Gives a graph its values, oldest first, and the index of the first one of this run.
-    virtual void applyGraph(
-        std::string_view key, const std::vector<double>& values, std::optional<std::size_t> boundary)
+    /// Gives a graph its values and their minutes since 1970, oldest first, and the index of the first one
+    /// of this run.
+    virtual void applyGraph(std::string_view key, const std::vector<double>& values,
+        const std::vector<std::int64_t>& minutes, std::optional<std::size_t> boundary)
         = 0;
 };
 

@@ -3,6 +3,7 @@
 
 #include <QAbstractButton>
 #include <QAccessibleWidget>
+#include <QString>
 #include <QVariant>
 
 namespace ostrel {
@@ -11,8 +12,10 @@ namespace {
 
 constexpr const char* roleProperty = "zolRole";
 constexpr const char* selectedProperty = "zolSelected";
+constexpr const char* valueProperty = "zolValue";
+constexpr const char* levelProperty = "zolLevel";
 
-class DescribedView final : public QAccessibleWidget {
+class DescribedView final : public QAccessibleWidget, public QAccessibleValueInterface {
 public:
     DescribedView(QWidget& view, QAccessible::Role role)
         : QAccessibleWidget(&view, role)
@@ -26,6 +29,29 @@ public:
         state.selectable = selected.isValid();
         state.selected = selected.toBool();
         return state;
+    }
+
+    [[nodiscard]] QString text(QAccessible::Text kind) const override
+    {
+        const QVariant value = widget()->property(valueProperty);
+        return kind == QAccessible::Value && value.isValid() ? value.toString()
+                                                             : QAccessibleWidget::text(kind);
+    }
+
+    void* interface_cast(QAccessible::InterfaceType type) override
+    {
+        if (type == QAccessible::ValueInterface && widget()->property(levelProperty).isValid())
+            return static_cast<QAccessibleValueInterface*>(this);
+        return QAccessibleWidget::interface_cast(type);
+    }
+
+    [[nodiscard]] QVariant currentValue() const override { return widget()->property(levelProperty); }
+    [[nodiscard]] QVariant minimumValue() const override { return 0.0; }
+    [[nodiscard]] QVariant maximumValue() const override { return 100.0; }
+    [[nodiscard]] QVariant minimumStepSize() const override { return 0.0; }
+    void setCurrentValue(const QVariant&) override
+    {
+        // A reading can't be set.
     }
 
     [[nodiscard]] QStringList actionNames() const override
@@ -62,6 +88,23 @@ void setAccessibleRole(QWidget& view, QAccessible::Role role)
     // The toolkit passes over a factory that it has already.
     QAccessible::installFactory(describe);
     view.setProperty(roleProperty, int { role });
+}
+
+void setAccessibleValue(QWidget& view, const QString& words)
+{
+    view.setProperty(valueProperty, words);
+    // The bus has no place for a value in words; a description it has.
+    view.setAccessibleDescription(words);
+}
+
+void setAccessibleLevel(QWidget& view, double level, const QString& words)
+{
+    setAccessibleValue(view, words);
+    if (view.property(levelProperty) == QVariant(level))
+        return;
+    view.setProperty(levelProperty, level);
+    QAccessibleValueChangeEvent event(&view, level);
+    QAccessible::updateAccessibility(&event);
 }
 
 void setAccessibleSelected(QWidget& view, bool selected)

@@ -61,6 +61,27 @@ QRect layerOf(std::span<const Quad> quads, const QTransform& toDevice, const QPa
     return (toDevice.mapRect(bounds) & all).toAlignedRect();
 }
 
+/// Where something begins and ends along one axis, in device pixels.
+struct Edges {
+    double from;
+    double to;
+};
+
+/// The rectangle with its edges moved, in device pixels, as `moved` says.
+template <typename Moved>
+QRectF onPixels(const QPainter& painter, const QRectF& rect, Moved moved)
+{
+    bool invertible = false;
+    const QTransform toDevice = painter.deviceTransform();
+    const QTransform back = toDevice.inverted(&invertible);
+    if (!invertible)
+        return rect;
+    const QRectF there = toDevice.mapRect(rect);
+    const auto [left, right] = moved(there.left(), there.right());
+    const auto [top, bottom] = moved(there.top(), there.bottom());
+    return back.mapRect(QRectF(QPointF(left, top), QPointF(right, bottom)));
+}
+
 void strokeRounded(QPainter& painter, const QRectF& rect, double radius, double width, const Color& color)
 {
     const Saved saved(painter);
@@ -108,15 +129,21 @@ double hairline(const QPainter& painter)
 
 QRectF snapped(const QPainter& painter, const QRectF& rect)
 {
-    bool invertible = false;
-    const QTransform toDevice = painter.deviceTransform();
-    const QTransform back = toDevice.inverted(&invertible);
-    if (!invertible)
-        return rect;
-    const QRectF there = toDevice.mapRect(rect);
-    const QPointF topLeft(std::round(there.left()), std::round(there.top()));
-    const QPointF bottomRight(std::round(there.right()), std::round(there.bottom()));
-    return back.mapRect(QRectF(topLeft, bottomRight));
+    return onPixels(painter, rect, [](double from, double to) {
+        return Edges { std::round(from), std::round(to) };
+    });
+}
+
+QRectF crisp(const QPainter& painter, const QRectF& rect)
+{
+    return onPixels(painter, rect, [](double from, double to) {
+        const Edges near { std::round(from), std::round(to) };
+        if (near.from < near.to)
+            return near;
+        // The pixel that has the middle.
+        const double first = std::floor((from + to) / 2);
+        return Edges { first, first + 1 };
+    });
 }
 
 void fillRounded(QPainter& painter, const QRectF& rect, double radius, const Color& color)

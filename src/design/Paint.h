@@ -25,6 +25,9 @@ void drawQuads(QPainter& painter, std::span<const Quad> quads);
 /// The rectangle with its edges moved to the nearest device pixels.
 [[nodiscard]] QRectF snapped(const QPainter& painter, const QRectF& rect);
 
+/// The same, but never thinner than a device pixel.
+[[nodiscard]] QRectF crisp(const QPainter& painter, const QRectF& rect);
+
 /// A rectangle with round corners and smooth edges.
 void fillRounded(QPainter& painter, const QRectF& rect, double radius, const Color& color);
 

@@ -1,19 +1,23 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "panel/DashboardTab.h"
 
-#include "core/Text.h"
-#include "design/Appearance.h"
 #include "design/OstrelStyle.h"
-#include "design/Paint.h"
 #include "design/Utf8.h"
+#include "design/controls/OstrelButton.h"
 #include "design/controls/TabLayout.h"
 #include "design/controls/ZOLShellLabel.h"
-#include "readings/NativeStats.h"
+#include "panel/DashboardText.h"
+#include "panel/MetricCard.h"
+#include "panel/PanelSize.h"
 
-#include <QFrame>
-#include <QGridLayout>
-#include <QPainter>
+#include <QHBoxLayout>
 #include <QVBoxLayout>
+
+#include <functional>
+#include <initializer_list>
+#include <string>
+#include <string_view>
+#include <utility>
 
 #include <fmt/format.h>
 
@@ -21,62 +25,129 @@ namespace ostrel {
 
 namespace {
 
-constexpr int cardGap = 12;
-constexpr int cardInset = 14;
+constexpr int rowSpacing = 8;
+constexpr int doorWidth = (contentWidth - rowSpacing) / 2;
+constexpr int graphSpacing = 24;
+constexpr int graphWidth = (contentWidth - graphSpacing) / 2;
+constexpr int graphHeight = 76;
+constexpr int graphBlockSpacing = 7;
+constexpr int captionLines = 2;
 
-/// A filled plate that holds one reading.
-class Plate final : public QFrame {
-protected:
-    void paintEvent(QPaintEvent*) override
-    {
-        QPainter painter(this);
-        fillRounded(painter, QRectF(rect()), OstrelStyle::radius, OstrelStyle::fill.in(appearanceOf(*this)));
-    }
-};
-
-QWidget* card(LiveRegistry& live, const std::string& caption, const std::string& key,
-    const std::string& subKey, const std::string& sub)
+/// Views side by side, each at its own width; null stands for the room that is left.
+QWidget* row(std::initializer_list<QWidget*> views, int spacing = rowSpacing)
 {
-    auto* plate = new Plate;
-    auto* column = new QVBoxLayout(plate);
-    column->setContentsMargins(cardInset, cardInset, cardInset, cardInset);
-    column->setSpacing(4);
-    column->addWidget(lineLabel(utf16(caption), 11, QFont::Normal, OstrelStyle::muted));
-    auto* value = lineLabel("–", 24, QFont::DemiBold, OstrelStyle::ink);
-    live.add(key, value);
-    column->addWidget(value);
-    auto* below = lineLabel(utf16(sub), 11, QFont::Normal, OstrelStyle::muted);
-    if (!subKey.empty())
-        live.add(subKey, below);
-    column->addWidget(below);
-    column->addStretch();
-    return plate;
+    auto* holder = new QWidget;
+    holder->setFixedWidth(contentWidth);
+    auto* across = new QHBoxLayout(holder);
+    across->setContentsMargins(0, 0, 0, 0);
+    across->setSpacing(spacing);
+    for (QWidget* view : views)
+        across->addWidget(view ? view : flexSpacer());
+    return holder;
+}
+
+OstrelButton* button(const char* title, int width, const char* toolTip, std::function<void()> handler)
+{
+    return ostrelTip(new OstrelButton(title, width, std::move(handler)), toolTip);
+}
+
+QWidget* pressureRow(const DashboardText& text, PanelBody& panel)
+{
+    auto* pressure = lineLabel(
+        utf16(text.pressure), 12, QFont::Medium, text.alarming ? OstrelStyle::red : OstrelStyle::ink);
+    pressure->setToolTip(utf16(text.pressureToolTip));
+    return row({ pressure, nullptr,
+        button("workloads", 112, "open the workloads tab: the processes behind the pressure",
+            [&panel] { panel.switchMode(OstrelMode::processes); }),
+        button("server", 96, "open the server tab: remote capacity and the tasks you send there",
+            [&panel] { panel.switchMode(OstrelMode::server); }) });
+}
+
+QWidget* door(const char* title, OstrelMode mode, PanelBody& panel)
+{
+    return ostrelTip(
+        actionButton(title, doorWidth, [&panel, mode] { panel.switchMode(mode); }), utf16(words(mode).hint));
+}
+
+/// Of two lines always: what it says grows with the history.
+ZOLShellLabel* captionLabel(std::string_view caption, std::string_view key, LiveRegistry& live)
+{
+    auto* label = wrappingLabel(utf16(caption), 9, QFont::Normal, OstrelStyle::muted, graphWidth);
+    label->setMaximumLines(captionLines);
+    label->setFixedHeight(captionLines * label->minimumSizeHint().height());
+    live.add(fmt::format("history-caption-{}", key), label);
+    return label;
+}
+
+/// A graph of the minute history with its caption, which the tick keeps up to date.
+QWidget* graphBlock(
+    std::string_view title, std::string_view key, std::string_view caption, LiveRegistry& live)
+{
+    auto* block = new QWidget;
+    block->setFixedWidth(graphWidth);
+    auto* column = new QVBoxLayout(block);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(graphBlockSpacing);
+    column->addWidget(fixedLabel(utf16(title), 10, QFont::Medium, OstrelStyle::muted, graphWidth));
+    column->addWidget(captionLabel(caption, key, live));
+    return block;
+}
+
+QWidget* graphRow(const OstrelHistory& history, LiveRegistry& live)
+{
+    const std::string caption = historyCaption(history, historyWindowMinutes);
+    return row({ graphBlock("CPU ACTIVITY · 2 H", "cpu", caption, live),
+                   graphBlock("SWAP RESIDENCY · 2 H", "swap", caption, live) },
+        graphSpacing);
+}
+
+QWidget* serverRow(const DashboardText& text, SnapshotCycle& snapshots, PanelBody& panel)
+{
+    return row({ lineLabel(utf16(text.server), 11, QFont::Medium, OstrelStyle::ink), nullptr,
+        button(
+            "refresh", 76, "read the process snapshot again", [&snapshots] { snapshots.fetchPythonData(); }),
+        button(
+            "open server", 108, "open the server tab", [&panel] { panel.switchMode(OstrelMode::server); }) });
+}
+
+DashboardFacts factsOf(const PanelState& state)
+{
+    return { .native = state.tick.native(),
+        .cpu = state.tick.lastCPU(),
+        .nativeInterval = state.tick.nativeInterval(),
+        .snapshotAge = state.snapshots.snapshotAgeText(),
+        .serverChecked = state.serverChecked && state.serverChecked() };
 }
 
 } // namespace
 
-void renderOverview(QVBoxLayout& body, const PanelState& state, LiveRegistry& live)
+void renderOverview(
+    QVBoxLayout& body, const OstrelData& data, const PanelState& state, LiveRegistry& live, PanelBody& panel)
 {
-    const NativeStats native = state.tick.native();
-    auto* cards = new QGridLayout;
-    cards->setSpacing(cardGap);
-    const std::string processors = fmt::format("{} cores · load {:.2f}", native.ncpu, native.load1);
-    cards->addWidget(card(live, "cpu", "cpu", "", processors), 0, 0);
-    cards->addWidget(card(live, "memory", "mem", "mem-sub", ""), 0, 1);
-    cards->addWidget(card(live, "swap", "swap", "swap-sub", ""), 1, 0);
-    cards->addWidget(card(live, "pressure " + std::string(pressureName(native.pressureLevel)), "free", "",
-                         "memory that nothing uses"),
-        1, 1);
-    cards->setColumnStretch(0, 1);
-    cards->setColumnStretch(1, 1);
-    body.addLayout(cards);
-    body.addSpacing(cardGap);
-    auto* caption = wrappingLabel("", 11, QFont::Normal, OstrelStyle::muted);
-    live.add("history-caption-cpu", caption);
-    body.addWidget(caption);
-    auto* age = wrappingLabel("", 11, QFont::Normal, OstrelStyle::muted);
+    const DashboardText text = dashboardText(factsOf(state), data);
+    body.addWidget(pressureRow(text, panel));
+    body.addSpacing(16);
+    body.addWidget(metricCards(text.metrics, contentWidth, live));
+    body.addSpacing(8);
+    auto* age = fixedLabel(utf16(text.snapshot), 9, QFont::Normal, OstrelStyle::muted, contentWidth);
     live.add("snapshot-age", age);
     body.addWidget(age);
+    body.addSpacing(14);
+    body.addWidget(row({ door("agents & terminals", OstrelMode::sessions, panel),
+        door("inspect / stop a process", OstrelMode::processes, panel) }));
+    body.addSpacing(8);
+    body.addWidget(row({ door("review cleanup", OstrelMode::cleanup, panel),
+        door("continue on server", OstrelMode::server, panel) }));
+    body.addSpacing(14);
+    body.addWidget(button("automations & refresh limits", 252,
+                       "open the automations tab: every scheduler lane, its rhythm and its last result",
+                       [&panel] { panel.switchMode(OstrelMode::automations); }),
+        0, Qt::AlignLeft);
+    body.addSpacing(16);
+    body.addWidget(graphRow(state.history, live));
+    body.addSpacing(18);
+    body.addWidget(serverRow(text, state.snapshots, panel));
+    body.addSpacing(10);
 }
 
 } // namespace ostrel

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "collector/OstrelData.h"
+#include "core/PanelBody.h"
 #include "panel/LiveRegistry.h"
 #include "panel/PanelState.h"
 
@@ -8,7 +10,9 @@ class QVBoxLayout;
 
 namespace ostrel {
 
-/// Draws the dashboard into the body: the live readings, and what the minute history holds.
-void renderOverview(QVBoxLayout& body, const PanelState& state, LiveRegistry& live);
+/// Draws the dashboard into the body: the pressure, four readings, the last two hours, and the doors to other
+/// tabs. `panel` changes the tab and outlives what is drawn.
+void renderOverview(
+    QVBoxLayout& body, const OstrelData& data, const PanelState& state, LiveRegistry& live, PanelBody& panel);
 
 } // namespace ostrel

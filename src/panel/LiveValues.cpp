@@ -2,6 +2,7 @@
 #include "panel/LiveValues.h"
 
 #include "core/Text.h"
+#include "panel/LiveText.h"
 
 #include <array>
 #include <optional>
@@ -52,26 +53,27 @@ void LiveValues::refreshLiveValues()
     if (!native)
         return;
     refreshLabels(*native);
-    refreshGauges(*native);
+    refreshGauges();
     if (body_.mode() == OstrelMode::overview)
         refreshGraphs();
 }
 
 void LiveValues::refreshLabels(const NativeStats& native)
 {
-    views_.setText("cpu", fmt::format("{}%", rounded(state_.tick.lastCPU())));
-    views_.setText("mem", fmt::format("{:.1f} GB", native.usedGB()));
-    views_.setText("mem-sub", fmt::format("{}% of {} GB", native.memPct(), rounded(native.totalGB())));
-    views_.setText("swap", memLabel(static_cast<std::int64_t>(native.swapUsedMB)));
-    views_.setText("swap-sub", fmt::format("{}% allocated · retained", native.swapPct()));
-    views_.setText("free", memLabel(native.freeMB) + " free");
+    views_.setText("cpu", LiveText::cpu(state_.tick.lastCPU()));
+    views_.setText("mem", LiveText::memory(native));
+    views_.setText("mem-sub", LiveText::memoryShare(native));
+    views_.setText("swap", LiveText::swap(native));
+    views_.setText("swap-sub", LiveText::swapShare(native));
+    views_.setText("free", LiveText::free(native));
     if (const auto age = state_.snapshots.snapshotAgeText())
-        views_.setText("snapshot-age", "collector snapshot · " + *age);
+        views_.setText("snapshot-age", LiveText::snapshotAge(*age));
     views_.setText("bar-preview", trimmed(title_()));
 }
 
-void LiveValues::refreshGauges(const NativeStats& native)
+void LiveValues::refreshGauges()
 {
+    const NativeStats native = state_.tick.native();
     const std::array values { state_.tick.lastCPU(), static_cast<double>(native.memPct()),
         static_cast<double>(native.swapPct()) };
     for (std::size_t at = 0; at < gauges.size(); ++at) {
@@ -88,12 +90,16 @@ void LiveValues::refreshGraphs()
     const auto window = state_.history.window(historyWindowMinutes);
     const auto boundary = state_.history.liveBoundary(historyWindowMinutes);
     const std::string caption = historyCaption(state_.history, historyWindowMinutes);
+    std::vector<std::int64_t> minutes;
+    minutes.reserve(window.size());
+    for (const auto& point : window)
+        minutes.push_back(point.minute);
     for (const auto& [key, value] : graphs) {
         std::vector<double> values;
         values.reserve(window.size());
         for (const auto& point : window)
             values.push_back(static_cast<double>(point.*value));
-        views_.applyGraph(key, values, boundary);
+        views_.applyGraph(key, values, minutes, boundary);
         views_.setText(fmt::format("history-caption-{}", key), caption);
     }
 }

@@ -21,12 +21,15 @@ public:
     /// Writes every registered label, gauge and graph; nothing before the first reading.
     void refreshLiveValues();
 
+    /// Moves the gauges alone, from the value that each showed last: a body that was built anew goes on from
+    /// there.
+    void refreshGauges();
+
     /// The last value shown per gauge, under "cpu", "memory" and "swap": where its next animation begins.
     [[nodiscard]] const std::map<std::string, double, std::less<>>& gaugeLast() const { return gaugeLast_; }
 
 private:
     void refreshLabels(const NativeStats& native);
-    void refreshGauges(const NativeStats& native);
     void refreshGraphs();
 
     PanelState state_;

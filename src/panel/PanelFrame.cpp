@@ -26,6 +26,7 @@
 #include "panel/ReadoutText.h"
 #include "panel/RetiredViews.h"
 #include "panel/SlimScrollBar.h"
+#include "panel/SystemTab.h"
 
 #include <QScrollArea>
 #include <QScrollBar>
@@ -213,7 +214,9 @@ void PanelFrame::fillBody(QVBoxLayout& body)
         return;
     switch (mode_) {
     case OstrelMode::overview:
-        return renderOverview(body, state_, live_);
+        return renderOverview(body, *data, state_, live_, *this);
+    case OstrelMode::system:
+        return renderSystem(body, *data, state_, services_.processInfo, services_.motion, live_);
     case OstrelMode::processes:
         return renderProcesses(body, *data);
     case OstrelMode::server:

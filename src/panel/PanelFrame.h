@@ -12,6 +12,7 @@
 #include "panel/PanelState.h"
 #include "platform/Alerts.h"
 #include "platform/Clock.h"
+#include "platform/ProcessInfo.h"
 
 #include <QPointer>
 
@@ -40,6 +41,7 @@ public:
         MotionServices motion;
         const platform::Alerts& alerts;
         const platform::UserDefaults& defaults; ///< holds the theme
+        const platform::ProcessInfo& processInfo;
     };
 
     /// What the frame's controls lead to. Each must be there before `makeContent`.
@@ -48,7 +50,7 @@ public:
         std::function<void(bool)> setPinned;
         std::function<void(ZOLThemePolicy::Mode)> setTheme;
         std::function<void()> openCatalogue;
-        std::function<void()> rendered; ///< after each rebuild, to fill in the live values
+        std::function<void()> rendered; ///< after each rebuild, to set its gauges going
     };
 
     PanelFrame(const PanelState& state, const Services& services, LiveRegistry& live);

@@ -6,6 +6,9 @@
 #include "history/OstrelHistory.h"
 #include "readings/NativeTick.h"
 
+#include <functional>
+#include <string>
+
 namespace ostrel {
 
 /// The state that the tabs are drawn from. All of it outlives the panel.
@@ -14,6 +17,9 @@ struct PanelState {
     SnapshotCycle& snapshots;
     const OstrelHistory& history;
     const Settings& settings;
+    std::string historyFilePath = {};
+    /// Whether a check of the server has succeeded; empty without anybody who checks.
+    std::function<bool()> serverChecked = {};
 };
 
 } // namespace ostrel

@@ -22,6 +22,9 @@ public:
     /// Whether the user wants no movement on screen. Never waits: false until the desktop has answered.
     [[nodiscard]] virtual bool accessibilityDisplayShouldReduceMotion() const = 0;
 
+    /// Whether the user wants what colour tells to be told by shape as well. Never waits, as above.
+    [[nodiscard]] virtual bool accessibilityDisplayShouldDifferentiateWithoutColor() const = 0;
+
     /// Runs `changed` after each change of the above.
     [[nodiscard]] virtual std::unique_ptr<Observation> observeDisplayOptions(Job changed) = 0;
 

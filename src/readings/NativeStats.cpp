@@ -47,4 +47,18 @@ std::string_view pressureName(int level)
     return names[static_cast<std::size_t>(std::clamp(level, 0, 4))];
 }
 
+std::string_view pressureWord(int level)
+{
+    switch (level) {
+    case 1:
+        return "normal";
+    case 2:
+        return "warning";
+    case 4:
+        return "critical";
+    default:
+        return "unknown";
+    }
+}
+
 } // namespace ostrel

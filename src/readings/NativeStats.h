@@ -36,6 +36,9 @@ struct NativeStats {
 /// end.
 [[nodiscard]] std::string_view pressureName(int level);
 
+/// The level in full: "normal", "warning", "critical", "unknown" for any other.
+[[nodiscard]] std::string_view pressureWord(int level);
+
 /// Where the values come from, as the panel states it beside them.
 inline constexpr std::string_view memorySource
     = "vm_stat + hw.memsize; native, used = active + wired + compressor";

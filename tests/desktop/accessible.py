@@ -5,6 +5,7 @@
 names PID        prints a JSON array of [name, selected] for all that is showing, in reading order
 press PID NAME   presses the button of that name; 1 when there is none
 listen PID       prints a name and 1 or 0 for each view that becomes the selected one, or ceases to be
+follow PID       prints each new text of a view whose text changes
 
 It runs as a process of its own on the desktop, since the library binds to one accessibility bus for good.
 """
@@ -42,16 +43,27 @@ def press(pid, name):
     return 1
 
 
-def listen(pid):
-    def told(event):
+def events(pid, name, told):
+    """Calls `told` for each such event of the process, for ever."""
+    def received(event):
         if event.host_application and event.host_application.get_process_id() == pid:
-            print(event.source.name, event.detail1, flush=True)
+            told(event)
 
-    pyatspi.Registry.registerEventListener(told, "object:state-changed:selected")
+    pyatspi.Registry.registerEventListener(received, name)
     print("listening", flush=True)
     pyatspi.Registry.start()
     return 0
 
 
+def listen(pid):
+    return events(pid, "object:state-changed:selected",
+                  lambda event: print(event.source.name, event.detail1, flush=True))
+
+
+def follow(pid):
+    return events(pid, "object:property-change:accessible-name",
+                  lambda event: print(event.source.name, flush=True))
+
+
 command, process, *rest = sys.argv[1:]
-sys.exit({"names": names, "press": press, "listen": listen}[command](int(process), *rest))
+sys.exit({"names": names, "press": press, "listen": listen, "follow": follow}[command](int(process), *rest))

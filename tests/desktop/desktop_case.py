@@ -33,14 +33,17 @@ class DesktopCase(unittest.TestCase):
         """Starts the instrument in a fresh home that holds the given settings; a name without a dot lacks
         the common prefix."""
         self.home = home = tempfile.mkdtemp(dir=self.desktop.folder)
-        env = self.desktop.home_environment(home)
         if settings:
             os.makedirs(os.path.dirname(f"{home}/{SETTINGS_FILE}"), mode=0o700)
             with open(f"{home}/{SETTINGS_FILE}", "w", encoding="utf-8") as file:
                 json.dump({key if "." in key else f"dev.quent.ostrel.{key}": value
                            for key, value in settings.items()}, file)
+        return self.start_again(*arguments)
+
+    def start_again(self, *arguments: str) -> subprocess.Popen:
+        """Starts the instrument in the home of the one that was started last."""
         command = [os.path.abspath(os.environ["OSTREL_PROGRAM"]), *arguments]
-        process = self.desktop.start("ostrel", command, env)
+        process = self.desktop.start("ostrel", command, self.desktop.home_environment(self.home))
         self.addCleanup(self.end, process)
         return process
 

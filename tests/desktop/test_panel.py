@@ -117,6 +117,38 @@ class Panel(PanelCase):
         self.panel_has_gone()
         self.assertEqual(self.last_close(), "x")
 
+    def test_live_labels_follow_every_tick_and_the_history_outlives_a_restart(self):
+        process = self.start(refresh="fast")
+        self.wait_for("cards", lambda: {"MEMORY", "server · not checked"} <= set(self.names(process)))
+        followed = self.desktop.start("reader", [sys.executable, ACCESSIBLE, "follow", str(process.pid)])
+        self.addCleanup(followed.kill)
+
+        def every_tick_told() -> bool:
+            """Whether two ages of a snapshot that followed each other are one period of 3 s apart, to within
+            what rounding does."""
+            told = re.findall(r"^collector snapshot · (\d+)s ago$", self.desktop.log("reader"), re.MULTILINE)
+            ages = [int(age) for age in told]
+            return any(0 < later - age <= 4 for age, later in zip(ages, ages[1:]))
+
+        self.wait_for("ages of a snapshot, tick by tick", every_tick_told)
+        self.assertRegex(self.desktop.log("reader"), r"(?m)^now: cpu \d+% · swap \d+% · load [\d.]+ ")
+        screen.press(self.desktop, "2")
+        self.wait_for("system tab", lambda: "system · every row names its source" in self.names(process))
+        self.assertIn("src: ProcessInfo · native", self.names(process))
+        self.end(process)
+
+        history = f"{self.home}/Library/Application Support/ostrel/dashboard-history.jsonl"
+        with open(history, encoding="ascii") as file:
+            points = [json.loads(line) for line in file]
+        with open(history, "w", encoding="ascii") as file:
+            for point in points:  # as if it had been started again some minutes later
+                file.write(json.dumps(dict(point, m=point["m"] - 5)) + "\n")
+        again = self.start_again()
+        restored = len(points)
+        for title in ("CPU ACTIVITY · 2 H", "SWAP RESIDENCY · 2 H"):
+            name = re.compile(rf"{title} · \d+ minutes · {restored} restored, [1-9]\d* this run")
+            self.wait_for(title, lambda name=name: any(map(name.fullmatch, self.names(again))))
+
     def names(self, process: subprocess.Popen) -> dict[str, bool]:
         """What shows, by name, and whether it is the selected one of its kind."""
         told = self.desktop.run([sys.executable, ACCESSIBLE, "names", str(process.pid)]).stdout

@@ -10,10 +10,15 @@
 #include <utility>
 #include <vector>
 
-/// A desktop whose wish for less movement the test sets.
+/// A desktop whose wishes for less movement and for shapes the test sets.
 class FakeWorkspace final : public platform::Workspace {
 public:
     [[nodiscard]] bool accessibilityDisplayShouldReduceMotion() const override { return reduceMotion_; }
+
+    [[nodiscard]] bool accessibilityDisplayShouldDifferentiateWithoutColor() const override
+    {
+        return differentiate_;
+    }
 
     [[nodiscard]] std::unique_ptr<platform::Observation> observeDisplayOptions(platform::Job changed) override
     {
@@ -26,6 +31,12 @@ public:
         observers.tell();
     }
 
+    void setDifferentiateWithoutColor(bool differentiate)
+    {
+        differentiate_ = differentiate;
+        observers.tell();
+    }
+
     void open(const std::string& url) override { opened.push_back(url); }
 
     Observers observers;
@@ -33,4 +44,5 @@ public:
 
 private:
     bool reduceMotion_ = false;
+    bool differentiate_ = false;
 };

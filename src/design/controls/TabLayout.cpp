@@ -55,6 +55,14 @@ ZOLShellLabel* elidedLabel(const QString& text, double size, QFont::Weight weigh
     return label;
 }
 
+ZOLShellLabel* fixedLabel(
+    const QString& text, double size, QFont::Weight weight, const ThemedColor& color, int width)
+{
+    auto* label = elidedLabel(text, size, weight, color);
+    label->setFixedSize(width, label->minimumSizeHint().height());
+    return label;
+}
+
 QWidget* separator(int width)
 {
     auto* rule = new Rule;
@@ -68,9 +76,7 @@ QWidget* flexSpacer() { return ZOLAppShellStyle::spacer(); }
 
 ZOLShellLabel* section(const QString& title, int width)
 {
-    auto* label = elidedLabel(title, 9, QFont::DemiBold, OstrelStyle::muted);
-    label->setFixedWidth(width);
-    return label;
+    return fixedLabel(title, 9, QFont::DemiBold, OstrelStyle::muted, width);
 }
 
 OstrelButton* actionButton(const QString& title, int width, std::function<void()> handler, int height)

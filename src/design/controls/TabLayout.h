@@ -29,6 +29,10 @@ class ZOLShellLabel;
 [[nodiscard]] ZOLShellLabel* elidedLabel(
     const QString& text, double size, QFont::Weight weight, const ThemedColor& color);
 
+/// The same of a fixed size: its text may change at any time, and nothing around it moves.
+[[nodiscard]] ZOLShellLabel* fixedLabel(
+    const QString& text, double size, QFont::Weight weight, const ThemedColor& color, int width);
+
 /// A horizontal rule, one crisp line high; 0 leaves the width to the layout.
 [[nodiscard]] QWidget* separator(int width = 0);
 

@@ -11,7 +11,6 @@
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QPainter>
-#include <QTextDocument>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -35,12 +34,6 @@ constexpr int buttonSpacing = 6;
 std::string_view row(const ZOLMiniAppTokens::Table& table, std::string_view token, std::string_view fallback)
 {
     return table.find(token).value_or(fallback);
-}
-
-/// A tooltip takes some texts for markup; this is shown as it is.
-QString plainToolTip(const QString& text)
-{
-    return Qt::mightBeRichText(text) ? Qt::convertFromPlainText(text) : text;
 }
 
 } // namespace

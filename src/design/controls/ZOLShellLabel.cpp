@@ -82,6 +82,11 @@ double widest(const QString& text, const QFont& font)
 
 } // namespace
 
+QString plainToolTip(const QString& text)
+{
+    return Qt::mightBeRichText(text) ? Qt::convertFromPlainText(text) : text;
+}
+
 ZOLShellLabel::ZOLShellLabel(
     const QString& text, const QFont& font, const ThemedColor& color, QWidget* parent)
     : QLabel(parent)

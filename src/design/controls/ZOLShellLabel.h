@@ -10,6 +10,9 @@
 
 namespace ostrel {
 
+/// What makes a tooltip show the text as it is, never as markup.
+[[nodiscard]] QString plainToolTip(const QString& text);
+
 /// A text in a colour that follows the theme. It is shown as it is, never as markup, and as high as the font
 /// says, whatever face a glyph comes from. Where it is limited to a number of lines, the last one ends in an
 /// ellipsis, and the whole is the tooltip unless the owner gave one.

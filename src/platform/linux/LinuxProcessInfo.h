@@ -8,7 +8,8 @@
 
 namespace platform {
 
-/// Facts from /etc/os-release, /proc/uptime, the thermal zones and the firmware's platform profile.
+/// Facts from /etc/os-release, /proc/uptime, the thermal zones, the processor's own sensors, the firmware's
+/// profile and the processor's energy preference; the last two are what power profile daemons set.
 class LinuxProcessInfo final : public ProcessInfo {
 public:
     /// `root` stands before every path; empty for the running machine.
@@ -18,9 +19,11 @@ public:
     [[nodiscard]] std::string operatingSystemVersionString() const override;
     [[nodiscard]] double systemUptime() const override;
 
-    /// The worst zone: critical from its hot or critical trip point up, serious from its passive one, fair
-    /// within five degrees below that.
+    /// The worst zone or sensor. A zone is critical from its hot or critical trip point up, serious from its
+    /// passive one, fair within five degrees below that. A sensor is critical while it raises the alarm,
+    /// serious from the temperature up at which the processor slows down, fair within five degrees below.
     [[nodiscard]] std::optional<ThermalState> thermalState() const override;
+    /// On while the firmware's profile or the processor's preference saves power.
     [[nodiscard]] std::optional<bool> isLowPowerModeEnabled() const override;
     [[nodiscard]] int activeProcessorCount() const override;
 

@@ -43,16 +43,26 @@ public:
         }
         portal_.emplace(QDBusConnection::sessionBus(),
             std::vector<PortalKey> { { "org.freedesktop.appearance", "reduced-motion" },
-                { "org.gnome.desktop.interface", "enable-animations" } },
-            [this](std::size_t place, const QVariant& value) {
-                place == 0 ? takeReducedMotion(value) : takeAnimations(value);
-            });
+                { "org.gnome.desktop.interface", "enable-animations" },
+                { "org.gnome.desktop.a11y.interface", "show-status-shapes" } },
+            [this](std::size_t place, const QVariant& value) { take(place, value); });
     }
 
     [[nodiscard]] bool reduceMotion() const { return reduceMotion_; }
+    [[nodiscard]] bool differentiateWithoutColor() const { return differentiate_; }
     [[nodiscard]] ObserverList& observers() { return observers_; }
 
 private:
+    void take(std::size_t place, const QVariant& value)
+    {
+        if (place == 0)
+            takeReducedMotion(value);
+        else if (place == 1)
+            takeAnimations(value);
+        else
+            takeShapes(value);
+    }
+
     // A value of another type than agreed reads as none.
     void takeReducedMotion(const QVariant& value)
     {
@@ -68,6 +78,13 @@ private:
         if (value.userType() == QMetaType::Bool)
             wishes_.portalAnimations = value.toBool();
         decide();
+    }
+
+    void takeShapes(const QVariant& value)
+    {
+        const bool wanted = value.userType() == QMetaType::Bool && value.toBool();
+        if (std::exchange(differentiate_, wanted) != wanted)
+            observers_.tell(queue_);
     }
 
     void takeDisplay()
@@ -86,6 +103,7 @@ private:
     MainQueue& queue_;
     MotionWishes wishes_;
     bool reduceMotion_ = false;
+    bool differentiate_ = false;
     ObserverList observers_;
     std::optional<XSettingsWatch> display_;
     std::optional<XcbEventFilter> filter_;
@@ -111,6 +129,11 @@ void QtWorkspace::start()
 }
 
 bool QtWorkspace::accessibilityDisplayShouldReduceMotion() const { return desktop_->reduceMotion(); }
+
+bool QtWorkspace::accessibilityDisplayShouldDifferentiateWithoutColor() const
+{
+    return desktop_->differentiateWithoutColor();
+}
 
 std::unique_ptr<Observation> QtWorkspace::observeDisplayOptions(Job changed)
 {

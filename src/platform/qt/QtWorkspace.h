@@ -33,6 +33,7 @@ public:
     ~QtWorkspace() override;
 
     [[nodiscard]] bool accessibilityDisplayShouldReduceMotion() const override;
+    [[nodiscard]] bool accessibilityDisplayShouldDifferentiateWithoutColor() const override;
     [[nodiscard]] std::unique_ptr<Observation> observeDisplayOptions(Job changed) override;
     void open(const std::string& url) override;
 

@@ -55,9 +55,61 @@ TEST(LinuxProcessInfo, SaysNothingWhereTheMachineSaysNothing)
     EXPECT_GE(info.activeProcessorCount(), 1);
     root.write("proc/uptime", "4262.53 8433.85\n");
     EXPECT_DOUBLE_EQ(info.systemUptime(), 4262.53);
-    for (const char* profile : { "low-power", "balanced" }) {
-        root.write("sys/firmware/acpi/platform_profile", profile + std::string("\n"));
-        EXPECT_EQ(info.isLowPowerModeEnabled(), profile == std::string("low-power"));
+}
+
+TEST(LinuxProcessInfo, AProcessorsOwnSensorsCountBesideTheZonesAndNobodyElsesAreRead)
+{
+    using enum ThermalState;
+    struct Case {
+        const char* name;
+        const char* input;
+        const char* alarm;
+        std::optional<ThermalState> state;
+    };
+    const Case cases[] { { "coretemp", "94999", "0", nominal }, { "coretemp", "95000", "0", fair },
+        { "coretemp", "100000", "0", serious }, { "coretemp", "99000", "1", critical },
+        { "coretemp", "hot", "0", {} }, { "nvme", "100000", "1", {} } };
+    for (const Case& c : cases) {
+        const TemporaryFolder root;
+        const LinuxProcessInfo info(root.path());
+        const auto write = [&root](const std::string& file, const std::string& text) {
+            root.write("sys/class/" + file, text + "\n");
+        };
+        write("hwmon/hwmon3/name", c.name);
+        // The second core's place on a processor of two kinds of cores; the package has no limit here.
+        write("hwmon/hwmon3/temp1_input", "100000");
+        write("hwmon/hwmon3/temp18_input", c.input);
+        write("hwmon/hwmon3/temp18_crit", "100000");
+        write("hwmon/hwmon3/temp18_crit_alarm", c.alarm);
+        SCOPED_TRACE(testing::Message() << c.name << " " << c.input);
+        EXPECT_EQ(info.thermalState(), c.state);
+        write("thermal/thermal_zone0/temp", "27800");
+        EXPECT_EQ(info.thermalState(), c.state ? c.state : nominal) << "and a cool zone";
+    }
+}
+
+TEST(LinuxProcessInfo, SavesPowerWhereTheFirmwareOrTheProcessorWasToldTo)
+{
+    const struct {
+        const char* profile;
+        const char* choices;
+        const char* preference;
+        std::optional<bool> saves;
+    } cases[] { { "low-power", "low-power balanced performance", "", true },
+        { "balanced", "low-power balanced performance", "", false },
+        { "quiet", "quiet balanced performance", "", true },
+        { "quiet", "low-power quiet balanced performance", "", false }, { "", "", "power", true },
+        { "", "", "balance_power", false }, { "balanced", "", "power", true },
+        { "low-power", "low-power balanced", "default", true }, { "", "", "", {} } };
+    for (const auto& c : cases) {
+        const TemporaryFolder root;
+        for (const auto& [file, text] : { std::pair { "sys/firmware/acpi/platform_profile", c.profile },
+                 { "sys/firmware/acpi/platform_profile_choices", c.choices },
+                 { "sys/devices/system/cpu/cpu0/cpufreq/energy_performance_preference", c.preference } })
+            if (*text)
+                root.write(file, text + std::string("\n"));
+        EXPECT_EQ(LinuxProcessInfo(root.path()).isLowPowerModeEnabled(), c.saves)
+            << c.profile << " of " << c.choices << ", " << c.preference;
     }
 }
 
