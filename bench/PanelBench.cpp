@@ -1,17 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 /// What the panel costs while it is open: a body built anew, a change of tab with its first picture, and one
 /// live tick. A body may take 8 ms in 99 of 100 cases, a tick 1 ms, on a desktop of today.
+#include "Toolkit.h"
 #include "panel/PanelSize.h"
 #include "views/AppBench.h"
 
-#include <QApplication>
+#include <QCoreApplication>
 #include <QImage>
 
 #include <algorithm>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -22,19 +22,6 @@ namespace {
 using namespace ostrel;
 
 constexpr int processes = 500;
-
-/// The toolkit without a display.
-void startToolkit()
-{
-    if (QCoreApplication::instance())
-        return;
-    static char name[] = "bench";
-    static char* arguments[] = { name, nullptr };
-    static int count = 1;
-    ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
-    // The process ends with it.
-    new QApplication(count, arguments);
-}
 
 /// The minutes of a day, up to the present one.
 std::string fullDay()

@@ -1,17 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 /// A frame of a figure at two pixels a point: its polygons alone, and with their painting. Frames come every
 /// 62 ms while something moves; the budget of one is 1.5 ms on a desktop of today.
+#include "Toolkit.h"
 #include "design/Paint.h"
 #include "design/voxel/VoxelFigure.h"
 #include "design/voxel/VoxelScene.h"
 #include "design/voxel/ZOLVoxelModels.h"
 #include "design/voxel/ZOLVoxelMotion.h"
 
-#include <QGuiApplication>
 #include <QImage>
 #include <QPainter>
 
-#include <cstdlib>
 #include <span>
 #include <utility>
 #include <vector>
@@ -25,16 +24,6 @@ using namespace ostrel;
 constexpr double ratio = 2;
 
 enum class Moment { rest, run };
-
-/// The toolkit without a display; painting asks for it.
-void startToolkit()
-{
-    static char name[] = "bench";
-    static char* arguments[] = { name, nullptr };
-    static int count = 1;
-    ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
-    static const QGuiApplication application(count, arguments);
-}
 
 /// A figure that lies still, or one of which some bands fly in, some are home and some still far.
 VoxelFigure figure(const ZOLVoxelModel& model, Moment moment)

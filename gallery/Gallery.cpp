@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// Draws every colour, face, figure, mark, control and state of the design room onto sheets for people to look
-// at: one PNG for each theme and scale. Off screen; the machine's own settings aren't read.
+// Draws every colour, face, figure, mark, control and state of the design room, and the views that draw
+// readings, onto sheets for people to look at: one PNG for each theme and scale. Off screen; the machine's
+// own settings aren't read.
 #include "Samples.h"
 #include "Sheet.h"
 

@@ -14,6 +14,7 @@ void drawSamples(Sheet& sheet)
     drawFrame(sheet);
     drawTabHelpers(sheet);
     drawHintCards(sheet);
+    drawReadings(sheet);
 }
 
 } // namespace ostrel

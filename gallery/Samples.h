@@ -17,5 +17,6 @@ void drawButtons(Sheet& sheet);
 void drawFrame(Sheet& sheet);
 void drawTabHelpers(Sheet& sheet);
 void drawHintCards(Sheet& sheet);
+void drawReadings(Sheet& sheet);
 
 } // namespace ostrel

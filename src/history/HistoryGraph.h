@@ -10,12 +10,10 @@
 #include <string_view>
 #include <vector>
 
-namespace ostrel {
-
 /// The line graph of a percentage over minutes: where everything lies, in points with y growing downward,
 /// and what it says. Samples are placed one beside the other, the newest at the right edge, so that minutes
 /// that are missing close up. A sample beyond 0 to 100 is drawn at the limit, one that isn't a number at 0.
-namespace HistoryGraph {
+namespace ostrel::HistoryGraph {
 
 inline constexpr double defaultHeight = 76;
 /// Fewer samples than this fill only the right part.
@@ -63,6 +61,4 @@ using LocalTime = std::function<std::optional<ClockTime>(std::int64_t minute)>;
 [[nodiscard]] std::string hoverText(std::string_view caption, std::span<const double> samples,
     std::span<const std::int64_t> minutes, double x, double width, const LocalTime& localTime);
 
-} // namespace HistoryGraph
-
-} // namespace ostrel
+} // namespace ostrel::HistoryGraph

@@ -83,8 +83,11 @@ void drawBoundary(QPainter& painter, double x, double width, double height, cons
     const double thick = hairline(painter);
     // Whole inside the view also where the newest sample is the only one of this run.
     const double left = std::clamp(x - thick / 2, 0.0, std::max(0.0, width - thick));
-    for (double top = 0; top < height; top += dashOn + dashOff)
+    const int dashes = static_cast<int>(std::ceil(height / (dashOn + dashOff)));
+    for (int n = 0; n < dashes; ++n) {
+        const double top = n * (dashOn + dashOff);
         painter.fillRect(crisp(painter, QRectF(left, top, thick, std::min(dashOn, height - top))), color);
+    }
 }
 
 } // namespace

@@ -8,10 +8,8 @@
 #include <string_view>
 #include <vector>
 
-namespace ostrel {
-
 /// The strip of bars of a percentage per tick: where the bars stand, in points, and what it says.
-namespace Sparkline {
+namespace ostrel::Sparkline {
 
 inline constexpr std::string_view noSamples = "no history yet";
 inline constexpr double barAlpha = 0.5;
@@ -40,6 +38,4 @@ struct Bar {
 /// What is read to people who don't see the strip, of the samples as they are; empty with no samples.
 [[nodiscard]] std::string accessibilityValue(std::span<const int> samples);
 
-} // namespace Sparkline
-
-} // namespace ostrel
+} // namespace ostrel::Sparkline

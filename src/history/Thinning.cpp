@@ -37,7 +37,7 @@ std::vector<std::size_t> worthDrawing(std::span<const double> values, double wid
         const std::size_t begin = count / columns * column + std::min(column, count % columns);
         const std::size_t length = count / columns + (column < count % columns ? 1 : 0);
         const auto [low, high] = std::ranges::minmax_element(values.subspan(begin, length));
-        const auto [earlier, later] = std::ranges::minmax({ low - values.begin(), high - values.begin() });
+        const auto [earlier, later] = std::minmax({ low - values.begin(), high - values.begin() });
         add(static_cast<std::size_t>(earlier));
         add(static_cast<std::size_t>(later));
     }

@@ -6,13 +6,16 @@
 #include "design/controls/OstrelButton.h"
 #include "design/controls/TabLayout.h"
 #include "design/controls/ZOLShellLabel.h"
+#include "history/OstrelHistoryView.h"
 #include "panel/DashboardText.h"
+#include "panel/GraphSeries.h"
 #include "panel/MetricCard.h"
 #include "panel/PanelSize.h"
 
 #include <QHBoxLayout>
 #include <QVBoxLayout>
 
+#include <cstdint>
 #include <functional>
 #include <initializer_list>
 #include <string>
@@ -79,25 +82,30 @@ ZOLShellLabel* captionLabel(std::string_view caption, std::string_view key, Live
     return label;
 }
 
-/// A graph of the minute history with its caption, which the tick keeps up to date.
-QWidget* graphBlock(
-    std::string_view title, std::string_view key, std::string_view caption, LiveRegistry& live)
+/// A graph of the minute history with its caption; the tick keeps both up to date.
+QWidget* graphBlock(const char* title, const std::string& key, const OstrelHistory& history,
+    std::int64_t OstrelHistory::Point::*percentage, LiveRegistry& live)
 {
     auto* block = new QWidget;
     block->setFixedWidth(graphWidth);
     auto* column = new QVBoxLayout(block);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(graphBlockSpacing);
-    column->addWidget(fixedLabel(utf16(title), 10, QFont::Medium, OstrelStyle::muted, graphWidth));
-    column->addWidget(captionLabel(caption, key, live));
+    column->addWidget(fixedLabel(title, 10, QFont::Medium, OstrelStyle::muted, graphWidth));
+    GraphSeries series = graphSeries(history, percentage);
+    auto* graph = new OstrelHistoryView(
+        std::move(series.values), std::move(series.minutes), title, graphWidth, graphHeight, series.boundary);
+    live.add(key, graph);
+    column->addWidget(graph);
+    column->addWidget(captionLabel(historyCaption(history, historyWindowMinutes), key, live));
     return block;
 }
 
 QWidget* graphRow(const OstrelHistory& history, LiveRegistry& live)
 {
-    const std::string caption = historyCaption(history, historyWindowMinutes);
-    return row({ graphBlock("CPU ACTIVITY · 2 H", "cpu", caption, live),
-                   graphBlock("SWAP RESIDENCY · 2 H", "swap", caption, live) },
+    using Point = OstrelHistory::Point;
+    return row({ graphBlock("CPU ACTIVITY · 2 H", "cpu", history, &Point::cpu, live),
+                   graphBlock("SWAP RESIDENCY · 2 H", "swap", history, &Point::swap, live) },
         graphSpacing);
 }
 

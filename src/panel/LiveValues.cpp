@@ -2,13 +2,13 @@
 #include "panel/LiveValues.h"
 
 #include "core/Text.h"
+#include "panel/GraphSeries.h"
 #include "panel/LiveText.h"
 
 #include <array>
 #include <optional>
 #include <string_view>
 #include <utility>
-#include <vector>
 
 #include <fmt/format.h>
 
@@ -28,7 +28,7 @@ constexpr std::array<GaugeLimits, 3> gauges { { { "cpu", 60, 85 }, { "memory", 7
 
 struct GraphSource {
     std::string_view key;
-    std::int64_t OstrelHistory::Point::*value;
+    std::int64_t OstrelHistory::Point::*percentage;
 };
 
 constexpr std::array<GraphSource, 2> graphs { {
@@ -87,19 +87,10 @@ void LiveValues::refreshGauges()
 
 void LiveValues::refreshGraphs()
 {
-    const auto window = state_.history.window(historyWindowMinutes);
-    const auto boundary = state_.history.liveBoundary(historyWindowMinutes);
     const std::string caption = historyCaption(state_.history, historyWindowMinutes);
-    std::vector<std::int64_t> minutes;
-    minutes.reserve(window.size());
-    for (const auto& point : window)
-        minutes.push_back(point.minute);
-    for (const auto& [key, value] : graphs) {
-        std::vector<double> values;
-        values.reserve(window.size());
-        for (const auto& point : window)
-            values.push_back(static_cast<double>(point.*value));
-        views_.applyGraph(key, values, minutes, boundary);
+    for (const auto& [key, percentage] : graphs) {
+        const GraphSeries series = graphSeries(state_.history, percentage);
+        views_.applyGraph(key, series.values, series.minutes, series.boundary);
         views_.setText(fmt::format("history-caption-{}", key), caption);
     }
 }

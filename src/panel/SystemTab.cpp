@@ -6,11 +6,14 @@
 #include "design/Utf8.h"
 #include "design/controls/TabLayout.h"
 #include "design/controls/ZOLShellLabel.h"
+#include "history/SparklineHoverView.h"
+#include "panel/GaugeView.h"
 #include "panel/PanelSize.h"
 #include "panel/ReadoutText.h"
 #include "panel/SourcedViews.h"
 #include "panel/SystemText.h"
 
+#include <QHBoxLayout>
 #include <QVBoxLayout>
 
 #include <string>
@@ -24,6 +27,8 @@ namespace ostrel {
 namespace {
 
 constexpr int sparklineHeight = 56;
+constexpr int gaugesHeight = 92;
+constexpr int gaugesInset = 20;
 
 /// Stacks the rows of the tab.
 class Stack {
@@ -64,9 +69,28 @@ public:
         body_.addWidget(wrappingLabel(utf16(note.text), 10, QFont::Normal, OstrelStyle::muted, contentWidth));
     }
 
-    void operator()(const SystemItem::Sparkline&) const { body_.addSpacing(sparklineHeight); }
+    void operator()(const SystemItem::Sparkline& row) const
+    {
+        const auto& record = state_.tick.cpuHistory();
+        body_.addWidget(makeSparkline(std::vector<int>(record.begin(), record.end()), contentWidth,
+            sparklineHeight, std::string(row.caption), motion_.workspace));
+    }
 
-    void operator()(const SystemItem::Gauges&) const { body_.addSpacing(92); }
+    void operator()(const SystemItem::Gauges&) const
+    {
+        auto* block = new QWidget;
+        block->setFixedSize(contentWidth, gaugesHeight);
+        auto* across = new QHBoxLayout(block);
+        across->setContentsMargins(gaugesInset, 0, gaugesInset, 0);
+        for (const char* key : { "cpu", "memory", "swap" }) {
+            if (across->count() > 0)
+                across->addStretch(1);
+            auto* gauge = new GaugeView(GaugeRules::defaultDiameter, motion_);
+            live_.add(key, gauge);
+            across->addWidget(gauge);
+        }
+        body_.addWidget(block);
+    }
 
     void operator()(const SystemItem::Model& model) const
     {
@@ -98,7 +122,8 @@ std::string presentBarTitle(const PanelState& state, const NativeStats& native, 
         { .stats = native, .cpu = state.tick.lastCPU(), .mcp = fanCount(data, "mcp"), .source = {} });
 }
 
-SystemFacts factsOf(const PanelState& state, const OstrelData& data, const platform::ProcessInfo& machine)
+SystemFacts factsOf(const PanelState& state, const OstrelData& data, const platform::ProcessInfo& machine,
+    const platform::Workspace& workspace)
 {
     const NativeStats native = state.tick.native();
     return { .machine = { .system = machine.operatingSystemVersionString(),
@@ -115,7 +140,8 @@ SystemFacts factsOf(const PanelState& state, const OstrelData& data, const platf
         .backendState = state.snapshots.backendState(),
         .barParts = state.settings.barParts,
         .barTitle = presentBarTitle(state, native, data),
-        .historyFilePath = state.historyFilePath };
+        .historyFilePath = state.historyFilePath,
+        .differentiateWithoutColor = workspace.accessibilityDisplayShouldDifferentiateWithoutColor() };
 }
 
 } // namespace
@@ -124,7 +150,8 @@ void renderSystem(QVBoxLayout& body, const OstrelData& data, const PanelState& s
     const platform::ProcessInfo& machine, const MotionServices& motion, LiveRegistry& live)
 {
     const Stack stack(body, state, motion, live);
-    for (const SystemRow& row : systemText(factsOf(state, data, machine), data, state.history))
+    for (const SystemRow& row :
+        systemText(factsOf(state, data, machine, motion.workspace), data, state.history))
         std::visit(stack, row);
 }
 

@@ -2,6 +2,7 @@
 #include "panel/SystemText.h"
 
 #include "core/Text.h"
+#include "panel/GaugeRules.h"
 #include "panel/LiveText.h"
 #include "panel/ReadoutText.h"
 #include "readings/NativeTick.h"
@@ -117,13 +118,6 @@ Value pressureValue(int level)
     return name == "?" ? Value() : Value(std::string(name));
 }
 
-std::string freeMark(std::string_view level, bool differentiateWithoutColor)
-{
-    if (!differentiateWithoutColor || level == "normal")
-        return {};
-    return level == "crit" ? "▲ " : "△ ";
-}
-
 void addNative(Rows& rows, const SystemFacts& facts)
 {
     const NativeStats& native = facts.native;
@@ -136,8 +130,8 @@ void addNative(Rows& rows, const SystemFacts& facts)
     rows.emplace_back(kvSourced("memory pressure", pressureValue(native.pressureLevel),
         "sysctl kern.memorystatus_vm_pressure_level", age));
     const std::string_view level = freeLevel(native.freeMB);
-    rows.emplace_back(
-        Free { freeMark(level, facts.differentiateWithoutColor) + LiveText::free(native), level });
+    const std::string_view mark = GaugeRules::levelMark(level, facts.differentiateWithoutColor);
+    rows.emplace_back(Free { std::string(mark) + LiveText::free(native), level });
     rows.emplace_back(sourceLine(memory, age));
     rows.emplace_back(Gap { afterRow });
     rows.emplace_back(kvSourced("memory used",

@@ -5,6 +5,7 @@
 #include "support/StateBench.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <map>
 #include <optional>
 #include <string>
@@ -28,10 +29,11 @@ struct LiveBench : StateBench, LiveViews {
     {
         gauges[std::string(key)] = fmt::format("{} from {}: {}", pct, from.value_or(-1), level);
     }
-    void applyGraph(
-        std::string_view key, const std::vector<double>& values, std::optional<std::size_t> boundary) override
+    void applyGraph(std::string_view key, const std::vector<double>& values,
+        const std::vector<std::int64_t>& minutes, std::optional<std::size_t> boundary) override
     {
-        graphs[std::string(key)] = fmt::format("{}, live: {}", fmt::join(values, " "), boundary.value_or(99));
+        graphs[std::string(key)] = fmt::format(
+            "{} at {}, live: {}", fmt::join(values, " "), fmt::join(minutes, " "), boundary.value_or(99));
     }
 
     /// A tick that reads these percentages, and its values written.
@@ -121,7 +123,8 @@ TEST(LiveValues, GraphsAreDrawnOnTheDashboardOnly)
     EXPECT_TRUE(bench.graphs.empty());
     bench.body.tab = OstrelMode::overview;
     bench.live.refreshLiveValues();
-    EXPECT_EQ(bench.graphs, (Written { { "cpu", "10 30 50, live: 2" }, { "swap", "20 40 60, live: 2" } }));
+    const std::string when = " at 28000081 28000199 28000200, live: 2";
+    EXPECT_EQ(bench.graphs, (Written { { "cpu", "10 30 50" + when }, { "swap", "20 40 60" + when } }));
     for (const char* key : { "history-caption-cpu", "history-caption-swap" })
         EXPECT_EQ(bench.texts.at(key), "120 min shown · 2 restored + 1 this run · 4 min kept of 1440") << key;
 }

@@ -4,6 +4,8 @@
 #include "design/OstrelStyle.h"
 #include "design/controls/OstrelButton.h"
 #include "design/controls/ZOLShellLabel.h"
+#include "history/OstrelHistoryView.h"
+#include "panel/GaugeView.h"
 #include "panel/MetricCard.h"
 
 #include "support/QtEnvironment.h"
@@ -261,6 +263,30 @@ TEST(SystemTab, NothingIsWiderThanTheTabAndWhatIsCutIsToldInATooltip)
             << label->toolTip().toStdString();
     }
     EXPECT_EQ(cut, 4);
+}
+
+TEST(SystemTab, ARebuiltTabsGaugesGoOnFromWhereTheLastOnesStood)
+{
+    OpenTab tab(OstrelMode::system);
+    const auto values = [&tab] {
+        std::vector<std::pair<std::string, double>> shown;
+        for (const GaugeView* gauge : all<GaugeView>(tab.page()))
+            shown.emplace_back(gauge->caption(), gauge->displayedPct());
+        return shown;
+    };
+    using Values = std::vector<std::pair<std::string, double>>;
+    EXPECT_EQ(values(), (Values { { "cpu", 0 }, { "memory", 74 }, { "swap", 38 } }));
+    tab.delegate.frame().switchMode(OstrelMode::settings);
+    tab.workspace.setReduceMotion(false);
+    tab.tick(80);
+    tab.delegate.frame().switchMode(OstrelMode::system);
+    EXPECT_EQ(values().front().second, 80) << "kept up to date while no gauge showed it";
+    tab.delegate.panel().close("x");
+    tab.tick(20);
+    tab.delegate.panel().show();
+    EXPECT_EQ(values().front().second, 80) << "it sets out from what was seen last";
+    tab.time.advance(platform::Seconds(0.5));
+    EXPECT_EQ(values().front().second, 20);
 }
 
 TEST(SystemTab, StandsInItsOrderAndTheTickWritesTheFreeMemory)

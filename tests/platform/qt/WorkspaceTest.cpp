@@ -23,6 +23,7 @@
 #include <string>
 #include <string_view>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -136,7 +137,10 @@ public:
         if (one && !modern)
             return connection.send(message.createErrorReply(QDBusError::UnknownMethod, "no"));
         ++answers;
-        const QVariant& value = message.arguments().value(1) == "reduced-motion" ? motion : animations;
+        const QString key = message.arguments().value(1).toString();
+        const QVariant& value = key == "reduced-motion" ? motion
+            : key == "enable-animations"                ? animations
+                                                        : shapes;
         if (!value.isValid())
             return connection.send(message.createErrorReply("org.freedesktop.portal.Error.NotFound", "no"));
         const QVariant held = QVariant::fromValue(QDBusVariant(value));
@@ -146,6 +150,7 @@ public:
     bool modern = true;
     QVariant motion; ///< none when it isn't valid
     QVariant animations;
+    QVariant shapes;
     int answers = 0;
 };
 
@@ -172,10 +177,10 @@ protected:
         desktop.send(signal << group << key << QVariant::fromValue(QDBusVariant(value)));
     }
 
-    /// What is so once both settings were asked for that many times, and all messages so far were read.
+    /// What is so once all settings were asked for that many times, and all messages so far were read.
     bool reduceAfter(int rounds)
     {
-        EXPECT_TRUE(spinUntil([&] { return portal.answers >= 2 * rounds; }));
+        EXPECT_TRUE(spinUntil([&] { return portal.answers >= keys * rounds; }));
         // The portal's answer to this comes after all that it sent before.
         const auto last = QDBusConnection::sessionBus().asyncCall(QDBusMessage::createMethodCall(
             desktop.baseService(), Portal::path, "org.freedesktop.DBus.Peer", "Ping"));
@@ -185,6 +190,8 @@ protected:
         EXPECT_TRUE(spinUntil([&] { return turned; }));
         return workspace.accessibilityDisplayShouldReduceMotion();
     }
+
+    static constexpr int keys = 3;
 
     QtMainQueue queue;
     Portal portal;
@@ -224,7 +231,7 @@ TEST_F(QtWorkspaceOnABus, EachNewPortalIsAskedInItsOwnWayAndWrongTypesReadAsUnkn
             EXPECT_EQ(reduceAfter(++rounds), reduce)
                 << motion.toString().toStdString() << animations.toString().toStdString() << modern;
         }
-    EXPECT_EQ(portal.answers, 2 * rounds) << "a portal is asked once";
+    EXPECT_EQ(portal.answers, keys * rounds) << "a portal is asked once";
     EXPECT_EQ(changes, 6);
 }
 
@@ -249,6 +256,24 @@ TEST_F(QtWorkspaceOnABus, ChangesAreFollowedAndAPortalMayComeLate)
     startPortal();
     EXPECT_FALSE(reduceAfter(2));
     EXPECT_EQ(changes, 3) << "nobody observes";
+}
+
+TEST_F(QtWorkspaceOnABus, ShapesBesideColoursAreWantedOnlyWhereThePortalSaysSo)
+{
+    portal.shapes = true;
+    startPortal();
+    observe();
+    EXPECT_FALSE(reduceAfter(1));
+    EXPECT_TRUE(workspace.accessibilityDisplayShouldDifferentiateWithoutColor());
+    EXPECT_EQ(changes, 1);
+    for (const auto& [value, wanted] : std::vector<std::pair<QVariant, bool>> {
+             { false, false }, { true, true }, { 1U, false }, { true, true }, { "true", false } }) {
+        tell("org.gnome.desktop.a11y.interface", "show-status-shapes", value);
+        EXPECT_FALSE(reduceAfter(1)) << "one wish isn't the other";
+        EXPECT_EQ(workspace.accessibilityDisplayShouldDifferentiateWithoutColor(), wanted)
+            << value.toString().toStdString();
+    }
+    EXPECT_EQ(changes, 6);
 }
 
 } // namespace
