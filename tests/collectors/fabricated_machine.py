@@ -12,6 +12,7 @@ if COLLECTORS not in sys.path:
     sys.path.insert(0, COLLECTORS)
 
 TICKS = os.sysconf("SC_CLK_TCK")
+USER = 1000
 PAGES_PER_MIB = 1048576 // os.sysconf("SC_PAGE_SIZE")
 
 
@@ -24,6 +25,7 @@ class Machine:
         for part in ("proc", "sys", "home"):
             os.mkdir(os.path.join(self.root, part))
         self.now = 100.0
+        self.time = 1_800_000_000
 
     def write(self, path: str, content: bytes) -> None:
         """A file below the machine's root, with its folders."""
@@ -56,5 +58,5 @@ class Machine:
 
         return snapshot(
             script="/opt/share/ostrel/collectors/ostrel.py", home=self.root + "/home",
-            proc_root=self.root + "/proc", sys_root=self.root + "/sys", clock=lambda: self.now, pause=pause,
+            root=self.root, user=USER, clock=lambda: self.now, pause=pause, now=lambda: self.time,
         )
