@@ -137,11 +137,12 @@ class Kind:
     def __init__(self, cmdline: bytes) -> None:
         argv = cmdline.split(b"\0") if cmdline else []
         self.program = program(argv)
-        place = script_place(argv) if runtime_name(self.program) in INTERPRETERS else 0
+        interpreter = runtime_name(self.program) in INTERPRETERS
+        place = script_place(argv) if interpreter else 0
         self.script = stem(argv[place]) if place else b""
         self.agent, first = agent(argv, self.program, place)
         self.scripted = first > 1
-        self.helper = is_chromium_helper(cmdline)
+        self.helper = not interpreter and is_chromium_helper(cmdline)
         self.mcp = mentions_mcp(cmdline) and is_mcp_server(argv, self.program, place)
         self.client = self.mcp and self.program in CONTAINER_CLIENTS
         self.session = (

@@ -58,14 +58,15 @@ def read_setting(path: str) -> bytes:
         os.close(file)
 
 
-def own_folder(proc_root: str) -> str:
-    """The folder of this process below `proc_root`, which holds its view of the network; `proc_root` itself
-    where that doesn't tell. /proc/net is a link to it."""
+def network(proc_root: str, name: str) -> bytes:
+    """One of the kernel's lists on the network as this process sees it. The folder that /proc shows for it is
+    a link to where it really is, so the list is taken from there."""
     try:
         own = os.readlink(proc_root + "/self")
     except OSError:
-        return proc_root
-    return proc_root + "/" + own if own.isdecimal() else proc_root
+        own = ""
+    folder = proc_root + "/" + own + "/net" if own.isdecimal() else proc_root + "/net"
+    return b"" if os.path.islink(folder) else read_list(folder + "/" + name)
 
 
 def names(path: str) -> list[str]:

@@ -6,7 +6,7 @@ from __future__ import annotations
 import os
 
 from ostrel_lib.census import display_name, mib, text
-from ostrel_lib.files import own_folder, read_list
+from ostrel_lib.files import network, read_list
 from ostrel_lib.processes import Process
 from ostrel_lib.tree import Tree
 from ostrel_lib.units import folders, has_systemd, listing, locate
@@ -115,9 +115,8 @@ def program_path(process: Process) -> str:
 def listeners(tree: Tree, proc_root: str) -> list[dict[str, object]]:
     """The processes that listen on TCP ports, by name. Those of other users don't show what they hold."""
     sockets: dict[bytes, str] = {}
-    network = own_folder(proc_root) + "/net/"
     for name in ("tcp", "tcp6"):
-        for line in read_list(network + name).split(b"\n")[1:]:
+        for line in network(proc_root, name).split(b"\n")[1:]:
             words = line.split()
             if len(words) > 9 and words[3] == LISTENING:
                 address = endpoint(words[1])

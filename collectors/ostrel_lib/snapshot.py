@@ -7,7 +7,7 @@ import time
 
 from ostrel_lib import machine, memory
 from ostrel_lib.census import census
-from ostrel_lib.files import own_folder, read, read_list
+from ostrel_lib.files import network, read
 from ostrel_lib.offenders import apps, offenders
 from ostrel_lib.pressure import stall
 from ostrel_lib.processes import look_twice
@@ -110,7 +110,7 @@ def observation(home: str, root: str) -> dict[str, object]:
     """Disk, battery and network; the first two are absent where there is nothing to tell."""
     parts = {"disk": machine.disk(home), "battery": machine.battery(root + "/sys")}
     found: dict[str, object] = {name: part for name, part in parts.items() if part is not None}
-    found["network"] = machine.network(read_list(own_folder(root + "/proc") + "/net/dev"))
+    found["network"] = machine.network(network(root + "/proc", "dev"))
     return found
 
 

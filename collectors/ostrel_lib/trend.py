@@ -2,6 +2,8 @@
 """The collector's own samples, and where they lead."""
 from __future__ import annotations
 
+import os
+
 from ostrel_lib import history_file
 
 KEPT = 240
@@ -29,7 +31,7 @@ first that changes gives the direction."""
 def record(home: str, sample: dict[str, object]) -> tuple[list[dict[str, object]], str]:
     """Saves one sample and gives the latest ones, the oldest first, with the state of the history: "recorded",
     "stale" when older samples can be read and this one couldn't be saved, "unavailable" else."""
-    if home[:1] != "/":
+    if not os.path.isabs(home) or not os.path.isdir(home):
         return [], "unavailable"
     fault = history_file.append(home, sample, wait=0.2)
     samples = history_file.samples(home, KEPT)
