@@ -6,8 +6,8 @@ usage: collector_bench.py [--runs N] [processes ...]
 
 For each number of processes (300 and 1500 unless told) the machine is filled up with sleeping children, and
 each command runs in turn with the others, so that a busy moment hits all alike. Prints the median and the
-least CPU time and the median wall time. Then the parts of a snapshot on a made-up /proc of the same size, with
-agents and servers, which sleeping children aren't. Asserts nothing.
+least CPU time and the median wall time. Then the parts of a snapshot on a made-up /proc of the same size,
+with agents and servers, which sleeping children aren't. Asserts nothing.
 """
 from __future__ import annotations
 

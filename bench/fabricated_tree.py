@@ -7,7 +7,7 @@ import os
 CHROME = "/opt/google/chrome/chrome"
 MIXTURE = (
     # processes of a hundred, what the kernel calls them, their command line with "|" between arguments
-    (30, "chrome", CHROME + " --type=renderer --crashpad-handler-pid=1234 --lang=en-US --num-raster-threads=4"),
+    (30, "chrome", CHROME + " --type=renderer --crashpad-handler-pid=1234 --lang=en-US --no-zygote"),
     (8, "code", "/usr/share/code/code|--type=utility|--utility-sub-type=node.mojom.NodeService|--lang=en-US"),
     (4, "claude", "claude|--resume"),
     (2, "codex", "codex"),
@@ -29,7 +29,8 @@ def fabricate(root: str, processes: int) -> None:
         comm, command = commands[place * 37 % len(commands)]
         agent = comm in ("claude", "codex")
         parent = 1 if agent else agents[place % len(agents)]
-        fields = [parent, 0, 0, 0, -1, 0, 0, 0, 0, 0, 40 + place, 20, 0, 0, 20, 0, 1, 0, 1000 + place] + [0] * 30
+        fields = [parent, 0, 0, 0, -1, 0, 0, 0, 0, 0, 40 + place, 20, 0, 0, 20, 0, 1, 0, 1000 + place]
+        fields += [0] * 30
         folder = f"{root}/proc/{pid}"
         os.makedirs(folder)
         for name, text in (

@@ -107,8 +107,8 @@ def is_codex_repl(tree: Tree, process: Process) -> bool:
 
 def duplicates(servers: list[tuple[Process, int]]) -> tuple[int, int]:
     """How many servers run more than once below one and the same agent, and the memory of their copies, the
-    largest of each left out, in MiB. Takes each server with its agent's number, the largest first; a server is
-    known by its command line."""
+    largest of each left out, in MiB. Takes each server with its agent's number, the largest first; a server
+    is known by its command line."""
     copies: dict[tuple[int, bytes], list[int]] = {}
     for server, agent in servers:
         copies.setdefault((agent, server.cmdline), []).append(server.rss)

@@ -110,7 +110,7 @@ BROWSERS = frozenset((
 ))
 
 TOOLS = frozenset((
-    b"cc1", b"cc1plus", b"clang", b"clang++", b"gcc", b"g++", b"c++", b"ld", b"ld.lld", b"lld", b"mold", b"as",
+    b"cc1", b"cc1plus", b"clang", b"clang++", b"gcc", b"g++", b"c++", b"ld", b"ld.lld", b"lld", b"mold",
     b"rustc", b"cargo", b"go", b"compile", b"link", b"javac", b"tsc", b"esbuild", b"make", b"ninja", b"cmake",
     b"ctest", b"clang-tidy", b"ccache", b"git", b"rg", b"grep", b"find", b"tar", b"gzip", b"xz", b"zstd",
     b"rsync", b"ffmpeg", b"dpkg", b"apt", b"apt-get", b"dnf", b"pacman",
@@ -124,10 +124,10 @@ WORD_BREAKS = bytes(byte if bytes((byte,)).isalnum() else 32 for byte in bytes(r
 class Kind:
     """What one process was recognised as. All names are bytes.
 
-    `program` is its program's name, `script` that of the script it runs as a runtime, b"" for none. `agent` is
-    whose program it is, `scripted` tells the agent's script from its own program, and `session` whether it is
-    at work as an agent. `helper` is a Chromium's helper. `client` is a container's client that stands for an
-    MCP server.
+    `program` is its program's name, `script` that of the script it runs as a runtime, b"" for none. `agent`
+    is whose program it is, `scripted` tells the agent's script from its own program, and `session` whether it
+    is at work as an agent. `helper` is a Chromium's helper. `client` is a container's client that stands for
+    an MCP server.
     """
 
     __slots__ = (

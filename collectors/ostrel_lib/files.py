@@ -27,7 +27,7 @@ def read(path: str, limit: int = 65536, folder: int | None = None) -> bytes:
 
 
 def read_list(path: str, limit: int = 1048576) -> bytes:
-    """A file that the kernel hands out record by record, no more than a page in one read; like `read` else."""
+    """A file that the kernel hands out by records, no more than a page in one read; else like `read`."""
     try:
         file = os.open(path, FLAGS)
     except OSError:

@@ -136,8 +136,8 @@ def listeners(tree: Tree, proc_root: str) -> list[dict[str, object]]:
 
 
 def held(proc_root: str, pid: int) -> list[bytes]:
-    """What a process holds open: the number of a socket, and b"" for anything else. The links of its table are
-    read and never opened."""
+    """What a process holds open: the number of a socket, and b"" for anything else. The links of its table
+    are read and never opened."""
     folder = f"{proc_root}/{pid}/fd".encode()
     found = []
     try:

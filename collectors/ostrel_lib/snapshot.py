@@ -29,8 +29,8 @@ ACCURACY = {
     "cpu": "/proc/<pid>/stat; ticks between two looks 0.2 s apart, in percent of one core, in steps of 5",
     "processes": "/proc; processes visible to this user, kernel threads and the collector left out;"
                  " one process may count in several families",
-    "mcp": "/proc/<pid>/cmdline; programs, scripts, packages and container images named mcp, each server once;"
-           " owner: the nearest claude or codex above it",
+    "mcp": "/proc/<pid>/cmdline; programs, scripts, packages and container images named mcp, each server"
+           " once; owner: the nearest claude or codex above it",
     "sessions": "/proc/<pid>/cmdline; claude and codex programs at work, each with its start script and forks"
                 " once, their helpers left out",
     "chromium": "/proc/<pid>/cmdline; processes with a Chromium --type= argument, by application",
@@ -59,8 +59,8 @@ def snapshot(
     pause: Callable[[float], object] = time.sleep,
     now: Callable[[], float] = time.time,
 ) -> dict[str, object]:
-    """The whole snapshot; takes about 0.2 s, and saves one sample of it in the home. What can't be read is 0 or
-    empty, and nothing raises.
+    """The whole snapshot; takes about 0.2 s, and saves one sample of it in the home. What can't be read is 0
+    or empty, and nothing raises.
 
     `script` is the absolute path of the collector as it was started, `home` the user's home directory, `root`
     what stands before /proc, /sys, /etc, /run and /usr, and `user` the user's number, this process's unless

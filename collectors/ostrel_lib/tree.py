@@ -53,8 +53,8 @@ class Tree:
         return found
 
     def servers(self) -> list[Process]:
-        """The MCP servers, each once: not what a server starts of itself under its own name, and not what runs
-        in a container for a client that is listed."""
+        """The MCP servers, each once: not what a server starts of itself under its own name, and not what
+        runs in a container for a client that is listed."""
         kinds = self.kinds
         servers = []
         for process in self.processes:

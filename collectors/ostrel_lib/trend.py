@@ -29,8 +29,8 @@ first that changes gives the direction."""
 
 
 def record(home: str, sample: dict[str, object]) -> tuple[list[dict[str, object]], str]:
-    """Saves one sample and gives the latest ones, the oldest first, with the state of the history: "recorded",
-    "stale" when older samples can be read and this one couldn't be saved, "unavailable" else."""
+    """Saves one sample and gives the latest ones, the oldest first, with the state of the history:
+    "recorded", "stale" when older samples can be read and this one couldn't be saved, "unavailable" else."""
     if not os.path.isabs(home) or not os.path.isdir(home):
         return [], "unavailable"
     fault = history_file.append(home, sample, wait=0.2)

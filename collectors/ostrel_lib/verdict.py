@@ -123,7 +123,8 @@ RULES = (short_memory, growing_swap, overload, full_disk, doubled_servers)
 def normal(facts: Facts) -> str:
     """What there is to say when nothing is wrong."""
     if facts.sessions:
-        agents = f"{several(facts.sessions, 'agent session')} and {several(facts.fan['mcp'], 'MCP server')} run"
+        servers = several(facts.fan["mcp"], "MCP server")
+        agents = f"{several(facts.sessions, 'agent session')} and {servers} run"
     else:
         agents = "no agent session runs"
     return f"{room(facts)}, {agents}, and {holder(facts)}."

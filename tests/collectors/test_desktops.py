@@ -17,8 +17,8 @@ EXPECTED = {
         "mcp": 1, "claude_mcp": 1, "codex_mcp": 0, "other_mcp": 0,
         "codex_mcp_duplicates": 0, "codex_mcp_duplicate_mb": 0,
         "browser": 92, "node": 1, "python3": 1, "claude": 1, "codex": 0,
-        "chromium_bundles": {"chrome": 28, "brave": 20, "msedge": 15, "chromium": 12, "slack": 6, "Discord": 4,
-                             "obsidian": 4, "QtWebEngineProcess": 3},
+        "chromium_bundles": {"chrome": 28, "brave": 20, "msedge": 15, "chromium": 12, "slack": 6,
+                             "Discord": 4, "obsidian": 4, "QtWebEngineProcess": 3},
     },
     "server-containers.tsv": {
         "sessions": {"claude": 2, "codex": 1},
@@ -66,5 +66,5 @@ class DesktopsTest(unittest.TestCase):
         self.assertEqual(told, [("chrome", "stateful")])
         self.assertIn("holds 27% of memory (8.8 gb in 44 processes)", snapshot["offenders"][0]["reason"])
         self.assertEqual(snapshot["verdict"]["cause"],
-                         "16.0 gb of 32.0 gb can still be handed out, 10 agent sessions and 22 MCP servers run,"
-                         " and chrome holds the most, 8.8 gb in 44 processes.")
+                         "16.0 gb of 32.0 gb can still be handed out, 10 agent sessions and 22 MCP servers"
+                         " run, and chrome holds the most, 8.8 gb in 44 processes.")

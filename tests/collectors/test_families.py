@@ -20,7 +20,8 @@ class FamiliesTest(unittest.TestCase):
             "claude": ("/home/u/.local/bin/claude|--resume", "claude|-p|write notes on codex",
                        "/usr/bin/node|--max-old-space-size=4096|--require|./hook.js|/home/u/bin/claude",
                        f"node|{NODE_MODULES}claude-code/cli.js", "bun|run|/opt/claude.mjs"),
-            "codex": ("codex|exec|mcp", f"node|{NODE_MODULES}codex/bin/codex.js|resume", "codex|-m|login|exec"),
+            "codex": ("codex|exec|mcp", f"node|{NODE_MODULES}codex/bin/codex.js|resume",
+                      "codex|-m|login|exec"),
             "": ("vim|claude", "/opt/claude/server", "claude-runner", "Claude", "bash|-c|claude --resume",
                  "node|-e|claude", "node|/srv/app.js|claude", "node|/srv/cli.js", "claude|mcp|serve",
                  "codex|app-server", "codex|-c|a=b|--profile|work|mcp-server", "codex|--version",
@@ -39,8 +40,9 @@ class FamiliesTest(unittest.TestCase):
                    "/opt/xcodebuildmcp", "dart|mcp-server|--experimental",
                    "docker|run|-i|--rm|-e|TOKEN|--volume=/a:/b|ghcr.io/github/github-mcp-server:latest",
                    "podman|container|run|mcp/fetch"),
-            False: ("npm exec @scope/notes-mcp", "uv|tool|uvx|notes-mcp", "docker|mcp|gateway", "tcmpcd", "claude|mcp|list",
-                    "docker|run|-v|/home/u/mcp:/src|node", "docker|exec|-i|mcp-box|sh", "docker|logs|run",
+            False: ("npm exec @scope/notes-mcp", "uv|tool|uvx|notes-mcp", "docker|mcp|gateway", "tcmpcd",
+                    "claude|mcp|list", "docker|run|-v|/home/u/mcp:/src|node", "docker|exec|-i|mcp-box|sh",
+                    "docker|logs|run",
                     "sh|-c|notes-mcp", "vim|mcp-server.py", "claude|--mcp-config|mcp.json",
                     "python3|-c|import mcp", "node|/home/u/mcp-tools/node_modules/vite/bin/vite.js",
                     "/opt/chrome/chrome|--user-data-dir=/tmp/mcp-chrome", "mcpelauncher-client"),
@@ -50,7 +52,8 @@ class FamiliesTest(unittest.TestCase):
 
     def test_every_process_is_in_one_group(self):
         for command, group in (("claude|--resume", "claude"), ("codex|login", "codex"), ("-bash", "app"),
-                               ("python3.11|x.py", "runtime"), ("sshd: u@pts/0", "system"), ("npm exec vite", "runtime"), ("", "system"),
+                               ("python3.11|x.py", "runtime"), ("sshd: u@pts/0", "system"),
+                               ("npm exec vite", "runtime"), ("", "system"),
                                ("/usr/sbin/cron|-f", "system"), ("/usr/bin/firefox", "app")):
             self.assertEqual(judge(command)[1], group, command)
 
@@ -98,7 +101,7 @@ HELPERS = (
     (b"chrome", "/opt/google/chrome/chrome --type=gpu-process", "chrome"),
     (b"chrome", "/opt/google/chrome/chrome", ""),
     (b"code", "/usr/share/code/code|--no-sandbox|--type=gpu-process", "code"),
-    (b"electron", "/usr/lib/electron34/electron|--type=renderer|--app-path=/usr/lib/obsidian/app.asar", "obsidian"),
+    (b"electron", "/usr/lib/electron34/electron|--type=renderer|--app-path=/usr/lib/notes/app.asar", "notes"),
     (b"electron", "/usr/lib/electron34/electron --type=zygote", "electron"),
     (b"Discord", "/proc/self/exe|--type=utility", "Discord"),
     (b"x", "systemd-run|--type=oneshot|x", ""), (b"python3", "python3|watch.py|--type=renderer", ""),

@@ -14,14 +14,16 @@ NOW = 1_800_000_000
 def samples(swaps, load=50, mcp=4, step=60):
     """One sample a minute, the last of them now."""
     start = NOW - step * (len(swaps) - 1)
-    return [{"t": start + place * step, "swap": swap, "load": load, "mcp": mcp} for place, swap in enumerate(swaps)]
+    return [{"t": start + place * step, "swap": swap, "load": load, "mcp": mcp}
+            for place, swap in enumerate(swaps)]
 
 
 def machine(test, available=8.0, swap_free=4.0, some=0.0, full=0.0, load=(1, 1)) -> Machine:
     """16 GiB of memory, 4 of swap."""
     box = Machine(test)
-    fields = (("MemTotal", 16), ("MemFree", 1), ("MemAvailable", available), ("SwapTotal", 4), ("SwapFree", swap_free))
-    box.write("proc/meminfo", "".join(f"{name}: {int(value * GIB)} kB\n" for name, value in fields).encode())
+    fields = {"MemTotal": 16, "MemFree": 1, "MemAvailable": available, "SwapTotal": 4, "SwapFree": swap_free}
+    lines = [f"{name}: {int(value * GIB)} kB\n" for name, value in fields.items()]
+    box.write("proc/meminfo", "".join(lines).encode())
     stall = f"some avg10={some} avg60=0 avg300=0 total=1\nfull avg10={full} avg60=0 avg300=0 total=1\n"
     box.write("proc/pressure/memory", stall.encode())
     box.write("proc/loadavg", f"{load[0]} {load[1]} 1 1/2 3\n".encode())
@@ -31,26 +33,27 @@ def machine(test, available=8.0, swap_free=4.0, some=0.0, full=0.0, load=(1, 1))
 
 class JudgementTest(unittest.TestCase):
     def test_the_level_follows_what_is_left_and_how_long_programs_waited(self):
-        for level, given in (("ok", {"available": 8.0, "some": 40.0}), ("ok", {"available": 1.7, "some": 9.9}),
-                             ("warning", {"available": 7.9, "some": 10.0}), ("ok", {"available": 1.5, "swap_free": 1.0}),
-                             ("warning", {"available": 1.5, "swap_free": 0.9}), ("warning", {"full": 3.0, "available": 4.0}),
-                             ("critical", {"full": 10.0, "available": 3.1}), ("critical", {"available": 0.6}),
-                             ("critical", {"available": 1.5, "swap_free": 0.3, "some": 10.0})):
-            self.assertEqual(machine(self, **given).snapshot()["verdict"]["level"], level, given)
+        for level, *given in (
+            ("ok", 8.0, 4.0, 40.0, 0.0), ("ok", 1.7, 4.0, 9.9, 2.9), ("ok", 1.5, 1.0, 0.0, 0.0),
+            ("warning", 7.9, 4.0, 10.0, 0.0), ("warning", 4.0, 4.0, 0.0, 3.0),
+            ("warning", 1.5, 0.9, 0.0, 0.0), ("critical", 3.1, 4.0, 0.0, 10.0),
+            ("critical", 0.6, 4.0, 0.0, 0.0), ("critical", 1.5, 0.3, 10.0, 0.0),
+        ):
+            self.assertEqual(machine(self, *given).snapshot()["verdict"]["level"], level, given)
 
     def test_the_cause_names_what_is_left_and_who_holds_it(self):
         self.assertEqual(
             machine(self, available=0.5, some=12.4).snapshot()["verdict"]["cause"],
-            "512 mb of 16.0 gb can still be handed out and programs waited for it 12% of the last ten seconds;"
-            " chrome holds the most, 2.0 gb.")
+            "512 mb of 16.0 gb can still be handed out and programs waited for it 12% of the last ten"
+            " seconds; chrome holds the most, 2.0 gb.")
 
     def test_an_overload_is_one_that_lasts_and_is_told_with_its_worker(self):
         cores = len(os.sched_getaffinity(0))
         for share, lasting, level, cause in ((2.0, 1.5, "warning", "chrome does most"), (2.0, 1.4, "ok", ""),
                                              (1.9, 1.9, "ok", ""), (2.0, 2.0, "warning", "few work")):
             box = machine(self, load=(cores * share, cores * lasting))
-            worker = (lambda: box.process(10, "/opt/chrome/chrome", ticks=TICKS * cores // 5)) if "most" in cause else None
-            verdict = box.snapshot(*[worker] * bool(worker))["verdict"]
+            busy = TICKS * cores // 5 if "most" in cause else 0
+            verdict = box.snapshot(lambda: box.process(10, "/opt/chrome/chrome", ticks=busy))["verdict"]
             self.assertEqual(verdict["level"], level, (share, lasting))
             self.assertIn(cause, verdict["cause"])
 
@@ -77,7 +80,8 @@ class JudgementTest(unittest.TestCase):
             ([10, 10, 10, 90], "history warming up", "flat", 0),
         ):
             found = trend(samples(swaps), NOW)
-            self.assertEqual((found["summary"], found["direction"], found["swap_delta"]), (summary, direction, delta))
+            told = (found["summary"], found["direction"], found["swap_delta"])
+            self.assertEqual(told, (summary, direction, delta))
 
     def test_samples_of_yesterday_or_tomorrow_or_without_a_time_are_no_trend(self):
         old = samples([90] * 9, step=3600)

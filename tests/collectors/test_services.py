@@ -4,7 +4,6 @@ import unittest
 
 from fabricated_machine import Machine
 
-USER_GROUPS = "sys/fs/cgroup/user.slice/user-1000.slice/user@1000.service/"
 TIMER = b"[Timer]\nOnCalendar=\nOnUnitActiveSec=5min\n"
 
 
@@ -20,15 +19,16 @@ def with_systemd(box: Machine) -> Machine:
 class ServicesTest(unittest.TestCase):
     def test_a_unit_is_told_with_all_its_processes_and_its_oldest_head(self):
         box = with_systemd(Machine(self))
-        groups = {"sys/fs/cgroup/system.slice/web.service": b"30\n31\n", "sys/fs/cgroup/system.slice/a.mount": b"40\n",
-                  "sys/fs/cgroup/system.slice/web.service/inner": b"32\n", "sys/fs/cgroup/init.scope": b"1\n",
-                  "sys/fs/cgroup/system.slice/gone.service": b"", "sys/fs/cgroup/system.slice/other.service": b"999\n",
-                  USER_GROUPS + "app.slice/app-x.slice/sync\\x2dup@1.service": b"50\n",
-                  USER_GROUPS + "app.slice/editor.scope": b"51\n",
-                  "sys/fs/cgroup/user.slice/user-1001.slice/user@1001.service/app.slice/theirs.service": b"52\n"}
+        user = "user.slice/user-1000.slice/user@1000.service/app.slice/"
+        groups = {"system.slice/web.service": b"30\n31\n", "system.slice/web.service/inner": b"32\n",
+                  "system.slice/a.mount": b"40\n", "system.slice/gone.service": b"", "init.scope": b"1\n",
+                  "system.slice/other.service": b"999\n", user + "editor.scope": b"51\n",
+                  user + "app-x.slice/sync\\x2dup@1.service": b"50\n",
+                  "user.slice/user-1001.slice/user@1001.service/app.slice/theirs.service": b"52\n"}
         for group, pids in groups.items():
-            box.write(group + "/cgroup.procs", pids)
-        for pid, ppid, start in ((30, 1, 60), (31, 30, 70), (32, 1, 65), (40, 1, 1), (50, 1, 1), (51, 1, 1), (52, 1, 1)):
+            box.write(f"sys/fs/cgroup/{group}/cgroup.procs", pids)
+        for pid, ppid, start in ((30, 1, 60), (31, 30, 70), (32, 1, 65), (40, 1, 1), (50, 1, 1), (51, 1, 1),
+                                 (52, 1, 1)):
             box.process(pid, "/opt/web", "-x", ppid=ppid, start=start, mib=10)
         box.write("usr/lib/systemd/system/web.service", b"")
         box.write("home/.config/systemd/user/sync\\x2dup@.service", b"")
@@ -43,7 +43,8 @@ class ServicesTest(unittest.TestCase):
     def test_without_systemd_services_are_the_processes_that_listen(self):
         box = Machine(self)
         rows = [b"  0: 0100007F:1F90 00000000:0000 0A 0:0 0:0 0 1000 0 7001 1",
-                b"  1: 0100007F:A000 0100007F:1F90 01 0:0 0:0 0 1000 0 7002 1", b"nonsense", b"2: zz:1 x 0A 0 0 0 0 0 7003"]
+                b"  1: 0100007F:A000 0100007F:1F90 01 0:0 0:0 0 1000 0 7002 1", b"nonsense",
+                b"2: zz:1 x 0A 0 0 0 0 0 7003"]
         tcp6 = b"head\n  0: 00000000000000000000000000000000:0050 0:0 0A 0:0 0:0 0 0 0 7004 1\n" \
                b"  1: 00000000000000000000000001000000:0051 0:0 0A 0:0 0:0 0 0 0 7005 1\n"
         box.write("proc/net/tcp", b"\n".join([b"head", *rows]))
@@ -62,7 +63,8 @@ class ServicesTest(unittest.TestCase):
         user, system = "home/.config/systemd/user/", "etc/systemd/system/"
         files = {
             user + "poll.timer": TIMER, user + "poll.service": b"[Service]\nExecStart=-/bin/bash -c 'poll'\n",
-            user + "storm.timer": TIMER + b"OnBootSec=1\nUnit=work.service\n", user + "once.timer": b"OnBootSec=9\n",
+            user + "storm.timer": TIMER + b"OnBootSec=1\nUnit=work.service\n",
+            user + "once.timer": b"OnBootSec=9\n",
             user + "work.service": b"ExecStart=/opt/work \\\n  --fast\nRestart=no\n",
             user + "kept.service": b"# Restart=no\nRestart=on-failure\nExecStart=/usr/bin/env python3 x\n",
             user + "off.service": b"Restart=always\nExecStart=/bin/sh x\n",
@@ -83,4 +85,5 @@ class ServicesTest(unittest.TestCase):
             for folder, names in wanted:
                 for name in names:
                     box.link(folder + name, "/usr/lib/systemd/" + name)
-            self.assertEqual(list(box.snapshot()["launchd"].values()), [4, 2, 2, 3] if systemd else [0, 0, 0, 1])
+            figures = list(box.snapshot()["launchd"].values())
+            self.assertEqual(figures, [4, 2, 2, 3] if systemd else [0, 0, 0, 1])

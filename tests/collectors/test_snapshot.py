@@ -66,7 +66,8 @@ class SnapshotTest(unittest.TestCase):
         snapshot = json.loads(dump(box.snapshot()))
         self.assertEqual(shape_of(snapshot), FORMAT)
         observed = snapshot["system_observation"]["network"]
-        self.assertEqual([list(row.values()) for row in observed], [["wlan0", 800, 1], ["eth0", 5, 7], ["lo", 9, 9]])
+        links = [list(row.values()) for row in observed]
+        self.assertEqual(links, [["wlan0", 800, 1], ["eth0", 5, 7], ["lo", 9, 9]])
         self.assertRegex(snapshot["ts"], r"^\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d[+-]\d\d:\d\d$")
 
     def test_a_machine_that_shows_nothing_gives_zeros(self):
@@ -79,7 +80,8 @@ class SnapshotTest(unittest.TestCase):
         self.assertEqual({*snapshot["ram"].values(), snapshot["swap"]["total"], snapshot["load"]["l1"]}, {0})
         self.assertEqual(snapshot["system_observation"], {"network": []})
         self.assertEqual([snapshot[key] for key in ("offenders", "services", "history")], [[], [], []])
-        self.assertEqual((snapshot["history_state"], snapshot["verdict"]["level"]), ("unavailable", "unknown"))
+        state = (snapshot["history_state"], snapshot["verdict"]["level"])
+        self.assertEqual(state, ("unavailable", "unknown"))
 
     def test_used_memory_is_what_cannot_be_had_back(self):
         for name, used, pct, wired in (
