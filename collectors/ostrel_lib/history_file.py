@@ -66,7 +66,7 @@ def samples(home: str, most: int) -> list[dict[str, object]]:
 def append(home: str, sample: dict[str, object], wait: float = 0.5) -> str:
     """Saves one sample, with the folder if need be. "" when it is in the file, else the reason why it isn't.
     Waits up to `wait` seconds for another writer."""
-    line = dump(sample).encode("ascii") + b"\n"
+    line = dump(sample).encode("ascii")
     if as_sample(line) is None:
         return "not a sample"
     folder = folder_of(home)
@@ -78,7 +78,7 @@ def append(home: str, sample: dict[str, object], wait: float = 0.5) -> str:
     if lock is None:
         return "another program holds the history"
     try:
-        append_line(folder, line)
+        append_line(folder, line + b"\n")
         return ""
     except OSError as fault:
         return reason(fault)
@@ -94,7 +94,7 @@ def append_line(folder: str, line: bytes) -> None:
     try:
         size = os.fstat(file).st_size
         if size + len(line) > MOST_BYTES:
-            replace(folder, NAME, newest_within(file, MOST_BYTES // 2) + [line])
+            replace(folder, NAME, [newest_within(file, MOST_BYTES // 2) + line])
             return
         if size and os.pread(file, 1, size - 1) != b"\n":
             line = b"\n" + line
@@ -205,8 +205,8 @@ def latest(file: int, most: int) -> list[tuple[bytes, dict[str, object]]]:
     return found
 
 
-def newest_within(file: int, room: int) -> list[bytes]:
-    """As many of the latest samples as fit `room` bytes, as lines with their ends, the oldest first."""
+def newest_within(file: int, room: int) -> bytes:
+    """As many of the latest samples as fit `room` bytes, as whole lines, the oldest first."""
     kept: list[bytes] = []
     for line, _ in reversed(latest(file, MOST_SAMPLES)):
         room -= len(line) + 1
@@ -214,7 +214,7 @@ def newest_within(file: int, room: int) -> list[bytes]:
             break
         kept.append(line + b"\n")
     kept.reverse()
-    return kept
+    return b"".join(kept)
 
 
 def as_sample(line: bytes) -> dict[str, object] | None:
