@@ -17,7 +17,7 @@ DEEPEST = 8
 MOST_SERVICES = 300
 MOST_HOLDERS = 100
 MOST_LINKS = 20000
-"""Processes, the largest ones, and files open in them, that are looked at in search of the sockets' owners."""
+"""Processes, the largest, and files open in them, that are looked at in search of the sockets' owners."""
 
 LISTENING = b"0A"  # the state of a socket in /proc/net/tcp
 
