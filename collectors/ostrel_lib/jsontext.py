@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
-"""JSON output without the `json` package, whose import takes as long as reading two hundred processes."""
+"""JSON output without the `json` package, whose import takes as long as reading two hundred processes, and
+input with it."""
 from __future__ import annotations
 
 try:
@@ -8,6 +9,8 @@ except ImportError:  # another Python than the reference one
     from json.encoder import encode_basestring_ascii as quoted
 
 LARGEST_FLOAT = 1.7976931348623157e308
+LONGEST_INTEGER = 40
+"""Digits that are read as a whole number."""
 
 
 def dump(value: object) -> str:
@@ -43,3 +46,19 @@ def well_formed(text: str) -> str:
     except UnicodeEncodeError:
         return text.encode("utf-8", "surrogatepass").decode("utf-8", "replace")
     return text
+
+
+def parse(text: str) -> object:
+    """The value of a JSON text. NaN and the infinities, which JSON doesn't have, are None. Raises ValueError,
+    and nothing else, for what isn't JSON or is nested too deep."""
+    from json import loads
+
+    try:
+        return loads(text, parse_int=whole_number, parse_constant=lambda _: None)
+    except RecursionError as fault:
+        raise ValueError("nested too deep") from fault
+
+
+def whole_number(digits: str) -> int | float:
+    """A whole number; one of absurd length as floating point, since making it whole is slow."""
+    return int(digits) if len(digits) <= LONGEST_INTEGER else float(digits)
