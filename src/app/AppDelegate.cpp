@@ -45,10 +45,14 @@ AppDelegate::AppDelegate(const PlatformServices& services)
     , snapshots_({ services.runLoop, services.mainQueue, services.globalQueue, services.files,
                      services.bundle, services.clock },
           collector_, tick_)
+    , maintenance_({ services.mainQueue, services.globalQueue, services.clock, services.alerts }, collector_,
+          snapshots_)
+    , analyst_(
+          { services.mainQueue, services.globalQueue, services.alerts }, collector_, snapshots_, maintenance_)
     , panelState_ { tick_, snapshots_, history_, settings_, historyFilePath_ }
     , frame_(panelState_,
           { services.clock, { services.runLoop, services.mainQueue, services.workspace, services.occlusion },
-              services.alerts, services.defaults, services.processInfo },
+              services.alerts, services.defaults, services.processInfo, analyst_, maintenance_ },
           liveRegistry_)
     , panel_(frame_, settings_,
           { services.popovers, services.events, services.workspace, services.screens, services.defaults,
@@ -58,7 +62,7 @@ AppDelegate::AppDelegate(const PlatformServices& services)
               .placed = [this](std::string_view text) { panelPlaced(text); },
               .opened = [this] { snapshots_.startPanelPolling(); },
               .applyBarLength = [this] { barItem_.applyPendingLength(); },
-              .closed = [this] { snapshots_.panelDidClose(); } })
+              .closed = [this] { panelDidClose(); } })
     , theme_(services.defaults, settings_, panel_, false)
     , barState_({ services.files, services.defaults, services.screens, services.clock })
     , barItem_({ services.statusBar, services.mainQueue, services.clock, settings_, tick_, snapshots_, panel_,
@@ -68,6 +72,9 @@ AppDelegate::AppDelegate(const PlatformServices& services)
           .tick = tick_,
           .panel = panel_,
           .choices = theme_,
+          .runClean = [this] { maintenance_.runClean(); },
+          .trimLogs = [this] { maintenance_.trimLogs(); },
+          .deepClean = [this] { maintenance_.deepClean(); },
           .showAbout = [this] { aboutWindow_.show(); },
           .quit = services.quit })
     , routes_(panel_)
@@ -76,6 +83,10 @@ AppDelegate::AppDelegate(const PlatformServices& services)
     tick_.connect(*this, snapshots_);
     theme_.addListener([this](ZOLThemePolicy::Mode mode) { aboutWindow_.applyTheme(mode); });
     snapshots_.connect(frame_, frame_);
+    snapshots_.setBusy(
+        [this] { return analyst_.diagnosisRunning() || !maintenance_.cleanupRunning().empty(); });
+    maintenance_.connect(frame_);
+    analyst_.connect(frame_);
     frame_.setActions({ .close = [this](std::string_view reason) { panel_.close(reason); },
         .setPinned = [this](bool pinned) { panel_.setPinned(pinned); },
         .setTheme = [this](ZOLThemePolicy::Mode mode) { theme_.setTheme(mode); },
@@ -132,6 +143,13 @@ void AppDelegate::applicationWillTerminate()
     collector_->cancelAll();
     barItem_.removeStatusItem();
     collector_->awaitIdle(quitPatience);
+}
+
+void AppDelegate::panelDidClose()
+{
+    snapshots_.panelDidClose();
+    maintenance_.panelDidClose();
+    analyst_.panelDidClose();
 }
 
 void AppDelegate::panelPlaced(std::string_view text)

@@ -11,6 +11,8 @@
 #include "bar/Settings.h"
 #include "bar/SingleInstance.h"
 #include "collector/CollectorRunner.h"
+#include "collector/LocalAnalyst.h"
+#include "collector/Maintenance.h"
 #include "collector/SnapshotCycle.h"
 #include "core/LifeToken.h"
 #include "history/OstrelHistory.h"
@@ -62,6 +64,7 @@ private:
     void considerCompanion() override;
     [[nodiscard]] bool panelShown() const override;
     void refreshPanel() override;
+    void panelDidClose();
     void panelPlaced(std::string_view text);
     /// Whether this process has to go; what there is to say has been printed then.
     [[nodiscard]] bool leavesToElder(const LaunchWish& wish);
@@ -75,6 +78,8 @@ private:
     Settings settings_;
     std::shared_ptr<CollectorRunner> collector_;
     SnapshotCycle snapshots_;
+    Maintenance maintenance_;
+    LocalAnalyst analyst_;
     LiveRegistry liveRegistry_;
     PanelState panelState_;
     PanelFrame frame_;

@@ -19,6 +19,7 @@
 #include "panel/BodyScreen.h"
 #include "panel/DashboardTab.h"
 #include "panel/HelpOverlay.h"
+#include "panel/InsightsTab.h"
 #include "panel/NoticeScreens.h"
 #include "panel/PanelRootView.h"
 #include "panel/PanelSize.h"
@@ -217,6 +218,8 @@ void PanelFrame::fillBody(QVBoxLayout& body)
         return renderOverview(body, *data, state_, live_, *this);
     case OstrelMode::system:
         return renderSystem(body, *data, state_, services_.processInfo, services_.motion, live_);
+    case OstrelMode::diagnosis:
+        return renderDiagnosis(body, *data, state_, services_.analyst, services_.maintenance);
     case OstrelMode::processes:
         return renderProcesses(body, *data);
     case OstrelMode::server:

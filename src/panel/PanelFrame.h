@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "collector/LocalAnalyst.h"
+#include "collector/Maintenance.h"
 #include "core/PanelBody.h"
 #include "core/Readout.h"
 #include "design/MotionServices.h"
@@ -42,6 +44,8 @@ public:
         const platform::Alerts& alerts;
         const platform::UserDefaults& defaults; ///< holds the theme
         const platform::ProcessInfo& processInfo;
+        LocalAnalyst& analyst;
+        Maintenance& maintenance;
     };
 
     /// What the frame's controls lead to. Each must be there before `makeContent`.
