@@ -1,13 +1,20 @@
 # SPDX-License-Identifier: Apache-2.0
-"""JSON output without the `json` package, whose import takes as long as reading two hundred processes."""
+"""JSON without the `json` package, whose import takes as long as reading two hundred processes."""
 from __future__ import annotations
 
 try:
     from _json import encode_basestring_ascii as quoted
+    from _json import make_scanner as scanner
 except ImportError:  # another Python than the reference one
+    from json import JSONDecoder
     from json.encoder import encode_basestring_ascii as quoted
 
+    def scanner(_):
+        return JSONDecoder().scan_once
+
 LARGEST_FLOAT = 1.7976931348623157e308
+LONGEST_INTEGER = 40
+"""Digits that are read as a whole number."""
 
 
 def dump(value: object) -> str:
@@ -43,3 +50,34 @@ def well_formed(text: str) -> str:
     except UnicodeEncodeError:
         return text.encode("utf-8", "surrogatepass").decode("utf-8", "replace")
     return text
+
+
+class Scanning:
+    """How JSON text is read: as the `json` package would, but for numbers and words that no reader needs."""
+
+    strict = True
+    object_hook = None
+    object_pairs_hook = None
+
+    @staticmethod
+    def parse_int(digits: str) -> int | float:
+        """A whole number; one of absurd length as floating point, since turning it whole is slow."""
+        return int(digits) if len(digits) < LONGEST_INTEGER else float(digits)
+
+    @staticmethod
+    def parse_constant(_: str) -> None:
+        """NaN and the infinities, which aren't JSON, say nothing."""
+
+    parse_float = float
+
+
+def parse(text: str) -> object:
+    """The value of a JSON text. Raises ValueError, and nothing else, for what isn't one or is too deep."""
+    text = text.strip(" \t\r\n")
+    try:
+        value, end = scanner(Scanning)(text, 0)
+    except (StopIteration, RecursionError, OverflowError) as fault:
+        raise ValueError("no JSON value") from fault
+    if end != len(text):
+        raise ValueError("text behind the JSON value")
+    return value
