@@ -12,6 +12,7 @@ import os
 import stat
 import time
 
+from ostrel_lib.files import LONGEST_NUMBER
 from ostrel_lib.jsontext import dump, parse
 
 FOLDER = "Library/Application Support/ostrel"
@@ -33,6 +34,8 @@ PAUSE = 0.01
 
 FIGURES = ("swap", "load", "mcp")
 LARGEST_FIGURE = 1e15
+PLAIN = b"0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz -+:.,/_"
+"""Characters that stand for themselves in a JSON text."""
 
 
 def folder_of(home: str) -> str:
@@ -205,13 +208,34 @@ def as_sample(line: bytes) -> dict[str, object] | None:
     """The sample that a line holds; None for any other line."""
     if not line or len(line) > LONGEST_LINE:
         return None
-    try:
-        value = parse(line.decode("utf-8"))
-    except ValueError:
-        return None
+    value: object = plain_object(line)
+    if value is None:
+        try:
+            value = parse(line.decode("utf-8"))
+        except ValueError:
+            return None
     if type(value) is not dict or not all(is_figure(value.get(name)) for name in FIGURES):
         return None
     return value
+
+
+def plain_object(line: bytes) -> dict[str, object] | None:
+    """A JSON object as `append` writes it: short whole numbers, and texts of plain characters. None for any
+    other line. Saves the snapshot from loading a JSON reader."""
+    if line[:2] != b'{"' or line[-1:] != b"}":
+        return None
+    found: dict[str, object] = {}
+    for member in line[2:-1].split(b', "'):
+        name, _, value = member.partition(b'": ')
+        if not name.isalnum():
+            return None
+        if value.isdigit() and len(value) <= LONGEST_NUMBER and (value[:1] != b"0" or len(value) == 1):
+            found[name.decode("ascii")] = int(value)
+        elif len(value) > 1 and value[:1] == value[-1:] == b'"' and not value[1:-1].translate(None, PLAIN):
+            found[name.decode("ascii")] = value[1:-1].decode("ascii")
+        else:
+            return None
+    return found
 
 
 def is_figure(value: object) -> bool:

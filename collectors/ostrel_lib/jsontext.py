@@ -1,16 +1,12 @@
 # SPDX-License-Identifier: Apache-2.0
-"""JSON without the `json` package, whose import takes as long as reading two hundred processes."""
+"""JSON output without the `json` package, whose import takes as long as reading two hundred processes, and
+input with it."""
 from __future__ import annotations
 
 try:
     from _json import encode_basestring_ascii as quoted
-    from _json import make_scanner as scanner
 except ImportError:  # another Python than the reference one
-    from json import JSONDecoder
     from json.encoder import encode_basestring_ascii as quoted
-
-    def scanner(_):
-        return JSONDecoder().scan_once
 
 LARGEST_FLOAT = 1.7976931348623157e308
 LONGEST_INTEGER = 40
@@ -52,32 +48,17 @@ def well_formed(text: str) -> str:
     return text
 
 
-class Scanning:
-    """How JSON text is read: as the `json` package would, but for numbers and words that no reader needs."""
-
-    strict = True
-    object_hook = None
-    object_pairs_hook = None
-
-    @staticmethod
-    def parse_int(digits: str) -> int | float:
-        """A whole number; one of absurd length as floating point, since turning it whole is slow."""
-        return int(digits) if len(digits) < LONGEST_INTEGER else float(digits)
-
-    @staticmethod
-    def parse_constant(_: str) -> None:
-        """NaN and the infinities, which aren't JSON, say nothing."""
-
-    parse_float = float
-
-
 def parse(text: str) -> object:
-    """The value of a JSON text. Raises ValueError, and nothing else, for what isn't one or is too deep."""
-    text = text.strip(" \t\r\n")
+    """The value of a JSON text. NaN and the infinities, which JSON doesn't have, are None. Raises ValueError,
+    and nothing else, for what isn't JSON or is nested too deep."""
+    from json import loads
+
     try:
-        value, end = scanner(Scanning)(text, 0)
-    except (StopIteration, RecursionError, OverflowError) as fault:
-        raise ValueError("no JSON value") from fault
-    if end != len(text):
-        raise ValueError("text behind the JSON value")
-    return value
+        return loads(text, parse_int=whole_number, parse_constant=lambda _: None)
+    except RecursionError as fault:
+        raise ValueError("nested too deep") from fault
+
+
+def whole_number(digits: str) -> int | float:
+    """A whole number; one of absurd length as floating point, since making it whole is slow."""
+    return int(digits) if len(digits) <= LONGEST_INTEGER else float(digits)
