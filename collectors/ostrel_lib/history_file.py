@@ -15,9 +15,15 @@ import time
 from ostrel_lib.files import LONGEST_NUMBER
 from ostrel_lib.jsontext import dump, parse
 
+TYPE_CHECKING = False
+if TYPE_CHECKING:
+    from collections.abc import Callable, Iterable
+
 FOLDER = "Library/Application Support/ostrel"
 NAME = "mem-history.jsonl"
 LOCK_NAME = "mem-history.lock"
+BESIDE = "mem-history.new"
+"""Where new contents are written; only the holder of the lock does that."""
 
 MOST_BYTES = 524288
 """Size from which an append drops the older half, some thousand samples."""
@@ -94,7 +100,7 @@ def append_line(folder: str, line: bytes) -> None:
             line = b"\n" + line
         if os.write(file, line) != len(line):
             os.ftruncate(file, size)
-            raise OSError(28, "No space left on device")
+            raise OSError("the disk took half a line")
     finally:
         os.close(file)
 
@@ -125,14 +131,15 @@ def open_regular(path: str, flags: int = os.O_RDONLY) -> int:
     file = os.open(path, flags | os.O_NOFOLLOW | os.O_NONBLOCK | os.O_CLOEXEC, 0o600)
     if not stat.S_ISREG(os.fstat(file).st_mode):
         os.close(file)
-        raise OSError(22, "Not a regular file")
+        raise OSError("not a regular file")
     return file
 
 
-def replace(folder: str, name: str, parts: list[bytes]) -> None:
+def replace(folder: str, name: str, parts: Iterable[bytes], unless: Callable[[], bool] = lambda: False) -> int:
     """Gives the file `name` new contents at once, under the caller's lock: written beside, flushed to the
-    disk, renamed. What a killed writer left beside goes first."""
-    beside = os.path.join(folder, name + ".new")
+    disk, renamed, unless `unless` says at that moment that it mustn't be. Gives their size in bytes. What a
+    killed writer left beside goes first."""
+    beside = os.path.join(folder, BESIDE)
     try:
         os.unlink(beside)
     except FileNotFoundError:
@@ -143,13 +150,17 @@ def replace(folder: str, name: str, parts: list[bytes]) -> None:
             for part in parts:
                 write_all(file, part)
             os.fsync(file)
+            size = os.fstat(file).st_size
         finally:
             os.close(file)
+        if unless():
+            raise OSError("changed by another program")
         os.rename(beside, os.path.join(folder, name))
     except OSError:
         os.unlink(beside)
         raise
     flush_folder(folder)
+    return size
 
 
 def write_all(file: int, data: bytes) -> None:
@@ -244,5 +255,5 @@ def is_figure(value: object) -> bool:
 
 
 def reason(fault: OSError) -> str:
-    """A system's refusal in its own words."""
-    return fault.strerror or "unknown error"
+    """A refusal in the words of the system, or of whoever raised it."""
+    return fault.strerror or str(fault) or "unknown error"
