@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
-"""A snapshot as the analyst sees it. What is missing, of another type or absurd reads as 0 or empty, and
-figures that only a sound reading can give are marked as unknown by that."""
+"""A snapshot as the analyst sees it. What is missing, of another type or absurd reads as 0 or empty, which the
+rules take for unknown."""
 from __future__ import annotations
 
 TYPE_CHECKING = False
@@ -14,6 +14,7 @@ LARGEST = 1e9
 LONGEST_NAME = 40
 HELPER_OPTION = " --type="
 
+PLURALS = (" sessions", " servers")
 AGENT_GROUPS = ("claude", "codex", "agent")
 
 
@@ -51,6 +52,10 @@ class Family:
         self.mb = sum(row.mb for row in rows)
         self.cpu = sum(row.cpu for row in rows)
 
+    def verb(self, plural: str) -> str:
+        """A verb as it goes with the label."""
+        return plural if self.label.endswith(PLURALS) else plural + "s"
+
 
 class Facts:
     """The figures of one snapshot. Sizes are in MiB, shares in percent; the deltas may be negative."""
@@ -66,12 +71,13 @@ class Facts:
         self.load_1 = number(load.get("l1"))
         self.load_5 = number(load.get("l5"))
         self.cores = whole(load.get("ncpu"))
-        self.load_pct = percent(self.load_1, self.cores)
+        self.load_pct = whole(load.get("pct")) or percent(self.load_1, self.cores)
 
         fan = record(snapshot.get("fan"))
         self.fan = {key: whole(fan.get(key)) for key in (
             "mcp", "codex_mcp", "claude_mcp", "other_mcp", "codex_mcp_duplicates", "codex_mcp_duplicate_mb",
             "chromium")}
+        self.mcp = max(self.fan["mcp"], self.fan["other_mcp"])
         bundles = {shown(name): whole(count) for name, count in record(fan.get("chromium_bundles")).items()}
         self.bundles = sorted(bundles.items(), key=lambda bundle: (-bundle[1], bundle[0]))
         sessions = snapshot.get("sessions")
@@ -83,7 +89,7 @@ class Facts:
         trend = record(snapshot.get("trend"))
         self.samples = whole(trend.get("samples"))
         self.deltas = {key: whole(trend.get(key + "_delta"), signed=True) for key in ("swap", "load", "mcp")}
-        self.history = [sample for sample in records(snapshot.get("history"))]
+        self.history = records(snapshot.get("history"))
         self.rows = listed(snapshot)
 
     def families(self, order: Callable[[Family], float]) -> list[Family]:
@@ -118,6 +124,11 @@ def listed(snapshot: dict[str, object]) -> list[Row]:
 def memory(rows: Iterable[Row]) -> int:
     """The resident memory of several processes, MiB. Shared pages count in each."""
     return sum(row.mb for row in rows)
+
+
+def cores_of(rows: Iterable[Row]) -> float:
+    """The cores that several processes keep busy."""
+    return sum(row.cpu for row in rows) / 100
 
 
 def record(value: object) -> dict[str, object]:
@@ -158,13 +169,3 @@ def shown(name: str) -> str:
     name = name[:LONGEST_NAME + 1]
     name = "".join(sign if sign.isprintable() else "?" for sign in name)
     return name if len(name) <= LONGEST_NAME else name[:LONGEST_NAME - 1] + "…"
-
-
-def mem(mebibytes: float) -> str:
-    """A size as the panel writes it."""
-    return f"{mebibytes / 1024:.1f} gb" if mebibytes >= 1024 else f"{int(mebibytes)} mb"
-
-
-def several(count: int, one: str, more: str = "") -> str:
-    """A count with its word."""
-    return f"{count} {one if count == 1 else more or one + 's'}"

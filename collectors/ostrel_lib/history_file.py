@@ -135,7 +135,9 @@ def open_regular(path: str, flags: int = os.O_RDONLY) -> int:
     return file
 
 
-def replace(folder: str, name: str, parts: Iterable[bytes], unless: Callable[[], bool] = lambda: False) -> int:
+def replace(
+    folder: str, name: str, parts: Iterable[bytes], unless: Callable[[], bool] = lambda: False
+) -> int:
     """Gives the file `name` new contents at once, under the caller's lock: written beside, flushed to the
     disk, renamed, unless `unless` says at that moment that it mustn't be. Gives their size in bytes. What a
     killed writer left beside goes first."""

@@ -110,7 +110,8 @@ def history_clean(home: str, apply: bool) -> dict[str, object]:
         if apply:
             lock = history.take_lock(folder, LOCK_WAIT)
             if lock is None:
-                return {**answer, **measured(folder), "status": "unchanged, another program holds the history"}
+                refusal = "unchanged, another program holds the history"
+                return {**answer, **measured(folder), "status": refusal}
         return {**answer, **compacted(folder, apply)}
     except OSError as fault:
         return {**answer, **measured(folder), "status": "unchanged, " + reason(fault)}
