@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
-"""A snapshot as the analyst sees it. What is missing, of another type or absurd reads as 0 or empty, which the
-rules take for unknown."""
+"""A snapshot as the analyst sees it. What is missing, of another type or absurd reads as 0 or empty, which
+the rules take for unknown."""
 from __future__ import annotations
 
 TYPE_CHECKING = False

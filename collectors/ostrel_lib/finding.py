@@ -13,8 +13,8 @@ LEVELS = (CRITICAL, WARNING, INFO)
 
 class Finding:
     """One thing that is wrong. `evidence` are figures of the snapshot, `mb` the resident memory observed in
-    MiB, `share` the percent of the machine that it concerns, for the order. The rest is for whoever looks into
-    it: what to look at, why, and what would be lost by ending it."""
+    MiB, `share` the percent of the machine that it concerns, for the order. The rest is for whoever looks
+    into it: what to look at, why, and what would be lost by ending it."""
 
     __slots__ = ("level", "share", "title", "body", "evidence", "mb", "label", "target", "reason", "risk")
 
@@ -50,7 +50,7 @@ def processes(rows: list[Row]) -> str:
 
 
 def of_ram(facts: Facts, mebibytes: int) -> str:
-    """", 12% of memory", where the machine's memory is known."""
+    """", 12% of memory", where the size of memory is known."""
     return f", {facts.share(mebibytes):.0f}% of memory" if facts.ram_total else ""
 
 

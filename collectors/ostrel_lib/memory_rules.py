@@ -52,7 +52,8 @@ def memory_pressure(facts: Facts) -> Finding | None:
     first = families[0]
     evidence += [f"{family.label} {mem(family.mb)} in {processes(family.rows)}" for family in families[:3]]
     return Finding(
-        level, f"memory pressure: {facts.ram_pct}% in use, most by {first.label}",
+        level,
+        f"memory pressure: {facts.ram_pct}% in use, most by {first.label}",
         f"Of the listed programs {first.label} {first.verb('hold')} most: {mem(first.mb)}"
         f"{of_ram(facts, first.mb)}.{unlisted(facts)}",
         evidence, mb=first.mb, share=facts.ram_pct, label=first.label, target=first.label,
@@ -65,8 +66,8 @@ def unlisted(facts: Facts) -> str:
     seen = memory(facts.rows)
     if seen * 2 >= facts.ram_used:
         return ""
-    return (f" All listed processes together hold {mem(seen)} of the {mem(facts.ram_used)} in use; the rest is"
-            " in small processes, shared memory or the kernel.")
+    return (f" All listed processes together hold {mem(seen)} of the {mem(facts.ram_used)} in use; the rest"
+            " is in small processes, shared memory or the kernel.")
 
 
 def swap_residue(facts: Facts) -> Finding | None:
@@ -81,8 +82,8 @@ def swap_residue(facts: Facts) -> Finding | None:
     full = " The next peak finds little room there, though." if facts.swap_pct >= SWAP_FULL else ""
     return Finding(
         INFO, f"swap is {facts.swap_pct}% full, of residue only",
-        f"An earlier peak put {mem(facts.swap_used)} there, and they stay until their owners want them. Memory"
-        f" has room now, so this is no pressure and needs nothing done.{full}",
+        f"An earlier peak put {mem(facts.swap_used)} there, and they stay until their owners want them."
+        f" Memory has room now, so this is no pressure and needs nothing done.{full}",
         evidence, mb=facts.swap_used, share=0, label="swap residue", target="swap",
         reason="Pages at rest in swap cost nothing; they go when their programs end.", risk="none")
 

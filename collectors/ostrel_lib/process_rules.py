@@ -64,8 +64,8 @@ def load_pressure(facts: Facts) -> Finding | None:
 def runaway_process(facts: Facts) -> Finding | None:
     """The program that keeps most cores busy, if the load averages say that it has done so for minutes.
 
-    One look at the processor can't tell a long job from a moment's work. It is a warning only when the load of
-    five minutes is as high as the program alone would make it, and not so high that others must have made it.
+    One look at the processor can't tell a long job from a moment's work. It is a warning only when the load
+    of five minutes is as high as the program alone would make it, and not so high that others must have.
     """
     busy: dict[str, list[Row]] = {}
     for row in facts.rows:
@@ -91,8 +91,8 @@ def runaway_process(facts: Facts) -> Finding | None:
     return Finding(
         WARNING if sure else INFO,
         f"{name} keeps {cores:.1f} cores busy" if len(rows) == 1 else f"{len(rows)} × {name} keep cores busy",
-        f"{span} {likely}", evidence + [load_figures(facts)], mb=memory(rows), share=percent(cores, facts.cores),
-        label=name, target=rows[0].pid or name,
+        f"{span} {likely}", evidence + [load_figures(facts)], mb=memory(rows),
+        share=percent(cores, facts.cores), label=name, target=rows[0].pid or name,
         reason=f"See what {name} works on; it may be doing what it was asked to.", risk="stateful")
 
 
