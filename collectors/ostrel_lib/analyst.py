@@ -24,7 +24,7 @@ MOST_BYTES = 16777216
 """Input that is read: several times the largest snapshot that a machine gives."""
 
 MOST_CONTAINERS = 400000
-MOST_VALUES = 1500000
+MOST_VALUES = 800000
 """Objects and arrays, and commas, in the input; a reader's memory goes into them."""
 
 WORDS = (("critical", "critical"), ("warning", "warnings"), ("note", "notes"))

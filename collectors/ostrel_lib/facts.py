@@ -12,6 +12,7 @@ LARGEST = 1e9
 """Figures beyond it, in whatever unit, are nonsense."""
 
 LONGEST_NAME = 40
+BUNDLES_NAMED = 3
 HELPER_OPTION = " --type="
 
 PLURALS = (" sessions", " servers")
@@ -78,8 +79,10 @@ class Facts:
             "mcp", "codex_mcp", "claude_mcp", "other_mcp", "codex_mcp_duplicates", "codex_mcp_duplicate_mb",
             "chromium")}
         self.mcp = max(self.fan["mcp"], self.fan["other_mcp"])
-        bundles = {shown(name): whole(count) for name, count in record(fan.get("chromium_bundles")).items()}
-        self.bundles = sorted(bundles.items(), key=lambda bundle: (-bundle[1], bundle[0]))
+        bundles = record(fan.get("chromium_bundles"))
+        largest = sorted(bundles, key=lambda name: (-whole(bundles[name]), name))[:BUNDLES_NAMED]
+        self.bundles = [(shown(name), whole(bundles[name])) for name in largest]
+        self.helper_count = self.fan["chromium"] or sum(map(whole, bundles.values()))
         sessions = snapshot.get("sessions")
         self.sessions_known = type(sessions) is dict
         self.claude = whole(record(sessions).get("claude"))

@@ -94,7 +94,7 @@ def append_line(folder: str, line: bytes) -> None:
     try:
         size = os.fstat(file).st_size
         if size + len(line) > MOST_BYTES:
-            replace(folder, NAME, newest_within(file, MOST_BYTES // 2) + [line])
+            replace(folder, NAME, [newest_within(file, MOST_BYTES // 2) + line])
             return
         if size and os.pread(file, 1, size - 1) != b"\n":
             line = b"\n" + line
@@ -205,8 +205,8 @@ def latest(file: int, most: int) -> list[tuple[bytes, dict[str, object]]]:
     return found
 
 
-def newest_within(file: int, room: int) -> list[bytes]:
-    """As many of the latest samples as fit `room` bytes, as lines with their ends, the oldest first."""
+def newest_within(file: int, room: int) -> bytes:
+    """As many of the latest samples as fit `room` bytes, as whole lines, the oldest first."""
     kept: list[bytes] = []
     for line, _ in reversed(latest(file, MOST_SAMPLES)):
         room -= len(line) + 1
@@ -214,7 +214,7 @@ def newest_within(file: int, room: int) -> list[bytes]:
             break
         kept.append(line + b"\n")
     kept.reverse()
-    return kept
+    return b"".join(kept)
 
 
 def as_sample(line: bytes) -> dict[str, object] | None:

@@ -127,9 +127,10 @@ def compacted(folder: str, apply: bool) -> dict[str, object]:
     try:
         state = os.fstat(file)
         before = state.st_size
-        kept = [line + b"\n" for line, _ in history.latest(file, SAMPLES_KEPT)]
-        after = sum(map(len, kept))
-        answer: dict[str, object] = {"before_bytes": before, "after_bytes": after, "samples": len(kept)}
+        lines = [line + b"\n" for line, _ in history.latest(file, SAMPLES_KEPT)]
+        kept = b"".join(lines)
+        after = len(kept)
+        answer: dict[str, object] = {"before_bytes": before, "after_bytes": after, "samples": len(lines)}
         if after >= before:  # no line would go; the last may lack its end
             return {**answer, "status": "already compact", "after_bytes": before}
         if not apply:
@@ -147,7 +148,7 @@ def compacted(folder: str, apply: bool) -> dict[str, object]:
         except OSError as fault:
             return {**unchanged, "status": "unchanged, the backup failed: " + reason(fault)}
         try:
-            history.replace(folder, history.NAME, kept, unless=changed)
+            history.replace(folder, history.NAME, [kept], unless=changed)
         except OSError as fault:
             return {**unchanged, "backup": name, "status": "unchanged, " + reason(fault)}
         return {**answer, "status": "compacted", "backup": name}

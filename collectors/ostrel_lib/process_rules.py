@@ -98,13 +98,13 @@ def runaway_process(facts: Facts) -> Finding | None:
 
 def browser_helpers(facts: Facts) -> Finding | None:
     """Browsers run more helper processes than the machine has room for."""
-    count = facts.fan["chromium"] or sum(number for _, number in facts.bundles)
+    count = facts.helper_count
     helpers = facts.helpers()
     mb = memory(helpers)
     heavy = count >= HEAVY_HELPERS and facts.share(mb) >= HEAVY_SHARE
     if count < MANY_HELPERS and not heavy:
         return None
-    evidence = [several(count, "helper")] + [f"{name} {number}" for name, number in facts.bundles[:3]]
+    evidence = [several(count, "helper")] + [f"{name} {number}" for name, number in facts.bundles]
     evidence.append(f"{processes(helpers)} listed, {mem(mb)}{of_ram(facts, mb)}")
     name = facts.bundles[0][0] if facts.bundles else "browser"
     return Finding(
