@@ -1,10 +1,12 @@
 # SPDX-License-Identifier: Apache-2.0
 import itertools
 import json
+import mmap
 import os
 import random
 import select
 import signal
+import struct
 import subprocess
 import unittest
 from unittest import mock
@@ -30,7 +32,8 @@ class HistoryCleanTest(unittest.TestCase):
     def test_the_latest_samples_stay_as_they_were_and_the_whole_stands_in_the_backup(self):
         junk, size = b"junk\n{}\n", len(line(10))
         for content, kept in ((lines(0, 500), lines(381, 500)), (lines(1, 121), lines(2, 121)),
-                              (junk + lines(10, 90), lines(10, 90)), (lines(10, 20) + junk[:-1], lines(10, 20)),
+                              (junk + lines(10, 90), lines(10, 90)),
+                              (lines(10, 20) + junk[:-1], lines(10, 20)),
                               (lines(100, 200) + junk * 9000 + lines(201, 240), lines(121, 240))):
             home = Home(self)
             home.write(content)
@@ -161,27 +164,28 @@ class HistoryCleanTest(unittest.TestCase):
         home, chance = Home(self), random.Random(11)
         last = 149
         home.write(lines(0, last))
+        acknowledged = mmap.mmap(-1, 8)  # shared with the children
+        reading, writing = os.pipe()
         for _ in range(KILLS):
-            reading, writing = os.pipe()
+            enough = last + chance.randrange(1, 9)
 
             def work():
                 for number in itertools.count(last + 1):
                     assert history.append(home.path, sample(number), wait=60) == ""
-                    os.write(writing, b".")
+                    acknowledged[:] = struct.pack("q", number)
+                    if number == enough:
+                        os.write(writing, b".")
                     if number % 5 == 0:
                         history_clean(home.path, apply=True)
 
             pid = forked(work)
-            os.close(writing)
-            acknowledged, enough = 0, chance.randrange(1, 9)
-            while acknowledged < enough:  # so the child is at work, and at varying places of its round
-                acknowledged += len(os.read(reading, 4096))
-            select.select([], [], [], chance.uniform(0, 0.002))
+            os.read(reading, 1)
+            select.select([], [], [], chance.uniform(0, 0.002))  # whatever the child does then
             os.kill(pid, signal.SIGKILL)
             self.assertEqual(os.waitpid(pid, 0)[1], signal.SIGKILL)
-            acknowledged += len(os.read(reading, 65536))
-            os.close(reading)
-            last = self.check_nothing_lost(home, last + acknowledged)
+            last = self.check_nothing_lost(home, *struct.unpack("q", acknowledged))
+        os.close(reading)
+        os.close(writing)
         self.assertGreater(len(home.backups), KILLS // 10)
 
     def test_the_script_killed_at_any_moment_loses_no_sample(self):
