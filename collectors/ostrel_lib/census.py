@@ -3,7 +3,9 @@
 from __future__ import annotations
 
 from ostrel_lib import families
+from ostrel_lib.families import Kind
 from ostrel_lib.processes import Process
+from ostrel_lib.tree import Tree
 
 TOP = 40
 """Rows that a list by memory, and one by processor share, hold at least."""
@@ -12,56 +14,31 @@ BYTES_PER_MIB = 1048576
 LONGEST_COMM = 15
 MAIN_THREADS = (b"MainThread", b"node-MainThread")
 """What some runtimes call themselves; it doesn't tell one program from another."""
-MOST_ANCESTORS = 64
 
 UNPRINTABLE = bytes(63 if byte < 32 or byte == 127 else byte for byte in range(256))
+REPL_WORDS = (b"node_repl", b"node-repl", b"js_repl", b"js-repl")
 
 
-class Kind:
-    """What one process was recognised as. `scripted` tells an agent's script from its program."""
-
-    __slots__ = ("program", "agent", "scripted", "session", "mcp", "helper", "group")
-
-    def __init__(self, cmdline: bytes) -> None:
-        argv = cmdline.split(b"\0") if cmdline else []
-        self.program = families.program(argv)
-        self.agent, place = families.agent(argv, self.program)
-        self.scripted = place > 1
-        self.helper = families.is_chromium_helper(cmdline)
-        self.mcp = families.mentions_mcp(cmdline) and families.is_mcp_server(argv, self.program)
-        self.session = (
-            self.agent != b"" and not self.mcp and not self.helper and families.is_session(argv, place)
-        )
-        self.group = families.group(argv, self.program, self.agent, self.mcp)
-
-
-def census(processes: list[Process]) -> dict[str, object]:
+def census(tree: Tree) -> dict[str, object]:
     """The keys of the snapshot that come from the list of processes."""
-    by_rss = sorted(processes, key=lambda process: (-process.rss, process.pid))
-    kinds: dict[int, Kind] = {process.pid: Kind(process.cmdline) for process in by_rss}
-    by_pid = {process.pid: process for process in by_rss}
-    sessions = [process for process in by_rss if stands_for_session(process, kinds, by_pid)]
-    servers = [process for process in by_rss if kinds[process.pid].mcp]
+    kinds = tree.kinds
+    sessions = tree.sessions()
     counts = {"claude": 0, "codex": 0}
     for process in sessions:
         counts[kinds[process.pid].agent.decode()] += 1
+    grouped = {"claude": 0, "runtime": 0, "app": 0}
+    for kind in kinds.values():
+        if kind.group in grouped:
+            grouped[kind.group] += 1
     return {
-        "fan": fan(by_rss, servers, kinds, by_pid),
+        "fan": fan(tree),
         "sessions": counts,
-        "procs": [row(process, kinds[process.pid]) for process in top(by_rss)],
+        "procs": [row(process, kinds[process.pid]) for process in top(tree.processes)],
         "live_sessions": [
             {**row(process, kinds[process.pid]), "name": kinds[process.pid].agent.decode()}
             for process in sessions
         ],
-        "groups": {
-            name: sum(kind.group == name for kind in kinds.values()) for name in ("claude", "runtime", "app")
-        },
-        "verdict": {
-            "level": "ok",
-            "headline": "",
-            "cause": "",
-            "per_sess": round(len(servers) / len(sessions), 2) if sessions else 0.0,
-        },
+        "groups": grouped,
     }
 
 
@@ -72,85 +49,69 @@ def top(by_rss: list[Process]) -> list[Process]:
     return [process for place, process in enumerate(by_rss) if place < TOP or process.pid in chosen]
 
 
-def stands_for_session(
-    process: Process, kinds: dict[int, Kind], by_pid: dict[int, Process]
-) -> bool:
-    """Whether the process is the one that stands for an agent's session.
+FAMILIES = {
+    "browser": lambda kind: kind.browser,
+    "node": lambda kind: families.runtime_name(kind.program) in (b"node", b"nodejs")
+    and not kind.agent and not kind.helper,
+    "python3": lambda kind: families.runtime_name(kind.program) == b"python",
+    "claude": lambda kind: kind.agent == b"claude" and not kind.helper,
+    "codex": lambda kind: kind.agent == b"codex" and not kind.helper,
+    "chromium": lambda kind: kind.helper,
+    "qmd": lambda kind: kind.name() == b"qmd",
+}
+"""What is counted by the program alone. A process may be in several, and a server is in its runtime's too."""
 
-    A start script and the program it starts are one session, told by the program, which does the work; so are
-    an agent and what it forks of itself, told by the first. An agent that was started through a shell of
-    another one is a session of its own.
-    """
-    kind = kinds[process.pid]
-    if not kind.session:
-        return False
-    parent = kinds.get(process.ppid)
-    if parent and parent.session and parent.agent == kind.agent and (kind.scripted or not parent.scripted):
-        return False
-    if not kind.scripted:
-        return True
-    return not any(
-        child.ppid == process.pid and kinds[child.pid].session and not kinds[child.pid].scripted
-        and kinds[child.pid].agent == kind.agent
-        for child in by_pid.values()
-    )
+FAMILIES_IF_ANY = ("qmd", "codex_node_repl")
+"""Families that most machines don't have; they are told only where there are some."""
 
 
-def owner(process: Process, kinds: dict[int, Kind], by_pid: dict[int, Process]) -> bytes:
-    """The agent that a process runs below; b"" for none."""
-    for _ in range(MOST_ANCESTORS):
-        parent = by_pid.get(process.ppid)
-        if parent is None:
-            return b""
-        kind = kinds[parent.pid]
-        if kind.agent and not kind.mcp:
-            return kind.agent
-        process = parent
-    return b""
-
-
-def fan(
-    processes: list[Process],
-    servers: list[Process],
-    kinds: dict[int, Kind],
-    by_pid: dict[int, Process],
-) -> dict[str, object]:
+def fan(tree: Tree) -> dict[str, object]:
     """Processes by family. An MCP server belongs to the agent that it runs below."""
-    owners = {server.pid: owner(server, kinds, by_pid) for server in servers}
-    groups, mebibytes = duplicates([server for server in servers if owners[server.pid] == b"codex"])
+    kinds = tree.kinds
+    servers = [(server, tree.owner(server)) for server in tree.servers()]
+    by_agent = {b"codex": 0, b"claude": 0, b"": 0}
+    for _, owner in servers:
+        by_agent[kinds[owner.pid].agent if owner else b""] += 1
+    groups, mebibytes = duplicates(
+        [(server, owner.pid) for server, owner in servers if owner and kinds[owner.pid].agent == b"codex"])
+    counts = {name: sum(map(belongs, kinds.values())) for name, belongs in FAMILIES.items()}
+    counts["codex_node_repl"] = sum(is_codex_repl(tree, process) for process in tree.processes)
     bundles: dict[str, int] = {}
-    counts = {"node": 0, "python3": 0, "claude": 0, "chromium": 0}
-    for process in processes:
+    for process in tree.processes:
         kind = kinds[process.pid]
-        runtime = families.runtime_name(kind.program)
         if kind.helper:
-            counts["chromium"] += 1
-            bundle = text(kind.program)
-            bundles[bundle] = bundles.get(bundle, 0) + 1
-        elif kind.agent == b"claude":
-            counts["claude"] += 1
-        elif runtime in (b"node", b"nodejs"):
-            counts["node"] += 1
-        elif runtime == b"python":
-            counts["python3"] += 1
+            name = text(families.bundle(kind, process.comm, process.cmdline).translate(UNPRINTABLE))
+            bundles[name] = bundles.get(name, 0) + 1
     return {
         "mcp": len(servers),
-        "codex_mcp": sum(agent == b"codex" for agent in owners.values()),
-        "claude_mcp": sum(agent == b"claude" for agent in owners.values()),
-        "other_mcp": sum(not agent for agent in owners.values()),
+        "codex_mcp": by_agent[b"codex"],
+        "claude_mcp": by_agent[b"claude"],
+        "other_mcp": by_agent[b""],
         "codex_mcp_duplicates": groups,
         "codex_mcp_duplicate_mb": mebibytes,
-        **counts,
-        "chromium_bundles": bundles,
+        **{name: count for name, count in counts.items() if count or name not in FAMILIES_IF_ANY},
+        "chromium_bundles": dict(sorted(bundles.items(), key=lambda bundle: (-bundle[1], bundle[0]))),
     }
 
 
-def duplicates(servers: list[Process]) -> tuple[int, int]:
-    """How many command lines run more than once, and the memory of their copies, the largest of each left
-    out, in MiB. Takes the servers with the largest first."""
-    copies: dict[bytes, list[int]] = {}
-    for server in servers:
-        copies.setdefault(server.cmdline, []).append(server.rss)
+def is_codex_repl(tree: Tree, process: Process) -> bool:
+    """Whether a process is the interpreter of scripts that Codex keeps beside a session."""
+    kind = tree.kinds[process.pid]
+    if families.runtime_name(kind.program) not in families.SCRIPT_RUNTIMES or kind.agent:
+        return False
+    if not any(word in process.cmdline for word in REPL_WORDS):
+        return False
+    owner = tree.owner(process)
+    return owner is not None and tree.kinds[owner.pid].agent == b"codex"
+
+
+def duplicates(servers: list[tuple[Process, int]]) -> tuple[int, int]:
+    """How many servers run more than once below one and the same agent, and the memory of their copies, the
+    largest of each left out, in MiB. Takes each server with its agent's number, the largest first; a server
+    is known by its command line."""
+    copies: dict[tuple[int, bytes], list[int]] = {}
+    for server, agent in servers:
+        copies.setdefault((agent, server.cmdline), []).append(server.rss)
     several = [sizes for sizes in copies.values() if len(sizes) > 1]
     return len(several), mib(sum(sum(sizes[1:]) for sizes in several))
 

@@ -7,12 +7,15 @@ import os
 LONGEST_NUMBER = 15
 """Digits. No size, time or count that a snapshot holds needs more; longer ones are nonsense."""
 
+FLAGS = os.O_RDONLY | os.O_NONBLOCK | os.O_NOFOLLOW
+"""A pipe in the place of a file isn't waited for, and a link isn't followed."""
+
 
 def read(path: str, limit: int = 65536, folder: int | None = None) -> bytes:
     """Up to `limit` bytes of a file in one read, as the kernel's own files are to be taken; b"" when it can't
-    be read. `path` is relative to the open directory `folder` when there is one."""
+    be read or is a link. `path` is relative to the open directory `folder` when there is one."""
     try:
-        file = os.open(path, os.O_RDONLY | os.O_NONBLOCK, dir_fd=folder)
+        file = os.open(path, FLAGS, dir_fd=folder)
     except OSError:
         return b""
     try:
@@ -21,6 +24,49 @@ def read(path: str, limit: int = 65536, folder: int | None = None) -> bytes:
         return b""
     finally:
         os.close(file)
+
+
+def read_list(path: str, limit: int = 1048576) -> bytes:
+    """A file that the kernel hands out by records, no more than a page in one read; else like `read`."""
+    try:
+        file = os.open(path, FLAGS)
+    except OSError:
+        return b""
+    parts: list[bytes] = []
+    try:
+        while limit > 0 and (part := os.read(file, limit)):
+            parts.append(part)
+            limit -= len(part)
+    except OSError:
+        pass
+    finally:
+        os.close(file)
+    return b"".join(parts)
+
+
+def read_setting(path: str) -> bytes:
+    """A file of a person's or an administrator's, which may well be a link; b"" when it can't be read."""
+    try:
+        file = os.open(path, os.O_RDONLY | os.O_NONBLOCK)
+    except OSError:
+        return b""
+    try:
+        return os.read(file, 65536)
+    except OSError:
+        return b""
+    finally:
+        os.close(file)
+
+
+def network(proc_root: str, name: str) -> bytes:
+    """One of the kernel's lists on the network as this process sees it. The folder that /proc shows for it is
+    a link to where it really is, so the list is taken from there."""
+    try:
+        own = os.readlink(proc_root + "/self")
+    except OSError:
+        own = ""
+    folder = proc_root + "/" + own + "/net" if own.isdecimal() else proc_root + "/net"
+    return b"" if os.path.islink(folder) else read_list(folder + "/" + name)
 
 
 def names(path: str) -> list[str]:

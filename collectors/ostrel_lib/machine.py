@@ -7,6 +7,8 @@ import os
 from ostrel_lib.files import fraction, names, number, read
 
 BYTES_PER_GIB = 1073741824
+MOST_INTERFACES = 64
+"""Links that are told; containers bring hundreds."""
 
 
 def load(text: bytes, processors: int) -> dict[str, object]:
@@ -70,19 +72,20 @@ def battery(sys_root: str) -> dict[str, object] | None:
 
 def network(text: bytes) -> list[dict[str, object]]:
     """Bytes received and sent since each interface came up, from the text of /proc/net/dev. The busiest
-    first; the loopback left out."""
+    first, the loopback last; no more than matter."""
     rows = []
     for line in text.split(b"\n")[2:]:
         name, colon, rest = line.rpartition(b":")
         counters = rest.split()
-        if colon and len(counters) > 8 and name.strip() != b"lo":
+        if colon and len(counters) > 8:
             rows.append({
                 "interface": name.strip().decode("utf-8", "replace"),
                 "received": counter(counters[0]),
                 "sent": counter(counters[8]),
             })
-    rows.sort(key=lambda row: (-(row["received"] + row["sent"]), row["interface"]))
-    return rows
+    rows.sort(key=lambda row: (
+        row["interface"] == "lo", -(row["received"] + row["sent"]), row["interface"]))
+    return rows[:MOST_INTERFACES - 1] + rows[MOST_INTERFACES - 1:][-1:]
 
 
 def counter(field: bytes) -> int:

@@ -71,8 +71,11 @@ def first_look(folder: int, clock: Callable[[], float]) -> list[tuple[bytes, flo
     """Every process that is to be listed, with its stat file and the time of reading it."""
     own = own_pid(folder)
     seen: list[tuple[bytes, float, Process]] = []
-    for name in os.listdir(folder):
-        if not "0" <= name[0] <= "9" or not name.isdecimal() or name == own:
+    with os.scandir(folder) as entries:
+        numbers = [entry.name for entry in entries
+                   if "0" <= entry.name[0] <= "9" and entry.name.isdecimal() and not entry.is_symlink()]
+    for name in numbers:
+        if name == own:
             continue
         text = read(name + "/stat", 4096, folder)
         at = clock()

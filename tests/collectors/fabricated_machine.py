@@ -8,10 +8,12 @@ import tempfile
 REPOSITORY = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 COLLECTORS = os.path.join(REPOSITORY, "collectors")
 FIXTURES = os.path.join(REPOSITORY, "tests", "fixtures", "proc")
+DESKTOPS = os.path.join(REPOSITORY, "tests", "fixtures", "desktops")
 if COLLECTORS not in sys.path:
     sys.path.insert(0, COLLECTORS)
 
 TICKS = os.sysconf("SC_CLK_TCK")
+USER = 1000
 PAGES_PER_MIB = 1048576 // os.sysconf("SC_PAGE_SIZE")
 
 
@@ -24,6 +26,7 @@ class Machine:
         for part in ("proc", "sys", "home"):
             os.mkdir(os.path.join(self.root, part))
         self.now = 100.0
+        self.time = 1_800_000_000
 
     def write(self, path: str, content: bytes) -> None:
         """A file below the machine's root, with its folders."""
@@ -42,9 +45,25 @@ class Machine:
         words = "".join(word + "\0" for word in argv)
         self.write(f"proc/{pid}/cmdline", words.encode("utf-8", "surrogateescape"))
 
+    def desktop(self, name: str, shown=lambda pid: True) -> None:
+        """The process table of a whole desktop, or those of its processes that are shown."""
+        with open(os.path.join(DESKTOPS, name), encoding="utf-8") as file:
+            for line in file:
+                if not line.startswith("#"):
+                    pid, ppid, mib, start, comm, command = line.rstrip("\n").split("\t")
+                    if shown(int(pid)):
+                        self.process(int(pid), *command.split("|"), comm=comm.encode()[:15], mib=int(mib),
+                                     start=int(start), ppid=int(ppid))
+
     def end(self, pid: int) -> None:
         """The process is gone."""
         shutil.rmtree(os.path.join(self.root, "proc", str(pid)))
+
+    def link(self, path: str, target: str) -> None:
+        """A link below the machine's root."""
+        path = os.path.join(self.root, path)
+        os.makedirs(os.path.dirname(path), exist_ok=True)
+        os.symlink(target, path)
 
     def snapshot(self, between=lambda: None) -> dict:
         """A snapshot of this machine; `between` happens between the two looks, which lie 0.2 s apart."""
@@ -56,5 +75,5 @@ class Machine:
 
         return snapshot(
             script="/opt/share/ostrel/collectors/ostrel.py", home=self.root + "/home",
-            proc_root=self.root + "/proc", sys_root=self.root + "/sys", clock=lambda: self.now, pause=pause,
+            root=self.root, user=USER, clock=lambda: self.now, pause=pause, now=lambda: self.time,
         )

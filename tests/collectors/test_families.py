@@ -20,10 +20,12 @@ class FamiliesTest(unittest.TestCase):
             "claude": ("/home/u/.local/bin/claude|--resume", "claude|-p|write notes on codex",
                        "/usr/bin/node|--max-old-space-size=4096|--require|./hook.js|/home/u/bin/claude",
                        f"node|{NODE_MODULES}claude-code/cli.js", "bun|run|/opt/claude.mjs"),
-            "codex": ("codex|exec|mcp", f"node|{NODE_MODULES}codex/bin/codex.js|resume"),
+            "codex": ("codex|exec|mcp", f"node|{NODE_MODULES}codex/bin/codex.js|resume",
+                      "codex|-m|login|exec"),
             "": ("vim|claude", "/opt/claude/server", "claude-runner", "Claude", "bash|-c|claude --resume",
                  "node|-e|claude", "node|/srv/app.js|claude", "node|/srv/cli.js", "claude|mcp|serve",
-                 "codex|app-server", "codex|--version", "/opt/claude/claude|--type=renderer"),
+                 "codex|app-server", "codex|-c|a=b|--profile|work|mcp-server", "codex|--version",
+                  "/opt/claude/claude|--type=renderer"),
         }.items():
             for command in commands:
                 self.assertEqual(judge(command)[0], session, command)
@@ -34,18 +36,24 @@ class FamiliesTest(unittest.TestCase):
                    "node|/home/u/.npm/_npx/1f/node_modules/.bin/mcp-server-files|/home/u",
                    f"node|{NODE_MODULES}@modelcontextprotocol/server-memory/dist/index.js",
                    f"/usr/bin/node22|{NODE_MODULES}@play/mcp/cli.js", "python3.11|-m|mcp_server_git",
-                   "python3|/home/u/my-mcp/src/server.py", "java|-Xmx1g|-jar|/opt/db-mcp.jar"),
+                   "python3|/home/u/my-mcp/src/server.py", "java|-Xmx1g|-jar|/opt/db-mcp.jar", "gopls|mcp",
+                   "/opt/xcodebuildmcp", "dart|mcp-server|--experimental",
+                   "docker|run|-i|--rm|-e|TOKEN|--volume=/a:/b|ghcr.io/github/github-mcp-server:latest",
+                   "podman|container|run|mcp/fetch"),
             False: ("npm exec @scope/notes-mcp", "uv|tool|uvx|notes-mcp", "docker|mcp|gateway", "tcmpcd",
+                    "claude|mcp|list", "docker|run|-v|/home/u/mcp:/src|node", "docker|exec|-i|mcp-box|sh",
+                    "docker|logs|run",
                     "sh|-c|notes-mcp", "vim|mcp-server.py", "claude|--mcp-config|mcp.json",
                     "python3|-c|import mcp", "node|/home/u/mcp-tools/node_modules/vite/bin/vite.js",
-                    "/opt/chrome/chrome|--user-data-dir=/tmp/mcp-chrome"),
+                    "/opt/chrome/chrome|--user-data-dir=/tmp/mcp-chrome", "mcpelauncher-client"),
         }.items():
             for command in commands:
                 self.assertEqual(judge(command)[1] == "mcp", served, command)
 
     def test_every_process_is_in_one_group(self):
         for command, group in (("claude|--resume", "claude"), ("codex|login", "codex"), ("-bash", "app"),
-                               ("python3.11|x.py", "runtime"), ("npm exec vite", "runtime"), ("", "system"),
+                               ("python3.11|x.py", "runtime"), ("sshd: u@pts/0", "system"),
+                               ("npm exec vite", "runtime"), ("", "system"),
                                ("/usr/sbin/cron|-f", "system"), ("/usr/bin/firefox", "app")):
             self.assertEqual(judge(command)[1], group, command)
 
@@ -61,25 +69,41 @@ class FamiliesTest(unittest.TestCase):
         self.assertEqual(snapshot["sessions"], {"claude": 2, "codex": 1})
         self.assertEqual([row["pid"] for row in snapshot["live_sessions"]], ["12", "15", "11"])
 
-    def test_servers_belong_to_the_agent_above_them_and_copies_are_counted(self):
+    def test_servers_belong_to_the_agent_above_them_and_copies_below_one_agent_are_counted(self):
         box = Machine(self)
         for pid, agent in ((10, "codex"), (11, "codex"), (12, "claude")):
             box.process(pid, agent)
         for pid, command, ppid, mib in ((20, "npm exec notes-mcp", 10, 1), (21, "notes-mcp", 20, 30),
-                                        (22, "notes-mcp", 11, 50), (23, "other-mcp", 11, 70),
-                                        (24, "notes-mcp", 12, 90), (25, "notes-mcp", 26, 1),
-                                        (26, "loop", 25, 1)):
+                                        (22, "notes-mcp", 11, 50), (23, "notes-mcp", 11, 20),
+                                        (24, "notes-mcp", 12, 90), (25, "other-mcp", 26, 1),
+                                        (26, "loop", 25, 1), (27, "notes-mcp", 22, 40),
+                                        (28, "mcp-proxy", 11, 1), (29, "inner-mcp", 28, 1)):
             box.process(pid, command, ppid=ppid, mib=mib)
         snapshot = box.snapshot()
         counts = [value for key, value in snapshot["fan"].items() if "mcp" in key]
-        self.assertEqual(counts, [5, 3, 1, 1, 1, 30])
-        self.assertEqual(snapshot["verdict"]["per_sess"], 1.67)
+        self.assertEqual(counts, [7, 5, 1, 1, 1, 20])  # 27 is 22's fork; 10 and 11 are agents of their own
+        self.assertEqual(snapshot["verdict"]["per_sess"], 2.33)
 
-    def test_chromium_helpers_are_told_by_the_part_they_play(self):
+    def test_a_helper_belongs_to_the_application_that_its_command_line_or_the_kernel_names(self):
         box = Machine(self)
-        commands = ("/opt/google/chrome/chrome --type=renderer --lang=en", "/opt/google/chrome/chrome",
-                    "/usr/share/code/code|--no-sandbox|--type=gpu-process", "systemd-run|--type=oneshot|x")
-        for pid, command in enumerate(commands, 10):
-            box.process(pid, *command.split("|"))
+        for pid, (comm, command, _) in enumerate(HELPERS, 10):
+            box.process(pid, *command.split("|"), comm=comm)
         fan = box.snapshot()["fan"]
-        self.assertEqual((fan["chromium"], fan["chromium_bundles"]), (2, {"chrome": 1, "code": 1}))
+        wanted = {}
+        for _, _, bundle in HELPERS:
+            if bundle:
+                wanted[bundle] = wanted.get(bundle, 0) + 1
+        self.assertEqual((fan["chromium"], fan["chromium_bundles"]), (sum(wanted.values()), wanted))
+
+
+HELPERS = (
+    (b"chrome", "/opt/google/chrome/chrome --type=renderer --lang=en", "chrome"),
+    (b"chrome", "/opt/google/chrome/chrome --type=gpu-process", "chrome"),
+    (b"chrome", "/opt/google/chrome/chrome", ""),
+    (b"code", "/usr/share/code/code|--no-sandbox|--type=gpu-process", "code"),
+    (b"electron", "/usr/lib/electron34/electron|--type=renderer|--app-path=/usr/lib/notes/app.asar", "notes"),
+    (b"electron", "/usr/lib/electron34/electron --type=zygote", "electron"),
+    (b"Discord", "/proc/self/exe|--type=utility", "Discord"),
+    (b"x", "systemd-run|--type=oneshot|x", ""), (b"python3", "python3|watch.py|--type=renderer", ""),
+)
+"""The kernel's name, the command line, and whose helper it is."""

@@ -2,22 +2,46 @@
 import json
 import os
 import subprocess
+import tempfile
 import time
 import unittest
 
 from fabricated_machine import COLLECTORS
 
+from ostrel_lib import history_file
 from ostrel_lib.processes import look_twice
 
 SCRIPT = os.path.join(COLLECTORS, "ostrel.py")
 SYSTEM_PATH = "/usr/bin:/bin:/usr/sbin:/sbin"
 
 
+COMMAND = ["/usr/bin/python3", "-B", SCRIPT]
+
+AGENT = """
+import os, sys
+children = [os.posix_spawn("/bin/sleep", [name, "600"], {}) for name in sys.argv[1:]]
+print(flush=True)
+sys.stdin.read()
+for child in children:
+    os.kill(child, 9)
+"""
+"""Starts a server for each argument, as an agent does, until its input ends."""
+
+
 def run(*arguments: str, **environment: str) -> subprocess.CompletedProcess:
     """The real script, started as the panel does, with nothing but these variables."""
     return subprocess.run(
-        ["/usr/bin/python3", "-B", SCRIPT, *arguments], stdin=subprocess.DEVNULL, capture_output=True,
-        timeout=60, env=environment, check=False)
+        [*COMMAND, *arguments], stdin=subprocess.DEVNULL, capture_output=True, timeout=60, env=environment,
+        check=False)
+
+
+def start_agent(name: str, *servers: str) -> subprocess.Popen:
+    """A process that looks like an agent with its servers; they have started."""
+    agent = subprocess.Popen(
+        [name, "-c", AGENT, *servers], executable="/usr/bin/python3", stdin=subprocess.PIPE,
+        stdout=subprocess.PIPE)
+    agent.stdout.readline()
+    return agent
 
 
 def kernel_field(path: str, name: str) -> int:
@@ -26,9 +50,19 @@ def kernel_field(path: str, name: str) -> int:
 
 
 class LiveMachineTest(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.home = folder.name
+
+    def snapshot(self) -> dict:
+        done = run("json", HOME=self.home)
+        self.assertEqual((done.returncode, done.stderr), (0, b""))
+        return json.loads(done.stdout)
+
     def test_the_script_answers_in_any_environment_with_one_line_that_agrees_with_the_kernel(self):
         for environment in ({}, {"PATH": SYSTEM_PATH, "LC_ALL": "C", "PYTHONSAFEPATH": "1"}):
-            done = run("json", **environment)
+            done = run("json", HOME=self.home, **environment)
             self.assertEqual((done.returncode, done.stderr, done.stdout.count(b"\n")), (0, b"", 1))
             snapshot = json.loads(done.stdout)
             ram = snapshot["ram"]
@@ -37,6 +71,35 @@ class LiveMachineTest(unittest.TestCase):
             self.assertTrue(0 < ram["used"] < ram["total"] - ram["free"] + 0.01, ram)
             self.assertEqual(snapshot["load"]["ncpu"], len(os.sched_getaffinity(0)))
             self.assertEqual(snapshot["meta"]["code_path"], SCRIPT)
+
+    def test_real_agents_and_their_servers_are_counted(self):
+        def counts() -> list:
+            found = self.snapshot()
+            keys = ("mcp", "codex_mcp", "claude_mcp", "codex_mcp_duplicates", "claude", "codex")
+            return [found["fan"][key] for key in keys] + [*found["sessions"].values()]
+
+        for _ in range(20):  # until no other agent of this machine starts or ends something meanwhile
+            before = counts()
+            agents = [start_agent("claude", "notes-mcp", "grep"),
+                      start_agent("codex", "notes-mcp", "notes-mcp", "mcp-server-files")]
+            during = counts()
+            for agent in agents:
+                agent.communicate()
+            if counts() == before:
+                break
+        self.assertEqual([now - then for now, then in zip(during, before)], [4, 3, 1, 1, 1, 1, 1, 1])
+
+    def test_collectors_at_once_all_answer_while_processes_come_and_go_and_save_what_they_say(self):
+        churn = subprocess.Popen(["/bin/sh", "-c", "while :; do /bin/true; done"])
+        self.addCleanup(churn.wait)
+        self.addCleanup(churn.kill)
+        running = [subprocess.Popen([*COMMAND, "json"], env={"HOME": self.home}, stdout=subprocess.PIPE)
+                   for _ in range(8)]
+        answers = [json.loads(child.communicate()[0]) for child in running]
+        self.assertEqual({child.returncode for child in running}, {0})
+        recorded = [answer["ts"] for answer in answers if answer["history_state"] == "recorded"]
+        saved = [sample["ts"] for sample in history_file.samples(self.home, 100)]
+        self.assertEqual((sorted(saved), len(recorded) > 0), (sorted(recorded), True))
 
     def test_a_childs_memory_and_command_line_are_the_kernels(self):
         work = "x = b'x' * (64 << 20); print(flush=True); input()"

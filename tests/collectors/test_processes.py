@@ -55,6 +55,23 @@ class ProcessesTest(unittest.TestCase):
         self.assertEqual((found["13"]["rss"], found["13"]["cmd"]), (0, ""))
         self.assertEqual((found["18"]["rss"], found["18"]["cmd"]), (0, ""))
 
+    def test_a_link_below_proc_is_never_followed(self):
+        box = Machine(self)
+        box.process(10, "kept")
+        for name in ("stat", "statm", "cmdline"):
+            with open(f"{box.root}/proc/10/{name}", "rb") as file:
+                box.write("elsewhere/12/" + name, file.read())
+        box.link("proc/12", box.root + "/elsewhere/12")
+        for pid, linked in ((13, "stat"), (14, "cmdline")):
+            box.process(pid, "kept")
+            os.remove(f"{box.root}/proc/{pid}/{linked}")
+            box.link(f"proc/{pid}/{linked}", f"{box.root}/elsewhere/12/{linked}")
+        box.link("proc/net", box.root + "/elsewhere/net")
+        box.write("elsewhere/net/dev", b"head\nhead\neth0: 9 0 0 0 0 0 0 0 9\n")
+        snapshot = box.snapshot()
+        self.assertEqual({pid: row["cmd"] for pid, row in rows(snapshot).items()}, {"10": "kept", "14": ""})
+        self.assertEqual(snapshot["system_observation"]["network"], [])
+
     def test_a_command_line_is_never_cut_inside_a_character(self):
         box = Machine(self)
         for pid, lead in ((10, ""), (11, "a"), (12, "ab"), (13, "abc")):

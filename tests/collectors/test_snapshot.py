@@ -17,12 +17,16 @@ def of(**names: str) -> dict:
 
 PROC = of(text="pid name grp cmd", whole="rss", number="cpu")
 FORMAT = {
-    **of(text="ts host history_state"), "offenders": [], "services": [], "history": [],
+    **of(text="ts host history_state"),
+    "offenders": [of(text="label source risk action reason", whole="rss", number="cpu")],
+    "services": [of(text="name scope state url path launch_agent note", whole="pid rss", number="cpu")],
+    "history": [of(text="ts", whole="t swap load mcp")],
     "ram": of(number="total used wired compressed free", whole="used_pct"),
     "swap": of(whole="total used free used_pct", number="total_gb used_gb free_gb", text="meaning"),
     "load": of(number="l1 l5 l15", whole="ncpu pct"),
     "fan": {**of(whole="mcp codex_mcp claude_mcp other_mcp codex_mcp_duplicates codex_mcp_duplicate_mb node"
-                       " python3 claude chromium"), "chromium_bundles": of(whole="chrome")},
+                       " browser python3 claude codex chromium"),
+            "chromium_bundles": of(whole="chrome")},
     "sessions": of(whole="claude codex"), "procs": [PROC], "live_sessions": [PROC],
     "launchd": of(whole="interval_jobs runatload_interval keepalive shell_first"),
     "trend": of(text="summary direction", whole="samples swap_delta load_delta mcp_delta"),
@@ -32,8 +36,8 @@ FORMAT = {
     "system_observation": {
         "disk": of(number="free_gb total_gb"), "battery": of(whole="percent", text="power detail"),
         "network": [of(text="interface", whole="received sent")]},
-    "accuracy": of(text="ram memory swap load cpu processes mcp sessions chromium duplicates disk battery"
-                        " network"),
+    "accuracy": of(text="ram memory swap load cpu processes mcp sessions chromium duplicates groups offenders"
+                        " services launchd trend verdict disk battery network"),
     "groups": of(whole="claude runtime app"), "verdict": of(text="level headline cause", number="per_sess"),
 }
 
@@ -56,11 +60,14 @@ class SnapshotTest(unittest.TestCase):
         for name, content in (("type", b"Battery\n"), ("capacity", b"57\n")):
             box.write("sys/class/power_supply/BAT0/" + name, content)
         box.process(10, "claude")
-        box.process(11, "/opt/chrome/chrome", "--type=renderer")
+        box.process(11, "/opt/chrome/chrome", "--type=renderer", mib=600)
+        os.makedirs(box.root + "/run/systemd/system")
+        box.write("sys/fs/cgroup/system.slice/x.service/cgroup.procs", b"11\n")
         snapshot = json.loads(dump(box.snapshot()))
         self.assertEqual(shape_of(snapshot), FORMAT)
         observed = snapshot["system_observation"]["network"]
-        self.assertEqual([list(row.values()) for row in observed], [["wlan0", 800, 1], ["eth0", 5, 7]])
+        links = [list(row.values()) for row in observed]
+        self.assertEqual(links, [["wlan0", 800, 1], ["eth0", 5, 7], ["lo", 9, 9]])
         self.assertRegex(snapshot["ts"], r"^\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d[+-]\d\d:\d\d$")
 
     def test_a_machine_that_shows_nothing_gives_zeros(self):
@@ -72,6 +79,9 @@ class SnapshotTest(unittest.TestCase):
         self.assertEqual(snapshot["procs"] + snapshot["live_sessions"], [])
         self.assertEqual({*snapshot["ram"].values(), snapshot["swap"]["total"], snapshot["load"]["l1"]}, {0})
         self.assertEqual(snapshot["system_observation"], {"network": []})
+        self.assertEqual([snapshot[key] for key in ("offenders", "services", "history")], [[], [], []])
+        state = (snapshot["history_state"], snapshot["verdict"]["level"])
+        self.assertEqual(state, ("unavailable", "unknown"))
 
     def test_used_memory_is_what_cannot_be_had_back(self):
         for name, used, pct, wired in (
@@ -105,6 +115,14 @@ class SnapshotTest(unittest.TestCase):
         box.write("sys/block/zram1/mm_stat", b"1 1 9999999999999999999\n")
         box.write("sys/block/vda/mm_stat", b"1 1 2147483648\n")
         self.assertEqual(box.snapshot()["ram"]["compressed"], 3.0)
+
+    def test_a_list_of_links_longer_than_one_read_ends_with_the_loopback(self):
+        box = Machine(self)
+        rows = b"".join(b"veth%d: %d 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0\n" % (row, row) for row in range(3000))
+        box.write("proc/42/net/dev", b"head\nhead\n  lo: 9 0 0 0 0 0 0 0 9\n" + rows)
+        box.link("proc/self", "42")
+        names = [row["interface"] for row in box.snapshot()["system_observation"]["network"]]
+        self.assertEqual((len(names), names[0], names[-1]), (64, "veth2999", "lo"))
 
     def test_load_is_cut_to_whole_percent_and_nonsense_is_zero(self):
         for text, l1, pct in ((b"1.27 1.29 0.82 1/2 4", 1.27, 31), (b"nan 1e5", 0, 0), (b"9" * 400, 0, 0)):
