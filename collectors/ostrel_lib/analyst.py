@@ -10,7 +10,9 @@ from __future__ import annotations
 import os
 
 from ostrel_lib.facts import Facts
-from ostrel_lib.finding import LEVELS, WARNING, Finding, mem, several
+from ostrel_lib.finding import (
+    CRITICAL, LEVELS, WARNING, Finding, held, load_figures, mem, ram_figures, several, swap_figures,
+)
 from ostrel_lib.memory_rules import growing_trend, memory_pressure, swap_residue
 from ostrel_lib.process_rules import (
     browser_helpers, duplicate_servers, load_pressure, orphan_servers, runaway_process,
@@ -36,10 +38,28 @@ RULES: tuple[Callable[[Facts], Finding | None], ...] = (
 )
 
 
+def collector_verdict(facts: Facts) -> Finding | None:
+    """What the collector itself warned of. It looks at more than the rules, such as how long programs waited
+    for memory, so it has the word where no rule speaks as gravely."""
+    if facts.verdict not in (CRITICAL, WARNING) or not facts.headline:
+        return None
+    families = facts.families(lambda family: family.mb)
+    evidence = [ram_figures(facts), swap_figures(facts), load_figures(facts), *map(held, families[:3])]
+    mb = families[0].mb if families else 0
+    return Finding(
+        facts.verdict, facts.headline, facts.cause or "The collector gave no cause.", evidence, mb=mb,
+        share=facts.share(mb), label=families[0].label if families else "the machine", target="verdict",
+        reason=families[0].advice if families else "See the collector's verdict.",
+        risk=families[0].risk if families else "none")
+
+
 def findings(snapshot: dict[str, object]) -> list[Finding]:
     """What the rules find: the gravest first, at one level what concerns more of the machine."""
     facts = Facts(snapshot)
     found = [finding for finding in (rule(facts) for rule in RULES) if finding]
+    verdict = collector_verdict(facts)
+    if verdict and all(LEVELS.index(verdict.level) < LEVELS.index(finding.level) for finding in found):
+        found.append(verdict)
     return sorted(found, key=lambda finding: (LEVELS.index(finding.level), -finding.share))
 
 

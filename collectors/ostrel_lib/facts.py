@@ -12,10 +12,11 @@ LARGEST = 1e9
 """Figures beyond it, in whatever unit, are nonsense."""
 
 LONGEST_NAME = 40
+LONGEST_SENTENCE = 300
 BUNDLES_NAMED = 3
 HELPER_OPTION = " --type="
 
-PLURALS = (" sessions", " servers")
+SERVERS = "MCP servers"
 AGENT_GROUPS = ("claude", "codex", "agent")
 
 
@@ -34,28 +35,27 @@ class Row:
         self.cpu = number(row.get("cpu"))
 
     def family(self) -> str:
-        """What it counts as when memory is summed up."""
+        """What it counts as when memory is summed up: the agents and servers together, else by name."""
         if self.group == "mcp":
-            return "MCP servers"
+            return SERVERS
         if self.group in AGENT_GROUPS:
-            return self.name + " sessions" if self.group == "agent" else self.group + " sessions"
+            return self.name if self.group == "agent" else self.group
         return self.name
 
 
 class Family:
-    """Listed processes that belong together, with their sums."""
+    """Processes that belong together, with their sums, what ending them would put at risk, and what to do
+    instead."""
 
-    __slots__ = ("label", "rows", "mb", "cpu")
+    __slots__ = ("label", "count", "mb", "cpu", "risk", "advice")
 
-    def __init__(self, label: str, rows: list[Row]) -> None:
+    def __init__(self, label: str, count: int, mb: int, cpu: float) -> None:
         self.label = label
-        self.rows = rows
-        self.mb = sum(row.mb for row in rows)
-        self.cpu = sum(row.cpu for row in rows)
-
-    def verb(self, plural: str) -> str:
-        """A verb as it goes with the label."""
-        return plural if self.label.endswith(PLURALS) else plural + "s"
+        self.count = count
+        self.mb = mb
+        self.cpu = cpu
+        self.risk = "stateful"
+        self.advice = f"See what {label} works on, and close what isn't needed of it."
 
 
 class Facts:
@@ -94,14 +94,28 @@ class Facts:
         self.deltas = {key: whole(trend.get(key + "_delta"), signed=True) for key in ("swap", "load", "mcp")}
         self.history = records(snapshot.get("history"))
         self.rows = listed(snapshot)
+        self.offenders = [offender for offender in map(heavy_program, records(snapshot.get("offenders")))
+                          if offender.label]
+        verdict = record(snapshot.get("verdict"))
+        self.verdict = text(verdict.get("level"))
+        self.headline, self.cause = (
+            shown(text(verdict.get(key)), LONGEST_SENTENCE) for key in ("headline", "cause"))
 
     def families(self, order: Callable[[Family], float]) -> list[Family]:
-        """The listed processes by family, the greatest by `order` first."""
+        """The listed processes by family, the greatest by `order` first. A program that the collector told as
+        an offender has the figures from there, which hold its processes that aren't listed too."""
         by_label: dict[str, list[Row]] = {}
         for row in self.rows:
             by_label.setdefault(row.family(), []).append(row)
-        families = [Family(label, rows) for label, rows in by_label.items()]
-        return sorted(families, key=lambda family: (-order(family), family.label))
+        families = {label: Family(label, len(rows), memory(rows), sum(row.cpu for row in rows))
+                    for label, rows in by_label.items()}
+        for offender in self.offenders:
+            family = families.get(offender.label)
+            if family is None or offender.mb >= family.mb:
+                offender.count = family.count if family else 0
+                families[offender.label] = offender
+        return sorted((family for family in families.values() if order(family) > 0),
+                      key=lambda family: (-order(family), family.label))
 
     def servers(self) -> list[Row]:
         """The listed MCP servers."""
@@ -122,6 +136,17 @@ def listed(snapshot: dict[str, object]) -> list[Row]:
     known = {row.pid for row in rows}
     sessions = [Row(row, "agent") for row in records(snapshot.get("live_sessions"))]
     return rows + [row for row in sessions if row.pid not in known]
+
+
+def heavy_program(offender: dict[str, object]) -> Family:
+    """A program that the collector thinks is too heavy."""
+    label = shown(text(offender.get("label")))
+    family = Family(label, 0, whole(offender.get("rss")), number(offender.get("cpu")))
+    family.risk = shown(text(offender.get("risk"))) or family.risk
+    advice = shown(text(offender.get("action")), LONGEST_SENTENCE)
+    if advice:
+        family.advice = f"{label}: {advice}."
+    return family
 
 
 def memory(rows: Iterable[Row]) -> int:
@@ -167,8 +192,7 @@ def percent(part: float, of: float) -> int:
     return int(part / of * 100 + 0.5) if of > 0 else 0
 
 
-def shown(name: str) -> str:
+def shown(name: str, longest: int = LONGEST_NAME) -> str:
     """A name fit for one line of text: what can't be printed becomes "?", and the rest is cut."""
-    name = name[:LONGEST_NAME + 1]
-    name = "".join(sign if sign.isprintable() else "?" for sign in name)
-    return name if len(name) <= LONGEST_NAME else name[:LONGEST_NAME - 1] + "…"
+    name = "".join(sign if sign.isprintable() else "?" for sign in name[:longest + 1])
+    return name if len(name) <= longest else name[:longest - 1] + "…"

@@ -4,7 +4,7 @@ from __future__ import annotations
 
 TYPE_CHECKING = False
 if TYPE_CHECKING:
-    from ostrel_lib.facts import Facts, Row
+    from ostrel_lib.facts import Facts, Family, Row
 
 CRITICAL, WARNING, INFO = "critical", "warning", "info"
 LEVELS = (CRITICAL, WARNING, INFO)
@@ -42,6 +42,12 @@ def mem(mebibytes: float) -> str:
 def several(count: int, one: str, more: str = "") -> str:
     """A count with its word."""
     return f"{count} {one if count == 1 else more or one + 's'}"
+
+
+def held(family: Family) -> str:
+    """A family with its memory."""
+    count = f" in {several(family.count, 'process', 'processes')}" if family.count > 1 else ""
+    return f"{family.label} {mem(family.mb)}{count}"
 
 
 def processes(rows: list[Row]) -> str:

@@ -13,8 +13,8 @@ TYPE_CHECKING = False
 if TYPE_CHECKING:
     from collections.abc import Iterator
 
-    from ostrel_lib.census import Kind
     from ostrel_lib.processes import Process
+    from ostrel_lib.tree import Tree
 
 SAMPLES_KEPT = 120
 LOCK_WAIT = 3.0
@@ -28,22 +28,18 @@ INITS = frozenset((
 ))
 """Programs that become the parent of what lost its own: the first process, or a user's service manager."""
 
-SHELLS = frozenset((b"sh", b"bash", b"dash", b"zsh", b"fish", b"env", b"timeout"))
-MOST_ANCESTORS = 64
 LONGEST_COMMAND = 200
 
 
 def clean(proc_root: str = "/proc") -> dict[str, object]:
     """The MCP servers that run, and those of them whose parent is gone. Reads; stops nothing."""
-    from ostrel_lib.census import Kind, display_name, mib, text
+    from ostrel_lib.census import display_name, mib, text
     from ostrel_lib.processes import look_twice
+    from ostrel_lib.tree import Tree
 
-    processes = look_twice(proc_root, time.monotonic, lambda _: None, window=0)
-    by_pid = {process.pid: process for process in processes}
-    kinds = {process.pid: Kind(process.cmdline) for process in processes}
-    servers = [process for process in processes if kinds[process.pid].mcp]
-    detached = [server for server in servers if is_detached(server, kinds, by_pid, proc_root)]
-    detached.sort(key=lambda server: (-server.rss, server.pid))
+    tree = Tree(look_twice(proc_root, time.monotonic, lambda _: None, window=0))
+    servers = tree.servers()
+    detached = [server for server in servers if is_detached(server, tree, proc_root)]
     return {
         "mcp_processes": len(servers),
         "found": len(detached),
@@ -51,7 +47,7 @@ def clean(proc_root: str = "/proc") -> dict[str, object]:
         "detached": [
             {
                 "pid": server.pid,
-                "name": display_name(server.comm, kinds[server.pid].program),
+                "name": display_name(server.comm, tree.kinds[server.pid].program),
                 "rss": mib(server.rss),
                 "cmd": text(server.cmdline.replace(b"\0", b" "))[:LONGEST_COMMAND],
             }
@@ -60,9 +56,7 @@ def clean(proc_root: str = "/proc") -> dict[str, object]:
     }
 
 
-def is_detached(
-    server: Process, kinds: dict[int, Kind], by_pid: dict[int, Process], proc_root: str
-) -> bool:
+def is_detached(server: Process, tree: Tree, proc_root: str) -> bool:
     """Whether the one that started a server is gone.
 
     A launcher or a shell between the two is part of the start: it is their topmost that lost its parent. A
@@ -70,18 +64,15 @@ def is_detached(
     shown nothing can be said.
     """
     from ostrel_lib.families import LAUNCHERS
+    from ostrel_lib.units import SHELLS
 
-    top = server
-    for _ in range(MOST_ANCESTORS):
-        parent = by_pid.get(top.ppid)
-        if parent is None or parent.pid == 1:
+    top, parent = server, None
+    for parent in tree.ancestors(server):
+        kind = tree.kinds[parent.pid]
+        if parent.pid == 1 or not (kind.mcp or kind.program in LAUNCHERS or kind.program in SHELLS):
             break
-        kind = kinds[parent.pid]
-        if not kind.mcp and kind.program not in LAUNCHERS and kind.program not in SHELLS:
-            break
-        top = parent
-    parent = by_pid.get(top.ppid)
-    adopted = top.ppid == 1 if parent is None else kinds[parent.pid].program in INITS
+        top, parent = parent, None
+    adopted = top.ppid == 1 if parent is None else tree.kinds[parent.pid].program in INITS
     return adopted and not is_service(top.pid, proc_root)
 
 

@@ -2,9 +2,9 @@
 """The analyst's rules on memory, swap and what grows over the saved samples."""
 from __future__ import annotations
 
-from ostrel_lib.facts import memory, number
+from ostrel_lib.facts import SERVERS, memory, number
 from ostrel_lib.finding import (
-    CRITICAL, INFO, WARNING, Finding, mem, of_ram, processes, ram_figures, several, swap_figures,
+    CRITICAL, INFO, WARNING, Finding, held, mem, of_ram, ram_figures, several, swap_figures,
 )
 
 TYPE_CHECKING = False
@@ -26,10 +26,10 @@ SWAP_FULL = 80
 SWAP_NOTABLE = 50
 
 FEWEST_SAMPLES = 5
-GROWTH = {"swap": 512, "load": 75, "mcp": 4}
-"""What counts as growth over the saved samples: MiB, percent of the cores, servers."""
+GROWTH = {"swap": 15, "load": 75, "mcp": 4}
+"""What counts as growth over the saved samples: percent of swap, percent of the cores, servers."""
 
-STEEP_SWAP_GROWTH = 2048
+STEEP_SWAP_GROWTH = 30
 
 
 def memory_pressure(facts: Facts) -> Finding | None:
@@ -42,7 +42,7 @@ def memory_pressure(facts: Facts) -> Finding | None:
     else:
         return None
     evidence = [ram_figures(facts)] + [swap_figures(facts)] * (facts.swap_total > 0)
-    families = [family for family in facts.families(lambda family: family.mb) if family.mb]
+    families = facts.families(lambda family: family.mb)
     if not families:
         return Finding(
             level, f"memory pressure: {facts.ram_pct}% in use, by nothing that is listed",
@@ -50,15 +50,14 @@ def memory_pressure(facts: Facts) -> Finding | None:
             evidence, mb=0, share=facts.ram_pct, label="memory", target="ram",
             reason="See what holds memory outside the listed processes.", risk="none")
     first = families[0]
-    evidence += [f"{family.label} {mem(family.mb)} in {processes(family.rows)}" for family in families[:3]]
+    evidence += map(held, families[:3])
     return Finding(
         level,
         f"memory pressure: {facts.ram_pct}% in use, most by {first.label}",
-        f"Of the listed programs {first.label} {first.verb('hold')} most: {mem(first.mb)}"
-        f"{of_ram(facts, first.mb)}.{unlisted(facts)}",
+        f"Of the listed programs {first.label} hold{'' if first.label == SERVERS else 's'} most:"
+        f" {mem(first.mb)}{of_ram(facts, first.mb)}.{unlisted(facts)}",
         evidence, mb=first.mb, share=facts.ram_pct, label=first.label, target=first.label,
-        reason=f"Close what isn't needed of {first.label}; nothing else listed holds as much.",
-        risk="stateful")
+        reason=first.advice, risk=first.risk)
 
 
 def unlisted(facts: Facts) -> str:
@@ -74,11 +73,12 @@ def swap_residue(facts: Facts) -> Finding | None:
     """Swap is in use though memory has room and swap isn't growing: left there by an earlier peak."""
     if not facts.swap_total or facts.swap_pct < SWAP_NOTABLE or not 0 < facts.ram_pct < RAM_EASY:
         return None
-    if grown(facts, "swap"):
+    if grown(facts, "swap") or facts.verdict in (CRITICAL, WARNING):
         return None
     evidence = [swap_figures(facts), ram_figures(facts)]
     if facts.samples:
-        evidence.append(f"swap {facts.deltas['swap']:+d} mb over {several(facts.samples, 'sample')}")
+        change = f"swap {facts.deltas['swap']:+d} points over {several(facts.samples, 'sample')}"
+        evidence.append(change)
     full = " The next peak finds little room there, though." if facts.swap_pct >= SWAP_FULL else ""
     return Finding(
         INFO, f"swap is {facts.swap_pct}% full, of residue only",
@@ -93,7 +93,8 @@ def growing_trend(facts: Facts) -> Finding | None:
     growth = {key: grown(facts, key) for key in GROWTH}
     if not any(growth.values()):
         return None
-    words = {"swap": f"swap +{mem(growth['swap'])}", "load": f"load +{growth['load']}% of the cores",
+    more = min(facts.swap_used, facts.swap_total * growth["swap"] // 100)
+    words = {"swap": f"swap +{mem(more)}", "load": f"load +{growth['load']}% of the cores",
              "mcp": f"mcp servers +{growth['mcp']}"}
     evidence = [words[key] for key, value in growth.items() if value]
     title = " and ".join(evidence)
@@ -101,12 +102,12 @@ def growing_trend(facts: Facts) -> Finding | None:
     room = ""
     if growth["swap"] and facts.swap_total:
         room = f" Swap has room for another {mem(max(0, facts.swap_total - facts.swap_used))}."
-    mb = growth["swap"] or memory(facts.servers() if growth["mcp"] else facts.rows)
+    mb = more or memory(facts.servers() if growth["mcp"] else facts.rows)
     return Finding(
         WARNING if growth["swap"] >= STEEP_SWAP_GROWTH or len(evidence) > 2 else INFO,
         f"growing: {title}",
         f"What grows and doesn't come back is a leak, or sessions that nobody closes.{room}",
-        evidence, mb=mb, share=facts.share(growth["swap"]), label="growth", target="trend",
+        evidence, mb=mb, share=facts.share(more), label="growth", target="trend",
         reason="Compare the largest processes now and in some minutes.", risk="none")
 
 

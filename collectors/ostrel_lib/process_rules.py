@@ -44,14 +44,14 @@ def load_pressure(facts: Facts) -> Finding | None:
     if facts.load_pct < LOAD_HIGH or not lasting:
         return None
     extreme = facts.load_pct >= LOAD_EXTREME and facts.load_5 >= 2 * facts.cores
-    families = [family for family in facts.families(lambda family: family.cpu) if family.cpu]
+    families = facts.families(lambda family: family.cpu)
     working = cores_of(facts.rows)
     evidence = [load_figures(facts), f"the listed processes use {working:.1f} cores"]
     evidence += [f"{family.label} {family.cpu:.0f}% of a core" for family in families[:3]]
     if families and working * 2 >= facts.cores:
         first = families[0]
         cause = f"Most work is done by {first.label}, on {first.cpu / 100:.1f} cores."
-        mb, label, target, reason = first.mb, first.label, first.label, f"See what {first.label} works on."
+        mb, label, target, reason = first.mb, first.label, first.label, first.advice
     else:
         cause = "Few cores do work, so the rest of the load waits, as a rule for the disk or for swap."
         mb, label, target = memory(facts.rows), "waiting processes", "load"
@@ -122,7 +122,9 @@ def duplicate_servers(facts: Facts) -> Finding | None:
     for row in facts.servers():
         if row.command:
             copies.setdefault(row.command, []).append(row)
-    surplus = [rows for rows in copies.values() if len(rows) > max(1, facts.sessions)]
+    # A server that forked is listed more than once, though it is one server.
+    apart = len(facts.servers()) <= facts.mcp
+    surplus = [rows for rows in copies.values() if apart and len(rows) > max(1, facts.sessions)]
     if not groups and not surplus:
         return None
     surplus.sort(key=lambda rows: (-memory(rows), rows[0].name))

@@ -63,8 +63,11 @@ def servers(count: int, mb: int, cmd: str = "notes-mcp") -> list:
 
 
 CHROME = (row("chrome", 4000), row("chrome", 1000), row("vim", 3000))
-RISING = samples(0, 0, 100, 300, 500, 600)
-ONE_PEAK = samples(0, 0, 0, 0, 0, 600)
+RISING = samples(30, 30, 35, 40, 45, 45)
+ONE_PEAK = samples(30, 30, 30, 30, 30, 45)
+
+HEAVY = {"label": "chrome", "cpu": 3.0, "rss": 9000, "risk": "stateful", "action": "close pages"}
+SHORT = {"level": "critical", "headline": "Memory is getting short", "cause": "Programs waited for it."}
 
 GOLDEN = {
     "a sound machine": (machine(), []),
@@ -79,12 +82,12 @@ GOLDEN = {
     "memory high with a swap just not full": (machine(*CHROME, ram=ram(80), swap=swap(79)), []),
     "memory gone": (
         machine(row("claude", 900, grp="claude"), row("claude", 800, grp="claude"), ram=ram(95)),
-        [("critical", "memory pressure: 95% in use, most by claude sessions", 1950)]),
+        [("critical", "memory pressure: 95% in use, most by claude", 1950)]),
     "memory and swap gone": (
         machine(*CHROME, ram=ram(90), swap=swap(80)),
         [("critical", "memory pressure: 90% in use, most by chrome", 5000)]),
     "memory short, and nothing listed": (
-        machine(ram=ram(90), live_sessions=[]),
+        machine(ram=ram(90), live_sessions=[], offenders=[]),
         [("warning", "memory pressure: 90% in use, by nothing that is listed", 0)]),
     "swap left over": (machine(ram=ram(74), swap=swap(50)),
                        [("info", "swap is 50% full, of residue only", 2048)]),
@@ -93,17 +96,20 @@ GOLDEN = {
     "swap without figures of memory": (machine(ram={"used_pct": 0, "used": 0}, swap=swap(95)), []),
     "no swap at all": (machine(swap={"total": 0, "used": 0, "used_pct": 0}), []),
     "swap in use that grows": (
-        machine(swap=swap(60), trend={"swap_delta": 512}),
-        [("info", "growing: swap +512 mb", 512)]),
-    "growth just too small": (machine(trend={"swap_delta": 511, "load_delta": 74, "mcp_delta": 3}), []),
-    "growth over too few samples": (machine(trend={"swap_delta": 9000, "samples": 4}), []),
+        machine(swap=swap(60), trend={"swap_delta": 15}),
+        [("info", "growing: swap +614 mb", 614)]),
+    "growth just too small": (machine(trend={"swap_delta": 14, "load_delta": 74, "mcp_delta": 3}), []),
+    "growth over too few samples": (machine(trend={"swap_delta": 90, "samples": 4}), []),
     "swap that grew steadily": (
-        machine(trend={"swap_delta": 600, "samples": 6}, history=RISING),
-        [("info", "growing: swap +600 mb", 600)]),
+        machine(swap=swap(45), trend={"swap_delta": 15, "samples": 6}, history=RISING),
+        [("info", "growing: swap +614 mb", 614)]),
     "swap with one peak at the end": (
-        machine(trend={"swap_delta": 600, "samples": 6}, history=ONE_PEAK), []),
+        machine(swap=swap(45), trend={"swap_delta": 15, "samples": 6}, history=ONE_PEAK), []),
     "swap that grew a lot": (
-        machine(trend={"swap_delta": 2048}), [("warning", "growing: swap +2.0 gb", 2048)]),
+        machine(swap=swap(40), trend={"swap_delta": 30}),
+        [("warning", "growing: swap +1.2 gb", 1228)]),
+    "a growth that can't be": (
+        machine(trend={"swap_delta": 5000}), [("warning", "growing: swap +983 mb", 983)]),
     "servers and load that grew": (
         machine(*servers(1, 70), trend={"load_delta": 75, "mcp_delta": 4}),
         [("warning", "growing: load +75% of the cores and mcp servers +4", 70)]),
@@ -146,8 +152,11 @@ GOLDEN = {
         [("warning", "2 MCP servers run in copies", 256)]),
     "a copy for each session": (machine(*servers(2, 400)), []),
     "more copies than sessions": (
-        machine(*servers(3, 200)), [("warning", "1 MCP server runs in copies", 400)]),
-    "servers that differ": (machine(*servers(2, 400), *servers(2, 400, cmd="notes-mcp b")), []),
+        machine(*servers(3, 200), fan={"mcp": 3}),
+        [("warning", "1 MCP server runs in copies", 400)]),
+    "a server that forked": (machine(*servers(3, 200)), []),
+    "servers that differ": (
+        machine(*servers(2, 400), *servers(2, 400, cmd="notes-mcp b"), fan={"mcp": 4}), []),
     "a server below no agent": (
         machine(*servers(1, 90), fan={"other_mcp": 1}), [("info", "1 MCP server without an agent", 0)]),
     "no server below an agent": (
@@ -160,11 +169,26 @@ GOLDEN = {
     "servers of an agent that serves others": (machine(sessions={"claude": 0, "codex": 0}), []),
     "the gravest first, then what concerns more": (
         machine(*CHROME, *servers(3, 200), row("node", 50, 100, pid=9), ram=ram(96),
-                load={"l1": 1.0, "l5": 1.0}, trend={"swap_delta": 512}),
+                load={"l1": 1.0, "l5": 1.0}, trend={"swap_delta": 15}, fan={"mcp": 3}),
         [("critical", "memory pressure: 96% in use, most by chrome", 5000),
          ("warning", "node keeps 1.0 cores busy", 50),
          ("warning", "1 MCP server runs in copies", 400),
-         ("info", "growing: swap +512 mb", 512)]),
+         ("info", "growing: swap +614 mb", 614)]),
+    "what the collector knows of programs": (
+        machine(*CHROME, ram=ram(90), offenders=[HEAVY]),
+        [("warning", "memory pressure: 90% in use, most by chrome", 9000)]),
+    "what only the collector saw": (
+        machine(*CHROME, verdict=SHORT), [("critical", "Memory is getting short", 5000)]),
+    "what the collector saw as graver": (
+        machine(*CHROME, ram=ram(90), verdict=SHORT),
+        [("critical", "Memory is getting short", 5000),
+         ("warning", "memory pressure: 90% in use, most by chrome", 5000)]),
+    "what the rules saw as well": (
+        machine(*CHROME, ram=ram(95), verdict=SHORT),
+        [("critical", "memory pressure: 95% in use, most by chrome", 5000)]),
+    "swap left over, while programs wait": (
+        machine(swap=swap(60), verdict=SHORT), [("critical", "Memory is getting short", 250)]),
+    "a verdict that memory can't be read": (machine(verdict={"level": "unknown", "headline": "x"}), []),
 }
 
 HOSTILE = (None, True, "", "9", [], {}, [None, 1, "x", [], {}], {"x": [], "": None}, -1, 0, 2.5, 1e300,
@@ -239,19 +263,19 @@ class AnalystTest(unittest.TestCase):
         self.assertEqual(answer["findings"][0]["body"], (
             "Of the listed programs chrome holds most: 4.9 gb, 31% of memory.\n"
             "evidence: ram 92%, 14.7 gb of 16.0 gb · swap 85%, 3.4 gb of 4.0 gb · chrome 4.9 gb in 2 processes"
-            " · vim 2.9 gb in 1 process · claude sessions 250 mb in 1 process\n"
+            " · vim 2.9 gb · claude 250 mb\n"
             "observed footprint: 4.9 gb"))
         self.assertEqual(answer["actions"][0], {
             "label": "chrome", "kind": "inspect", "target": "chrome", "est_mb": 5000, "risk": "stateful",
-            "reason": "Close what isn't needed of chrome; nothing else listed holds as much."})
+            "reason": "See what chrome works on, and close what isn't needed of it."})
         self.assertEqual(analysis(machine(ram=ram(85), swap=swap(50)))["summary"], "1 warning")
         self.assertEqual(analysis({})["summary"], "nothing stands out")
 
     def test_a_value_of_any_type_at_any_place_leaves_an_answer_of_the_same_form(self):
         whole = machine(*CHROME, *helpers(30, 200), *servers(4, 90), row("node", 9, 200), ram=ram(96),
                         swap=swap(90), load={"l1": 30.0, "l5": 30.0, "pct": 375}, fan={"other_mcp": 1},
-                        history=RISING, trend={"swap_delta": 5000})
-        self.assertGreater(len(analysis(whole)["findings"]), 5)
+                        history=RISING, trend={"swap_delta": 50, "samples": 6}, verdict=SHORT, offenders=[HEAVY])
+        self.assertGreater(len(analysis(whole)["findings"]), 4)
         for path in list(places(whole))[1:]:
             for value in HOSTILE:
                 with self.subTest(path=path, value=str(value)[:20]):

@@ -19,7 +19,7 @@ from ostrel_lib import history_file as history
 from ostrel_lib import maintenance
 from ostrel_lib.maintenance import SAMPLES_KEPT, history_clean
 
-KILLS = 300
+KILLS = 200
 KILLS_OF_THE_SCRIPT = 40
 CALLS = ("open", "read", "pread", "write", "fsync", "rename", "unlink", "close", "fstat", "lstat")
 
