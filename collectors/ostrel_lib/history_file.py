@@ -66,7 +66,7 @@ def samples(home: str, most: int) -> list[dict[str, object]]:
 def append(home: str, sample: dict[str, object], wait: float = 0.5) -> str:
     """Saves one sample, with the folder if need be. "" when it is in the file, else the reason why it isn't.
     Waits up to `wait` seconds for another writer."""
-    line = dump(sample).encode("ascii") + b"\n"
+    line = dump(sample).encode("ascii")
     if as_sample(line) is None:
         return "not a sample"
     folder = folder_of(home)
@@ -78,7 +78,7 @@ def append(home: str, sample: dict[str, object], wait: float = 0.5) -> str:
     if lock is None:
         return "another program holds the history"
     try:
-        append_line(folder, line)
+        append_line(folder, line + b"\n")
         return ""
     except OSError as fault:
         return reason(fault)

@@ -6,7 +6,7 @@ from __future__ import annotations
 import os
 
 from ostrel_lib.census import display_name, mib, text
-from ostrel_lib.files import network, read_list
+from ostrel_lib.files import network, number, read_list
 from ostrel_lib.processes import Process
 from ostrel_lib.tree import Tree
 from ostrel_lib.units import folders, has_systemd, listing, locate
@@ -15,8 +15,9 @@ DEEPEST = 8
 """Levels of control groups that are gone down."""
 
 MOST_SERVICES = 300
+MOST_HOLDERS = 100
 MOST_LINKS = 20000
-"""Open files that are looked at in search of the sockets' owners."""
+"""Processes, the largest, and files open in them, that are looked at in search of the sockets' owners."""
 
 LISTENING = b"0A"  # the state of a socket in /proc/net/tcp
 
@@ -24,7 +25,7 @@ LISTENING = b"0A"  # the state of a socket in /proc/net/tcp
 def services(tree: Tree, root: str, home: str, user: int) -> list[dict[str, object]]:
     """The snapshot's `services`, those of the user `user` first, each scope by name."""
     if not has_systemd(root):
-        return listeners(tree, root + "/proc")
+        return listeners(tree, root + "/proc", user)
     groups = hierarchy(root + "/sys/fs/cgroup")
     places = (
         ("user", f"{groups}/user.slice/user-{user}.slice/user@{user}.service"),
@@ -112,26 +113,27 @@ def program_path(process: Process) -> str:
     return text(process.cmdline.split(b"\0", 1)[0])
 
 
-def listeners(tree: Tree, proc_root: str) -> list[dict[str, object]]:
-    """The processes that listen on TCP ports, by name. Those of other users don't show what they hold."""
+def listeners(tree: Tree, proc_root: str, user: int) -> list[dict[str, object]]:
+    """The processes that listen on TCP ports, by name. Those of other users don't show what they hold, but to
+    the superuser. Of several that share a socket the largest is told."""
     sockets: dict[bytes, str] = {}
     for name in ("tcp", "tcp6"):
         for line in network(proc_root, name).split(b"\n")[1:]:
             words = line.split()
-            if len(words) > 9 and words[3] == LISTENING:
+            if len(words) > 9 and words[3] == LISTENING and user in (0, number(words[7])):
                 address = endpoint(words[1])
                 if address:
                     sockets[words[9]] = address
     rows = []
     left = MOST_LINKS
-    for process in sorted(tree.processes, key=lambda process: process.pid):
+    for process in tree.processes[:MOST_HOLDERS]:
         if not sockets or left <= 0:
             break
         links = held(proc_root, process.pid)[:left]
         left -= len(links)
-        found = sorted({sockets[link] for link in links if link in sockets}, key=lambda at: (port(at), at))
+        found = [sockets.pop(link) for link in links if link in sockets]
         if found:
-            rows.append(listener_row(tree, process, found))
+            rows.append(listener_row(tree, process, sorted(found, key=lambda at: (port(at), at))))
     return sorted(rows, key=lambda row: (row["name"], row["pid"]))[:MOST_SERVICES]
 
 

@@ -39,7 +39,7 @@ ACCURACY = {
     "groups": "/proc/<pid>/cmdline; number of processes by kind of program",
     "offenders": "/proc/<pid>/stat and statm; programs of 50 % of a core, or 10 % of memory, and more",
     "services": "running units of the user and the system from the control groups of systemd;"
-                " without systemd the processes of this user that listen on TCP",
+                " without systemd those of this user's 100 largest processes that listen on TCP",
     "launchd": "systemd unit files that the user or the administrator switched on, and ~/.config/autostart;"
                " the distribution's own and crontabs left out",
     "trend": "the collector's saved samples of the last two hours; middle of three samples at either end",

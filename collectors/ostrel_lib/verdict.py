@@ -87,12 +87,12 @@ def overload(facts: Facts) -> tuple[str, str, str] | None:
     busy = max(facts.apps, key=lambda app: app.cpu, default=None)
     used = sum(app.cpu for app in facts.apps) / 100
     if busy is None or used * 2 < cores:
-        rest = "though few work: the others wait, as a rule for the disk"
+        rest = ", yet few work: the rest waits, as a rule for the disk"
     elif busy.cpu * 2 >= cores * 100:
-        rest = f"{busy.label} does most of the work, on {busy.cpu / 100:.1f} cores"
+        rest = f"; {busy.label} does most of the work, on {busy.cpu / 100:.1f} cores"
     else:
-        rest = f"they share the work, {busy.label} with the most, {busy.cpu / 100:.1f} cores"
-    return "warning", "The processors are overloaded", f"{cause}; {rest}."
+        rest = f"; they share the work, {busy.label} with the most, {busy.cpu / 100:.1f} cores"
+    return "warning", "The processors are overloaded", f"{cause}{rest}."
 
 
 def full_disk(facts: Facts) -> tuple[str, str, str] | None:

@@ -44,15 +44,19 @@ class ServicesTest(unittest.TestCase):
         box = Machine(self)
         rows = [b"  0: 0100007F:1F90 00000000:0000 0A 0:0 0:0 0 1000 0 7001 1",
                 b"  1: 0100007F:A000 0100007F:1F90 01 0:0 0:0 0 1000 0 7002 1", b"nonsense",
+                b"  2: 0100007F:0016 00000000:0000 0A 0:0 0:0 0 0 0 7006 1",
                 b"2: zz:1 x 0A 0 0 0 0 0 7003"]
-        tcp6 = b"head\n  0: 00000000000000000000000000000000:0050 0:0 0A 0:0 0:0 0 0 0 7004 1\n" \
-               b"  1: 00000000000000000000000001000000:0051 0:0 0A 0:0 0:0 0 0 0 7005 1\n"
+        tcp6 = b"head\n  0: 00000000000000000000000000000000:0050 0:0 0A 0:0 0:0 0 1000 0 7004 1\n" \
+               b"  1: 00000000000000000000000001000000:0051 0:0 0A 0:0 0:0 0 1000 0 7005 1\n"
         box.write("proc/net/tcp", b"\n".join([b"head", *rows]))
         box.write("proc/net/tcp6", tcp6)
         box.process(10, "python3", "/srv/panel.py", comm=b"python3")
         box.process(11, "/usr/bin/nginx", comm=b"nginx")
         box.process(12, "quiet")
-        for pid, number in ((10, 7001), (10, 7002), (11, 7004), (11, 7005), (12, 7002)):
+        box.process(13, "python3", "/srv/panel.py", ppid=10, mib=0)  # a fork that shares the socket
+        box.process(14, "/opt/theirs")
+        for pid, number in ((10, 7001), (10, 7002), (11, 7004), (11, 7005), (12, 7002),
+                            (13, 7001), (14, 7006)):
             box.link(f"proc/{pid}/fd/{number}", f"socket:[{number}]")
         box.link("proc/12/fd/3", "/dev/null")
         self.assertEqual(told(box.snapshot(), "name", "state", "pid", "url", "note"), [
