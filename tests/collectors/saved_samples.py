@@ -10,7 +10,7 @@ from ostrel_lib import history_file
 
 BACKUP = "mem-history.backup-"
 IN_MEMORY = "/dev/shm"
-"""Flushing to a disk would take most of the time of the tests, and a killed process leaves the same on both."""
+"""Flushing to a disk would take most of the tests' time, and a killed process leaves the same on both."""
 
 
 class Home:
@@ -37,8 +37,8 @@ class Home:
 
     def names(self) -> list:
         """The files of the folder but the lock, those of backups without their time."""
-        found = sorted(os.listdir(self.folder))
-        return [BACKUP if name.startswith(BACKUP) else name for name in found if name != history_file.LOCK_NAME]
+        found = [name for name in sorted(os.listdir(self.folder)) if name != history_file.LOCK_NAME]
+        return [BACKUP if name.startswith(BACKUP) else name for name in found]
 
     def saved(self) -> list:
         """The numbers of the samples in the history, which must be whole lines."""

@@ -213,4 +213,5 @@ class HistoryCleanTest(unittest.TestCase):
             done = run(*arguments, HOME=home.path, PATH=SYSTEM_PATH)
             self.assertEqual((done.returncode, done.stderr, done.stdout.count(b"\n")), (0, b"", 1))
             answer = json.loads(done.stdout)
-            self.assertEqual((answer["status"], answer["before_bytes"], answer["after_bytes"]), (status, *sizes))
+            told = answer["status"], answer["before_bytes"], answer["after_bytes"]
+            self.assertEqual(told, (status, *sizes))

@@ -33,8 +33,9 @@ class HistoryFileTest(unittest.TestCase):
 
     def test_lines_that_are_no_samples_are_passed_over(self):
         good = line(1)
-        for junk in (b"", b"{", b"[1]\n", b"null\n", b'{"swap":1,"load":2}\n', b'{"swap":true,"load":2,"mcp":3}\n',
-                     b'{"swap":1e99,"load":2,"mcp":3}\n', b'{"swap":NaN,"load":2,"mcp":3}\n', b"\xff\n", b"\0" * 9,
+        for junk in (b"", b"{", b"[1]\n", b"null\n", b'{"swap":1,"load":2}\n', b"\xff\n", b"\0" * 9,
+                     b'{"swap":true,"load":2,"mcp":3}\n', b'{"swap":1e99,"load":2,"mcp":3}\n',
+                     b'{"swap":NaN,"load":2,"mcp":3}\n',
                      good[:-2] + b', "x": "' + b"x" * history.LONGEST_LINE + b'"}\n', good[:40] + b"\n",
                      b"x" * 3 * history.BLOCK + b"\n", b"\n" * 9, b"[" * 4000 + b"\n"):
             home = Home(self)
