@@ -83,6 +83,11 @@ GOLDEN = {
     "memory gone": (
         machine(row("claude", 900, grp="claude"), row("claude", 800, grp="claude"), ram=ram(95)),
         [("critical", "memory pressure: 95% in use, most by claude", 1950)]),
+    "memory just not gone": (
+        machine(*CHROME, ram=ram(94)), [("warning", "memory pressure: 94% in use, most by chrome", 5000)]),
+    "memory and swap just not gone": (
+        machine(*CHROME, ram=ram(89), swap=swap(80)),
+        [("warning", "memory pressure: 89% in use, most by chrome", 5000)]),
     "memory and swap gone": (
         machine(*CHROME, ram=ram(90), swap=swap(80)),
         [("critical", "memory pressure: 90% in use, most by chrome", 5000)]),
@@ -96,7 +101,7 @@ GOLDEN = {
     "swap without figures of memory": (machine(ram={"used_pct": 0, "used": 0}, swap=swap(95)), []),
     "no swap at all": (machine(swap={"total": 0, "used": 0, "used_pct": 0}), []),
     "swap in use that grows": (
-        machine(swap=swap(60), trend={"swap_delta": 15}),
+        machine(swap=swap(60), trend={"swap_delta": 15, "samples": 5}),
         [("info", "growing: swap +614 mb", 614)]),
     "growth just too small": (machine(trend={"swap_delta": 14, "load_delta": 74, "mcp_delta": 3}), []),
     "growth over too few samples": (machine(trend={"swap_delta": 90, "samples": 4}), []),
@@ -108,6 +113,8 @@ GOLDEN = {
     "swap that grew a lot": (
         machine(swap=swap(40), trend={"swap_delta": 30}),
         [("warning", "growing: swap +1.2 gb", 1228)]),
+    "swap that grew just not a lot": (
+        machine(swap=swap(40), trend={"swap_delta": 29}), [("info", "growing: swap +1.2 gb", 1187)]),
     "a growth that can't be": (
         machine(trend={"swap_delta": 5000}), [("warning", "growing: swap +983 mb", 983)]),
     "servers and load that grew": (
@@ -119,16 +126,23 @@ GOLDEN = {
     "a load just not high": (machine(load={"l1": 11.9, "l5": 11.0, "pct": 149}), []),
     "a load of the moment": (machine(load={"l1": 20.0, "l5": 7.9, "pct": 250}), []),
     "a load of waiting": (
-        machine(row("cp", 30, 30), load={"l1": 25.0, "l5": 17.0, "pct": 312}),
-        [("critical", "load is 312% of the cores", 280)]),
+        machine(row("cp", 30, 30), load={"l1": 24.0, "l5": 16.0, "pct": 300}),
+        [("critical", "load is 300% of the cores", 280)]),
+    "a load just not extreme": (
+        machine(load={"l1": 23.9, "l5": 16.0, "pct": 299}), [("warning", "load is 299% of the cores", 250)]),
+    "an extreme load that is too young": (
+        machine(load={"l1": 24.0, "l5": 15.9, "pct": 300}), [("warning", "load is 300% of the cores", 250)]),
     "a process that ran away": (
-        machine(row("node", 400, 99, pid=77), load={"l1": 1.2, "l5": 1.0}),
-        [("warning", "node keeps 1.0 cores busy", 400)]),
+        machine(row("node", 400, 90, pid=77), load={"l1": 1.2, "l5": 1.0}),
+        [("warning", "node keeps 0.9 cores busy", 400)]),
+    "two processes that ran away": (
+        machine(row("node", 400, 100), row("node", 300, 100), load={"l1": 2.0, "l5": 1.7}),
+        [("warning", "2 × node keep cores busy", 700)]),
     "a process just not busy": (machine(row("node", 400, 89.9), load={"l1": 1.2, "l5": 1.0}), []),
     "a process busy for a minute": (
         machine(row("node", 400, 100), load={"l1": 0.8, "l5": 0.3}),
         [("info", "node keeps 1.0 cores busy", 400)]),
-    "a process busy for a moment": (machine(row("node", 400, 100), load={"l1": 0.7, "l5": 0.3}), []),
+    "a process busy for a moment": (machine(row("node", 400, 100), load={"l1": 0.79, "l5": 0.3}), []),
     "a busy process without load figures": (
         machine(row("node", 400, 100), load={"l1": 0, "l5": 0, "ncpu": 0, "pct": 0}),
         [("info", "node keeps 1.0 cores busy", 400)]),
@@ -140,6 +154,11 @@ GOLDEN = {
         [("info", "3 × cc keep cores busy", 300)]),
     "many helpers": (machine(fan={"chromium": 60}), [("info", "60 browser helpers, most of chrome", 0)]),
     "helpers just not many": (machine(fan={"chromium": 59}), []),
+    "many helpers where memory is scarce": (
+        machine(fan={"chromium": 60}, ram=ram(80)), [("warning", "60 browser helpers, most of chrome", 0)]),
+    "many helpers where it just isn't": (
+        machine(fan={"chromium": 60}, ram=ram(79)), [("info", "60 browser helpers, most of chrome", 0)]),
+    "helpers that hold a little less": (machine(*helpers(25, 163), fan={"chromium": 25}), []),
     "few helpers that hold much": (
         machine(*helpers(25, 164), fan={"chromium": 25}),
         [("warning", "25 browser helpers, most of chrome", 4100)]),
