@@ -45,7 +45,7 @@ class Row:
 
 class Family:
     """Processes that belong together, with their sums, what ending them would put at risk, and what to do
-    instead."""
+    instead. `count` is 0 where it isn't known."""
 
     __slots__ = ("label", "count", "mb", "cpu", "risk", "advice")
 
@@ -112,7 +112,7 @@ class Facts:
         for offender in self.offenders:
             family = families.get(offender.label)
             if family is None or offender.mb >= family.mb:
-                offender.count = family.count if family else 0
+                offender.count = family.count if family and offender.mb == family.mb else 0
                 families[offender.label] = offender
         return sorted((family for family in families.values() if order(family) > 0),
                       key=lambda family: (-order(family), family.label))

@@ -51,11 +51,12 @@ def memory_pressure(facts: Facts) -> Finding | None:
             reason="See what holds memory outside the listed processes.", risk="none")
     first = families[0]
     evidence += map(held, families[:3])
+    rest = unlisted(facts)
+    cause = "mostly by what isn't listed" if rest else f"{first.label} with the most"
     return Finding(
-        level,
-        f"memory pressure: {facts.ram_pct}% in use, most by {first.label}",
+        level, f"memory pressure: {facts.ram_pct}% in use, {cause}",
         f"Of the listed programs {first.label} hold{'' if first.label == SERVERS else 's'} most:"
-        f" {mem(first.mb)}{of_ram(facts, first.mb)}.{unlisted(facts)}",
+        f" {mem(first.mb)}{of_ram(facts, first.mb)}.{rest}",
         evidence, mb=first.mb, share=facts.ram_pct, label=first.label, target=first.label,
         reason=first.advice, risk=first.risk)
 

@@ -54,7 +54,7 @@ def load_pressure(facts: Facts) -> Finding | None:
         mb, label, target, reason = first.mb, first.label, first.label, first.advice
     else:
         cause = "Few cores do work, so the rest of the load waits, as a rule for the disk or for swap."
-        mb, label, target = memory(facts.rows), "waiting processes", "load"
+        mb, label, target = 0, "waiting processes", "load"  # a snapshot doesn't tell which ones wait
         reason = "Look for heavy reading and writing; more cores wouldn't help."
     return Finding(
         CRITICAL if extreme else WARNING, f"load is {facts.load_pct}% of the cores", cause, evidence, mb=mb,
@@ -106,12 +106,12 @@ def browser_helpers(facts: Facts) -> Finding | None:
         return None
     evidence = [several(count, "helper")] + [f"{name} {number}" for name, number in facts.bundles]
     evidence.append(f"{processes(helpers)} listed, {mem(mb)}{of_ram(facts, mb)}")
-    name = facts.bundles[0][0] if facts.bundles else "browser"
+    most = f", {facts.bundles[0][0]} with the most" if facts.bundles else ""
     return Finding(
-        WARNING if heavy or facts.ram_pct >= RAM_RAISED else INFO, f"{count} browser helpers, most of {name}",
+        WARNING if heavy or facts.ram_pct >= RAM_RAISED else INFO, f"{count} browser helpers{most}",
         "Each open page, extension and embedded view keeps one. Closing pages gives them back; ending helpers"
         " breaks pages.",
-        evidence, mb=mb, share=facts.share(mb), label=f"{name} helpers", target=name,
+        evidence, mb=mb, share=facts.share(mb), label="browser helpers", target="chromium",
         reason="Close pages and windows that aren't used, in the browser itself.", risk="stateful")
 
 

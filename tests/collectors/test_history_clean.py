@@ -203,6 +203,14 @@ class HistoryCleanTest(unittest.TestCase):
             last = self.check_nothing_lost(home, last) + 1
             self.assertEqual(history.append(home.path, sample(last)), "")
 
+    def test_saving_and_reading_samples_of_its_own_loads_no_json_reader(self):
+        home = Home(self)
+        code = ("import sys; sys.path.insert(0, sys.argv[1]); from ostrel_lib import history_file as history\n"
+                "assert history.append(sys.argv[2], {'ts': '2026-07-18T10:11:12+02:00', 't': 9, 'swap': 1,"
+                " 'load': 31, 'mcp': 2}) == '' and len(history.samples(sys.argv[2], 9)) == 1\n"
+                "assert 'json' not in sys.modules")
+        subprocess.run(["/usr/bin/python3", "-B", "-c", code, os.path.dirname(SCRIPT), home.path], check=True)
+
     def test_the_script_tells_what_it_did_in_one_line_of_json(self):
         home = Home(self)
         home.write(lines(0, 299))
