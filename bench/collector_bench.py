@@ -23,8 +23,9 @@ PYTHON = "/usr/bin/python3"
 COLLECTORS = os.path.join(os.path.dirname(os.path.dirname(os.path.abspath(__file__))), "collectors")
 SCRIPT = os.path.join(COLLECTORS, "ostrel.py")
 SCAN = {300: (5.0, 16.0), 1500: (32.0, 75.0)}
-"""By processes: milliseconds of CPU that the same scan takes in C++, and `ps`, on the design machine. The
-budget is a bare Python with the imports and four such scans; how fast another machine is shows in its `ps`."""
+"""By processes: milliseconds of CPU that the same scan takes in C++, and `ps`, on the design machine. What
+may be taken is a bare Python with the imports and four such scans; how fast another machine is shows in its
+`ps`."""
 
 COMMANDS = {
     "python3 -c pass": [PYTHON, "-c", "pass"],

@@ -12,6 +12,7 @@ TOP = 40
 
 BYTES_PER_MIB = 1048576
 LONGEST_COMM = 15
+LONGEST_LABEL = 40
 MAIN_THREADS = (b"MainThread", b"node-MainThread")
 """What some runtimes call themselves; it doesn't tell one program from another."""
 
@@ -80,7 +81,7 @@ def fan(tree: Tree) -> dict[str, object]:
     for process in tree.processes:
         kind = kinds[process.pid]
         if kind.helper:
-            name = text(families.bundle(kind, process.comm, process.cmdline).translate(UNPRINTABLE))
+            name = label(families.bundle(kind, process.comm, process.cmdline))
             bundles[name] = bundles.get(name, 0) + 1
     return {
         "mcp": len(servers),
@@ -134,6 +135,12 @@ def display_name(comm: bytes, program: bytes) -> str:
     if program and (cut_short or not comm or comm in MAIN_THREADS):
         comm = program
     return text(comm.translate(UNPRINTABLE)) or "?"
+
+
+def label(name: bytes) -> str:
+    """A program's name as it stands within texts: in one line, and not longer than names are meant to be."""
+    shown = text(name.translate(UNPRINTABLE))
+    return (shown if len(shown) <= LONGEST_LABEL else shown[:LONGEST_LABEL - 1] + "…") or "?"
 
 
 def text(raw: bytes) -> str:

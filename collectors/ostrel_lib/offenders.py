@@ -2,7 +2,7 @@
 """Programs that take much of the machine now, each with its processes together."""
 from __future__ import annotations
 
-from ostrel_lib.census import UNPRINTABLE, mib, text
+from ostrel_lib.census import label, mib
 from ostrel_lib.families import BROWSERS, TOOLS, Kind, bundle
 from ostrel_lib.processes import Process
 from ostrel_lib.tree import Tree
@@ -51,7 +51,7 @@ def apps(tree: Tree) -> list[App]:
     found: dict[tuple[str, str], App] = {}
     for process in tree.processes:
         kind = tree.kinds[process.pid]
-        key = (label(process, kind), sort_of(kind))
+        key = (label_of(process, kind), sort_of(kind))
         app = found.get(key)
         if app is None:
             app = found[key] = App(*key)
@@ -61,13 +61,11 @@ def apps(tree: Tree) -> list[App]:
     return sorted(found.values(), key=lambda app: (-app.rss, app.label, app.sort))
 
 
-def label(process: Process, kind: Kind) -> str:
+def label_of(process: Process, kind: Kind) -> str:
     """What a program is called: an agent by its name, a script by its own, a helper by its application."""
     if kind.helper:
-        name = bundle(kind, process.comm, process.cmdline)
-    else:
-        name = kind.agent or kind.name() or process.comm
-    return text(name.translate(UNPRINTABLE)) or "?"
+        return label(bundle(kind, process.comm, process.cmdline))
+    return label(kind.agent or kind.name() or process.comm)
 
 
 def sort_of(kind: Kind) -> str:

@@ -1,9 +1,10 @@
 # SPDX-License-Identifier: Apache-2.0
+import random
 import unittest
 
 from fabricated_machine import Machine
 
-from ostrel_lib.census import Kind
+from ostrel_lib.families import Kind, bundle
 
 NODE_MODULES = "/usr/lib/node_modules/"
 
@@ -49,6 +50,17 @@ class FamiliesTest(unittest.TestCase):
         }.items():
             for command in commands:
                 self.assertEqual(judge(command)[1] == "mcp", served, command)
+
+    def test_no_command_line_is_too_strange_to_be_judged(self):
+        words = [b"", b"/", b"node", b"codex", b"-c", b"-m", b"--type=", b"--type=zygote", b"run", b"docker",
+                 b"mcp", b"/node_modules", b"@", b"cli.js", b"node_modules/@mcp", b"electron --app-path=",
+                 b" ", b"/ -", b"C:\\ x", b"-jar", b".js", b"index.js", b"--app-path=/app.asar", b"\xff"]
+        dice = random.Random(7)
+        for _ in range(5000):
+            command = dice.choice((b"\0", b" ")).join(dice.choices(words, k=dice.randrange(6)))
+            kind = Kind(command)
+            self.assertIn(kind.group, ("mcp", "claude", "codex", "system", "runtime", "app"), command)
+            self.assertIsInstance(bundle(kind, b"", command), bytes)
 
     def test_every_process_is_in_one_group(self):
         for command, group in (("claude|--resume", "claude"), ("codex|login", "codex"), ("-bash", "app"),
