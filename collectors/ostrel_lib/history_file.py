@@ -69,7 +69,7 @@ def append(home: str, sample: dict[str, object], wait: float = 0.5) -> str:
     """Saves one sample, with the folder if need be. "" when it is in the file, else the reason why it isn't.
     Waits up to `wait` seconds for another writer."""
     line = dump(sample).encode("ascii")
-    if as_sample(line[:-1]) is None:
+    if as_sample(line) is None:
         return "not a sample"
     folder = folder_of(home)
     try:

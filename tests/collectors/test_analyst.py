@@ -84,7 +84,8 @@ GOLDEN = {
         machine(row("claude", 900, grp="claude"), row("claude", 800, grp="claude"), ram=ram(95)),
         [("critical", "memory pressure: 95% in use, mostly by what isn't listed", 1950)]),
     "memory just not gone": (
-        machine(*CHROME, ram=ram(94)), [("warning", "memory pressure: 94% in use, chrome with the most", 5000)]),
+        machine(*CHROME, ram=ram(94)),
+        [("warning", "memory pressure: 94% in use, chrome with the most", 5000)]),
     "memory and swap just not gone": (
         machine(*CHROME, ram=ram(89), swap=swap(80)),
         [("warning", "memory pressure: 89% in use, chrome with the most", 5000)]),
@@ -152,12 +153,16 @@ GOLDEN = {
     "a job split up": (
         machine(*(row("cc", 100, 100, pid=n) for n in (5, 6, 7)), load={"l1": 3.0, "l5": 2.5}),
         [("info", "3 × cc keep cores busy", 300)]),
-    "many helpers": (machine(fan={"chromium": 60}), [("info", "60 browser helpers, chrome with the most", 0)]),
+    "many helpers": (
+        machine(fan={"chromium": 60}),
+        [("info", "60 browser helpers, chrome with the most", 0)]),
     "helpers just not many": (machine(fan={"chromium": 59}), []),
     "many helpers where memory is scarce": (
-        machine(fan={"chromium": 60}, ram=ram(80)), [("warning", "60 browser helpers, chrome with the most", 0)]),
+        machine(fan={"chromium": 60}, ram=ram(80)),
+        [("warning", "60 browser helpers, chrome with the most", 0)]),
     "many helpers where it just isn't": (
-        machine(fan={"chromium": 60}, ram=ram(79)), [("info", "60 browser helpers, chrome with the most", 0)]),
+        machine(fan={"chromium": 60}, ram=ram(79)),
+        [("info", "60 browser helpers, chrome with the most", 0)]),
     "helpers that hold a little less": (machine(*helpers(25, 163), fan={"chromium": 25}), []),
     "few helpers that hold much": (
         machine(*helpers(25, 164), fan={"chromium": 25}),
