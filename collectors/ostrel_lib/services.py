@@ -79,11 +79,9 @@ def subfolders(folder: str) -> list[str]:
 
 
 def unit_row(tree: Tree, scope: str, unit: str, pids: list[int], file: str) -> dict[str, object]:
-    """One unit. Its main process is the oldest of those that none of the others started."""
+    """One unit. Its oldest process is the main one."""
     listed = [tree.by_pid[pid] for pid in pids if pid in tree.by_pid]
-    numbers = set(pids)
-    heads = [process for process in listed if process.ppid not in numbers] or listed
-    main = min(heads, key=lambda process: (process.start, process.pid), default=None)
+    main = min(listed, key=lambda process: (process.start, process.pid), default=None)
     return {
         "name": unescaped(unit[:-len(".service")]),
         "scope": scope,

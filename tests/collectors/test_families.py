@@ -2,7 +2,7 @@
 import random
 import unittest
 
-from fabricated_machine import Machine
+from fabricated_machine import TICKS, Machine
 
 from ostrel_lib.families import Kind, bundle
 
@@ -89,12 +89,22 @@ class FamiliesTest(unittest.TestCase):
                                         (22, "notes-mcp", 11, 50), (23, "notes-mcp", 11, 20),
                                         (24, "notes-mcp", 12, 90), (25, "other-mcp", 26, 1),
                                         (26, "loop", 25, 1), (27, "notes-mcp", 22, 40),
-                                        (28, "mcp-proxy", 11, 1), (29, "inner-mcp", 28, 1)):
-            box.process(pid, command, ppid=ppid, mib=mib)
+                                        (28, "mcp-proxy", 11, 1), (29, "inner-mcp", 28, 1),
+                                        (30, "codex|mcp-server", 12, 1), (31, "deep-mcp", 30, 1)):
+            box.process(pid, *command.split("|"), ppid=ppid, mib=mib)
         snapshot = box.snapshot()
         counts = [value for key, value in snapshot["fan"].items() if "mcp" in key]
-        self.assertEqual(counts, [7, 5, 1, 1, 1, 20])  # 27 is 22's fork; 10 and 11 are agents of their own
-        self.assertEqual(snapshot["verdict"]["per_sess"], 2.33)
+        self.assertEqual(counts, [9, 5, 3, 1, 1, 20])  # 27 is 22's fork; 10 and 11 are agents of their own
+        self.assertEqual(snapshot["verdict"]["per_sess"], 3.0)
+
+    def test_a_containers_client_and_the_server_in_it_are_one_when_they_start_together(self):
+        for started, count in ((5000, 1), (5000 + 10 * TICKS, 1), (5001 + 10 * TICKS, 2), (4999, 2)):
+            box = Machine(self)
+            box.process(10, "claude")
+            box.process(11, "docker", "run", "-i", "mcp/fetch", ppid=10, start=5000)
+            box.process(12, "/usr/bin/containerd-shim-runc-v2", "-id", "1")
+            box.process(13, "mcp-server-fetch", ppid=12, start=started)
+            self.assertEqual(box.snapshot()["fan"]["mcp"], count, started)
 
     def test_a_helper_belongs_to_the_application_that_its_command_line_or_the_kernel_names(self):
         box = Machine(self)

@@ -6,6 +6,7 @@ from fabricated_machine import TICKS, Machine
 
 from ostrel_lib.history_file import FOLDER, NAME
 from ostrel_lib.trend import trend
+from ostrel_lib.verdict import Facts, verdict
 
 GIB = 1048576  # in KiB
 NOW = 1_800_000_000
@@ -62,6 +63,7 @@ class JudgementTest(unittest.TestCase):
         box.process(20, "/usr/bin/cc1plus")
         box.process(21, "/usr/bin/cc1plus")
         box.process(22, "/usr/bin/idle")
+        box.process(23, "/opt/" + "n" * 99, mib=1800)
 
         def between():
             box.process(20, "/usr/bin/cc1plus", ticks=TICKS * 4 // 100)
@@ -70,13 +72,27 @@ class JudgementTest(unittest.TestCase):
 
         rows = [list(row.values()) for row in box.snapshot(between)["offenders"]]
         self.assertEqual([row[:3] + [row[4]] for row in rows],
-                         [["cc1plus", 50.0, 2, "transient"], ["chrome", 0.0, 2048, "stateful"]])
+                         [["cc1plus", 50.0, 2, "transient"], ["chrome", 0.0, 2048, "stateful"],
+                          ["n" * 39 + "…", 0.0, 1800, "stateful"]])
+
+    def test_the_disk_and_copies_of_servers_are_told_from_their_thresholds_on(self):
+        for free, total, held, headline in (
+            (1.9, 100.0, 0, "The disk is almost full"), (2.0, 100.0, 0, None), (1.9, 60.0, 0, None),
+            (9.0, 100.0, 512, "MCP servers run in copies"), (9.0, 100.0, 511, None),
+        ):
+            fan = {"mcp": 4, "codex_mcp_duplicates": 1, "codex_mcp_duplicate_mb": held}
+            load = {"l1": 0.0, "l5": 0.0, "ncpu": 1, "pct": 0}
+            facts = Facts({b"MemTotal": 9, b"MemAvailable": 9}, None, [], {
+                "load": load, "trend": {"swap_delta": 0}, "fan": fan, "sessions": {"claude": 0, "codex": 0},
+            }, {"free_gb": free, "total_gb": total})
+            told = verdict(facts)["headline"]
+            self.assertEqual(told, headline or "Memory pressure is normal", (free, held))
 
     def test_a_trend_is_from_middle_to_middle_and_a_peak_is_none(self):
         for swaps, summary, direction, delta in (
             ([10, 10, 10, 10, 40, 40, 40], "swap +30 points of its size over 6 min", "up", 30),
             ([40, 40, 40, 10, 10], "swap -30 points of its size over 4 min", "down", -30),
-            ([10, 90, 10, 10, 10, 90, 14], "steady over 6 min", "flat", 4),
+            ([10, 10, 90, 10, 10, 14, 90], "steady over 6 min", "flat", 4),
             ([10, 10, 10, 90], "history warming up", "flat", 0),
         ):
             found = trend(samples(swaps), NOW)

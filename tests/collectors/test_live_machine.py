@@ -9,6 +9,7 @@ import unittest
 from fabricated_machine import COLLECTORS
 
 from ostrel_lib import history_file
+from ostrel_lib.files import read_list
 from ostrel_lib.processes import look_twice
 
 SCRIPT = os.path.join(COLLECTORS, "ostrel.py")
@@ -112,6 +113,8 @@ class LiveMachineTest(unittest.TestCase):
         found = listed[child.pid]
         resident = kernel_field(f"/proc/{child.pid}/status", "VmRSS")
         self.assertAlmostEqual(found.rss / 1024, resident, delta=1024)
+        with open(f"/proc/{child.pid}/maps", "rb") as file:  # the kernel gives a page at a time
+            self.assertEqual(read_list(f"/proc/{child.pid}/maps"), file.read())
         self.assertEqual((found.cmdline.decode().split("\0"), found.ppid), (command, os.getpid()))
 
     def test_a_command_that_does_not_exist_is_refused_in_one_line(self):

@@ -17,7 +17,7 @@ def with_systemd(box: Machine) -> Machine:
 
 
 class ServicesTest(unittest.TestCase):
-    def test_a_unit_is_told_with_all_its_processes_and_its_oldest_head(self):
+    def test_a_unit_is_told_with_all_its_processes_and_its_oldest_one(self):
         box = with_systemd(Machine(self))
         user = "user.slice/user-1000.slice/user@1000.service/app.slice/"
         groups = {"system.slice/web.service": b"30\n31\n", "system.slice/web.service/inner": b"32\n",
@@ -68,9 +68,9 @@ class ServicesTest(unittest.TestCase):
         files = {
             user + "poll.timer": TIMER, user + "poll.service": b"[Service]\nExecStart=-/bin/bash -c 'poll'\n",
             user + "storm.timer": TIMER + b"OnBootSec=1\nUnit=work.service\n",
-            user + "once.timer": b"OnBootSec=9\n",
-            user + "work.service": b"ExecStart=/opt/work \\\n  --fast\nRestart=no\n",
-            user + "kept.service": b"# Restart=no\nRestart=on-failure\nExecStart=/usr/bin/env python3 x\n",
+            user + "once.timer": b"OnBootSec=9\nOnCalendar=daily\nOnCalendar=\n",
+            user + "work.service": b"ExecStart=/opt/work\nRestart=no\n",
+            user + "kept.service": b"# Restart=no\nRestart=on-failure\nExecStart=\\\n /bin/sh x\n",
             user + "off.service": b"Restart=always\nExecStart=/bin/sh x\n",
             user + "also.timer": TIMER, user + "also.service": b"ExecStart=/opt/also\n",
             system + "backup.timer": b"OnCalendar=daily\nPersistent=true\n",
