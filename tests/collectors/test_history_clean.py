@@ -193,7 +193,7 @@ class HistoryCleanTest(unittest.TestCase):
 
     def test_saving_and_reading_samples_of_its_own_loads_no_json_reader(self):
         home = Home(self)
-        code = ("import sys\nsys.path.insert(0, sys.argv[1])\nfrom ostrel_lib import history_file as history\n"
+        code = ("import sys\nsys.path.insert(0, sys.argv[1])\nimport ostrel_lib.history_file as history\n"
                 f"assert history.append(sys.argv[2], {sample(1)}) == ''\n"
                 "assert len(history.samples(sys.argv[2], 9)) == 1\n"
                 "assert 'json' not in sys.modules")
