@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: Apache-2.0
-"""The collector of the panel. `ostrel.py json` prints one snapshot of this machine."""
+"""The collector of the panel: one snapshot of this machine, what is wrong in it, and two small chores."""
 import os
 import sys
 

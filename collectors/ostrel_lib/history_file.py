@@ -1,10 +1,12 @@
 # SPDX-License-Identifier: Apache-2.0
 """The collector's own saved samples, one JSON object a line, the oldest first.
 
-A sample is an object with the numbers `swap` (MiB in use), `load` (percent of the cores) and `mcp` (servers),
-and the text `ts`. Whoever changes the file holds the lock beside it, which ends with its process. A line is
-appended in one write and the file replaced by renaming, so readers need no lock, and a writer that is killed
-leaves the samples there were. Errors are told as text; nothing here raises.
+A sample is an object with the numbers `swap` (percent of it in use), `load` (percent of the cores) and
+`mcp` (servers); `ts` and `t` are its time, as text and in seconds.
+
+Whoever changes the file holds the lock beside it, which ends with its process. A line is appended in one
+write and the file replaced by renaming, so readers need no lock, and a writer that is killed leaves the
+samples there were. `samples` and `append` tell errors as data; the functions below them raise OSError.
 """
 from __future__ import annotations
 
