@@ -74,6 +74,33 @@ class DesktopCase(unittest.TestCase):
         screen.press(self.desktop, "Escape")
         self.panel_has_gone()
 
+    def last_close(self) -> str:
+        """The reason kept for the last close of the panel."""
+        return self.settings()["ostrel.lastClose"].split()[0]
+
+    def settings(self) -> dict[str, Any]:
+        """What the instrument keeps in its settings."""
+        with open(f"{self.home}/{SETTINGS_FILE}", encoding="utf-8") as file:
+            return json.load(file)
+
+    def route(self, *urls: str) -> None:
+        """Opens addresses as the desktop does, and waits until the instrument has them."""
+        self.assertEqual((), bus.call(self.desktop.env, *bus.APPLICATION, f"{bus.OPEN}.Open", str(list(urls)), "{}"))
+
     def panel_has_gone(self) -> None:
         """Waits until the panel is off the screen."""
         self.wait_for("panel off the screen", lambda: not screen.panel_window(self.desktop))
+
+
+class DesktopsCase(DesktopCase):
+    """Its tests go through several desktops."""
+
+    @classmethod
+    def setUpClass(cls) -> None:
+        pass
+
+    def move_to(self, **what: Any) -> None:
+        """Leaves the desktop, with all that runs on it, for a fresh one of this kind."""
+        self.doCleanups()
+        type(self).desktop = PrivateDesktop(**what).__enter__()
+        self.addCleanup(self.desktop.close)

@@ -7,26 +7,19 @@ from typing import Optional
 
 import bus
 import screen
-from desktop_case import DesktopCase
-from private_desktop import PrivateDesktop
+from desktop_case import DesktopsCase
 from trays import HEIGHT, TRAYS
 
 MENU_HEIGHT = 60  # lower than any menu, higher than a tool tip or the pointer; in pixels
 ALONE = [name for name, tray in TRAYS.items() if tray.commands]
 
 
-class Trays(DesktopCase):
+class Trays(DesktopsCase):
     """Each test goes through the trays, each on a desktop of its own."""
-
-    @classmethod
-    def setUpClass(cls) -> None:
-        pass
 
     def on(self, tray: str) -> None:
         """Moves to a fresh desktop with that tray."""
-        self.doCleanups()
-        type(self).desktop = PrivateDesktop(tray=tray).__enter__()
-        self.addCleanup(self.desktop.close)
+        self.move_to(tray=tray)
 
     def strip(self) -> screen.Picture:
         """What the tray's strip shows."""
