@@ -81,8 +81,8 @@ def require(packages: list[tuple[str, str]]) -> None:
 class PrivateDesktop:
     """One desktop, from `with` to its end. `env` is the environment of all that runs on it, `home` its home
     folder, `size` the screen's width and height in pixels, `tray` one of TRAYS, `manager` one of
-    WINDOW_MANAGERS, `displays` into what the screen is divided, if it is: left, top, width and height of each,
-    the main one first. One thread, one desktop at a time."""
+    WINDOW_MANAGERS, `displays` what the screen is divided into: left, top, width and height of each, the main
+    one first. One thread, one desktop at a time."""
 
     def __init__(self, size: tuple[int, int] = (1440, 900), scale: int = 1, accessible: bool = False,
                  tray: str = "xfce", manager: str = "openbox",

@@ -140,10 +140,9 @@ class Trays(DesktopsCase):
         self.item(process)
         self.wait_for("undocked item", lambda: not self.docked())
 
-    def docked(self) -> Optional[str]:
+    def docked(self) -> Optional[int]:
         """The window that a tray took in."""
-        found = self.desktop.run(["xdotool", "search", "--onlyvisible", "--class", "^ostrel$"]).stdout.split()
-        return found[0] if found else None
+        return next(iter(self.visible_windows()), None)
 
 
 if __name__ == "__main__":

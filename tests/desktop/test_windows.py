@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""The panel's window among others: its corners and shadow, several displays, and a thousand openings' worth."""
+"""The panel's window among others: its corners and its shadow, two displays, and many openings."""
 import os
 import re
 import unittest
@@ -34,7 +34,8 @@ class Windows(DesktopsCase):
         for manager in WINDOW_MANAGERS:
             with self.subTest(manager=manager):
                 self.move_to(manager=manager)
-                self.item(self.start("--background", theme="dark", pinned=True, **{"zol.shell.pin-migrated": True}))
+                self.item(self.start("--background", theme="dark", pinned=True,
+                                     **{"zol.shell.pin-migrated": True}))
                 self.start_below()
                 self.route("ostrel://show")
                 self.wait_for_keyboard()
@@ -65,7 +66,8 @@ class Windows(DesktopsCase):
                 # Behind the tray's start: it isn't the tray that is told.
                 self.desktop.env["QT_SCREEN_SCALE_FACTORS"] = ";".join(map(str, scales))
                 self.item(self.start("--background"))
-                for (left, top, width, height), scale, kept in ((first, scales[0], STRIP), (second, scales[1], 0)):
+                for display, scale, kept in ((first, scales[0], STRIP), (second, scales[1], 0)):
+                    left, top, width, height = display
                     screen.move_pointer(self.desktop, left + width // 3, top + height // 2)
                     self.route("ostrel://show")
                     self.wait_for_keyboard()
