@@ -122,7 +122,9 @@ class PrivateDesktop:
             signal.signal(number, signal.SIG_IGN)  # nothing may interrupt the clean-up
         left = marked_processes.end_all(self._mark, reaped_elsewhere=[child.pid for child in self._started])
         for process in self._started:
-            process.poll()
+            # What has just given its memory back shows no mark any more, and ends in a moment.
+            with contextlib.suppress(subprocess.TimeoutExpired):
+                process.wait(0 if left else GENEROUS)
         shutil.rmtree(self.folder, ignore_errors=True)
         self.folder = ""
         atexit.unregister(self.close)

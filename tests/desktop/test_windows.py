@@ -18,14 +18,15 @@ SMALL, LARGE = (1440, 900), (2048, 1536)
 
 
 class Windows(DesktopsCase):
-    def start_below(self) -> None:
+    def start_below(self) -> int:
         """Opens a window that covers most of the screen, takes the keyboard and tells its presses."""
         self.desktop.start("below", ["xev", "-geometry", "1400x820+0+40", "-event", "button"])
         find = ["xdotool", "search", "--onlyvisible", "--name", "^Event Tester$"]
-        window = self.wait_for("window below", lambda: self.desktop.run(find).stdout.strip())
+        window = int(self.wait_for("window below", lambda: self.desktop.run(find).stdout.strip()))
         screen.click(self.desktop, 200, 300)
-        self.wait_for("window with the keyboard", lambda: screen.active_window(self.desktop) == int(window))
+        self.wait_for("window with the keyboard", lambda: screen.active_window(self.desktop) == window)
         self.wait_for("its press", lambda: self.presses_below() == 1)
+        return window
 
     def presses_below(self) -> int:
         return self.desktop.log("below").count("ButtonPress")
@@ -77,6 +78,23 @@ class Windows(DesktopsCase):
                     self.assertEqual(gap, 0 if kept else CORNER_GAP * scale, box)
                     self.assertTrue(0 <= box.y - top - kept <= 4 * scale, box)
                     self.close_panel()
+
+    def test_inside_a_wayland_desktop_the_panel_closes_when_another_window_gets_the_keyboard(self):
+        for name, reason in (("screen0", "route-toggle"), ("XWAYLAND0", "system-transient")):
+            with self.subTest(display=name):
+                self.move_to()
+                # The name that the server inside a Wayland desktop gives its display.
+                self.desktop.run(["xrandr", "--setmonitor", name, "1440/360x900/225+0+0", "screen"])
+                self.item(self.start("--background"))
+                below = self.start_below()
+                self.route("ostrel://show")
+                self.wait_for_keyboard()
+                self.desktop.run(["xdotool", "windowactivate", str(below)])
+                if reason == "route-toggle":
+                    self.wait_for("keyboard elsewhere", lambda: screen.active_window(self.desktop) == below)
+                    self.route("ostrel://toggle")
+                self.panel_has_gone()
+                self.assertEqual(self.last_close(), reason)
 
     def test_a_hundred_openings_leave_nothing_behind(self):
         self.move_to()
