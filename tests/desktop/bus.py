@@ -8,6 +8,8 @@ from typing import Any, NamedTuple, Optional
 WATCHER = "org.kde.StatusNotifierWatcher"
 ITEM = "org.kde.StatusNotifierItem"
 MENU = "com.canonical.dbusmenu"
+OPEN = "org.freedesktop.Application"
+APPLICATION = ("dev.quent.ostrel", "/dev/quent/ostrel")  # where the instrument answers it
 _PROPERTIES = "org.freedesktop.DBus.Properties"
 _DAEMON = ("org.freedesktop.DBus", "/org/freedesktop/DBus")
 

@@ -13,7 +13,7 @@ from typing import Any
 
 import bus
 import screen
-from private_desktop import GENEROUS, PrivateDesktop
+from private_desktop import GENEROUS, TRAY_HEIGHT, PrivateDesktop
 
 SETTINGS_FILE = ".config/zol-mini-apps/dev.quent.ostrel.json"
 
@@ -62,6 +62,13 @@ class DesktopCase(unittest.TestCase):
         """Waits until the instrument's status item is registered."""
         return self.wait_for("registered item", lambda: bus.item_of(self.desktop.env, process.pid))
 
+    def icon_place(self) -> tuple[int, int]:
+        """The middle of the only icon, at the right end of the tray's strip, once it is drawn there."""
+        width = self.desktop.size[0]
+        box = screen.Box(width - TRAY_HEIGHT, 2, TRAY_HEIGHT - 2, TRAY_HEIGHT - 4)
+        self.wait_for("drawn icon", lambda: len(screen.colours(screen.picture(self.desktop, box))) > 3)
+        return width - TRAY_HEIGHT // 2, TRAY_HEIGHT // 2
+
     def panel(self) -> int:
         """Waits until the panel is on the screen, and gives its window."""
         return self.wait_for("panel on the screen", lambda: screen.panel_window(self.desktop))
@@ -77,6 +84,39 @@ class DesktopCase(unittest.TestCase):
         screen.press(self.desktop, "Escape")
         self.panel_has_gone()
 
+    def last_close(self) -> str:
+        """The reason kept for the last close of the panel."""
+        return self.settings()["ostrel.lastClose"].split()[0]
+
+    def settings(self) -> dict[str, Any]:
+        """What the instrument keeps in its settings."""
+        with open(f"{self.home}/{SETTINGS_FILE}", encoding="utf-8") as file:
+            return json.load(file)
+
+    def route(self, *urls: str) -> None:
+        """Opens addresses as the desktop does, and waits until the instrument has them."""
+        method = f"{bus.OPEN}.Open"
+        self.assertEqual((), bus.call(self.desktop.env, *bus.APPLICATION, method, str(list(urls)), "{}"))
+
+    def visible_windows(self) -> list[int]:
+        """The instrument's windows that are on the screen: panel, menu, tool tip, docked item."""
+        found = self.desktop.run(["xdotool", "search", "--onlyvisible", "--class", "^ostrel$"]).stdout
+        return [int(window) for window in found.split()]
+
     def panel_has_gone(self) -> None:
         """Waits until the panel is off the screen."""
         self.wait_for("panel off the screen", lambda: not screen.panel_window(self.desktop))
+
+
+class DesktopsCase(DesktopCase):
+    """Its tests go through several desktops."""
+
+    @classmethod
+    def setUpClass(cls) -> None:
+        pass
+
+    def move_to(self, **what: Any) -> None:
+        """Leaves the desktop, with all that runs on it, for a fresh one of this kind."""
+        self.doCleanups()
+        type(self).desktop = PrivateDesktop(**what).__enter__()
+        self.addCleanup(self.desktop.close)

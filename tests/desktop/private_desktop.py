@@ -17,6 +17,7 @@ import subprocess
 import tempfile
 import threading
 import time
+from collections.abc import Sequence
 from typing import Callable, Optional, TypeVar
 
 import bus
@@ -28,11 +29,22 @@ PACKAGES = [("Xvfb", "xvfb"), ("dbus-daemon", "dbus-daemon"), ("gdbus", "libglib
             ("xprop", "x11-utils"), ("xdotool", "xdotool")]
 ACCESSIBLE_PACKAGES = [("/usr/libexec/at-spi-bus-launcher", "at-spi2-core"),
                        ("/usr/lib/python3/dist-packages/pyatspi", "python3-pyatspi")]
+DIVIDING_PACKAGES = [("xrandr", "x11-xserver-utils")]
 # All that is taken over from the surroundings. The rest of the environment describes another desktop.
 KEPT_VARIABLES = ("PATH", "TMPDIR", "ASAN_OPTIONS", "LSAN_OPTIONS", "TSAN_OPTIONS", "UBSAN_OPTIONS")
 # By name, which is the package's too. The second one composes the windows, so that they may be translucent.
 WINDOW_MANAGERS = {"openbox": ["openbox", "--sm-disable"],
                    "xfwm4": ["xfwm4", "--compositor=on", "--sm-client-disable"]}
+# The second one gives the keyboard only to a window that comes from what the user does.
+MANAGER_SETTINGS = ".config/xfce4/xfconf/xfce-perchannel-xml/xfwm4.xml"
+FOCUS_IS_KEPT = """<?xml version="1.0" encoding="UTF-8"?>
+<channel name="xfwm4" version="1.0">
+  <property name="general" type="empty">
+    <property name="prevent_focus_stealing" type="bool" value="true"/>
+    <property name="activate_action" type="string" value="none"/>
+  </property>
+</channel>
+"""
 BUS_CONFIGURATION = """<busconfig>
 <type>session</type> <auth>EXTERNAL</auth>
 <listen>unix:path={folder}/run/bus</listen> <servicedir>{folder}/services</servicedir>
@@ -69,11 +81,13 @@ def require(packages: list[tuple[str, str]]) -> None:
 class PrivateDesktop:
     """One desktop, from `with` to its end. `env` is the environment of all that runs on it, `home` its home
     folder, `size` the screen's width and height in pixels, `tray` one of TRAYS, `manager` one of
-    WINDOW_MANAGERS. One thread, one desktop at a time."""
+    WINDOW_MANAGERS, `displays` what the screen is divided into: left, top, width and height of each, the main
+    one first. One thread, one desktop at a time."""
 
     def __init__(self, size: tuple[int, int] = (1440, 900), scale: int = 1, accessible: bool = False,
-                 tray: str = "xfce", manager: str = "openbox") -> None:
-        self.size, self.scale, self.accessible = size, scale, accessible
+                 tray: str = "xfce", manager: str = "openbox",
+                 displays: Sequence[tuple[int, int, int, int]] = ()) -> None:
+        self.size, self.scale, self.accessible, self.displays = size, scale, accessible, displays
         self.tray = TRAYS[tray]
         self.manager = manager
         self._parts: dict[str, subprocess.Popen] = {}
@@ -85,7 +99,7 @@ class PrivateDesktop:
 
     def __enter__(self) -> "PrivateDesktop":
         require(PACKAGES + [(self.manager, self.manager)] + self.tray.packages
-                + ACCESSIBLE_PACKAGES * self.accessible)
+                + ACCESSIBLE_PACKAGES * self.accessible + DIVIDING_PACKAGES * bool(self.displays))
         self._watch_signals()
         marked_processes.adopt_orphans()
         atexit.register(self.close)  # a test runner that is interrupted leaves no other way
@@ -108,7 +122,9 @@ class PrivateDesktop:
             signal.signal(number, signal.SIG_IGN)  # nothing may interrupt the clean-up
         left = marked_processes.end_all(self._mark, reaped_elsewhere=[child.pid for child in self._started])
         for process in self._started:
-            process.poll()
+            # What has just given its memory back shows no mark any more, and ends in a moment.
+            with contextlib.suppress(subprocess.TimeoutExpired):
+                process.wait(0 if left else GENEROUS)
         shutil.rmtree(self.folder, ignore_errors=True)
         self.folder = ""
         atexit.unregister(self.close)
@@ -186,6 +202,12 @@ class PrivateDesktop:
             part.wait()
         self.wait_for("the tray's end", lambda: not bus.has_owner(self.env, bus.WATCHER))
 
+    def stop_bus(self) -> None:
+        """Kills the session bus, for good."""
+        part = self._parts.pop("bus")
+        part.kill()
+        part.wait()
+
     def work_area(self) -> Optional[tuple[int, ...]]:
         """The part of the screen that the tray's strip leaves free: left, top, width and height in pixels;
         None before the window manager has told it."""
@@ -234,6 +256,10 @@ class PrivateDesktop:
         if self.scale != 1:
             self.run(["xprop", "-root", "-f", "RESOURCE_MANAGER", "8s", "-set", "RESOURCE_MANAGER",
                       f"Xft.dpi:\t{dpi}\n"])
+        for number, (left, top, width, height) in enumerate(self.displays):
+            # Millimetres behind the pixels. The screen's only output goes to the first display.
+            place = f"{width}/{width // 4}x{height}/{height // 4}+{left}+{top}"
+            self.run(["xrandr", "--setmonitor", f"display{number}", place, "none" if number else "screen"])
 
     def _start_bus(self) -> None:
         # What the bus may start on demand; everything else on it is started by hand or absent.
@@ -250,6 +276,9 @@ class PrivateDesktop:
                 self.env, "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus.GetAddress"))
 
     def _start_window_manager(self) -> None:
+        os.makedirs(os.path.dirname(f"{self.home}/{MANAGER_SETTINGS}"), mode=0o700, exist_ok=True)
+        with open(f"{self.home}/{MANAGER_SETTINGS}", "w", encoding="utf-8") as file:
+            file.write(FOCUS_IS_KEPT)
         self._parts[self.manager] = self.start(self.manager, WINDOW_MANAGERS[self.manager])
         self.wait_for(self.manager, lambda: "0x" in self._root("_NET_SUPPORTING_WM_CHECK"),
                       program=self.manager)

@@ -8,7 +8,6 @@ import unittest
 import bus
 import screen
 from desktop_case import DesktopCase
-from private_desktop import TRAY_HEIGHT
 
 MIB = 1024 * 1024
 PRESSURE = r"(?:\?|normal|warn|critical)"
@@ -32,13 +31,6 @@ def agrees(text: str) -> bool:
 
 
 class BarItem(DesktopCase):
-    def icon_place(self) -> tuple[int, int]:
-        """The middle of the only icon, at the right end of the tray's strip, once it is drawn there."""
-        width = self.desktop.size[0]
-        box = screen.Box(width - TRAY_HEIGHT, 2, TRAY_HEIGHT - 2, TRAY_HEIGHT - 4)
-        self.wait_for("drawn icon", lambda: len(screen.colours(screen.picture(self.desktop, box))) > 3)
-        return width - TRAY_HEIGHT // 2, TRAY_HEIGHT // 2
-
     def test_the_tool_tip_tells_the_machines_figures_and_every_tick_brings_it_up_to_date(self):
         item = self.item(self.start("--background", refresh="fast"))
         # The machine may change right behind a reading, but a wrong figure stays wrong at the next tick.

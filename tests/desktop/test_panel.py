@@ -9,7 +9,7 @@ import unittest
 
 import bus
 import screen
-from desktop_case import SETTINGS_FILE, DesktopCase
+from desktop_case import DesktopCase
 
 PANEL_SIZE = (760, 700)
 ACCESSIBLE = os.path.join(os.path.dirname(os.path.abspath(__file__)), "accessible.py")
@@ -158,11 +158,6 @@ class Panel(PanelCase):
         """Presses the button of that name as a screen reader does, once it is there."""
         command = [sys.executable, ACCESSIBLE, "press", str(process.pid), name]
         self.wait_for(f"button {name}", lambda: self.desktop.run(command).returncode == 0)
-
-    def last_close(self) -> str:
-        """The reason kept for the last close of the panel."""
-        with open(f"{self.home}/{SETTINGS_FILE}", encoding="utf-8") as file:
-            return json.load(file)["ostrel.lastClose"].split()[0]
 
     def test_a_click_on_the_figure_scatters_it_and_it_falls_together_to_the_same_picture(self):
         # Without the run that it plays when it appears, it is at rest from its first picture on.

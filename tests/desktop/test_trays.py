@@ -1,32 +1,27 @@
 # SPDX-License-Identifier: Apache-2.0
 """The bar item on each kind of tray: it appears, is pressed, shows values, and comes back with its tray."""
 import itertools
+import json
+import os
 import subprocess
 import unittest
 from typing import Optional
 
 import bus
 import screen
-from desktop_case import DesktopCase
-from private_desktop import PrivateDesktop
+from desktop_case import DesktopsCase
 from trays import HEIGHT, TRAYS
 
 MENU_HEIGHT = 60  # lower than any menu, higher than a tool tip or the pointer; in pixels
 ALONE = [name for name, tray in TRAYS.items() if tray.commands]
 
 
-class Trays(DesktopCase):
+class Trays(DesktopsCase):
     """Each test goes through the trays, each on a desktop of its own."""
-
-    @classmethod
-    def setUpClass(cls) -> None:
-        pass
 
     def on(self, tray: str) -> None:
         """Moves to a fresh desktop with that tray."""
-        self.doCleanups()
-        type(self).desktop = PrivateDesktop(tray=tray).__enter__()
-        self.addCleanup(self.desktop.close)
+        self.move_to(tray=tray)
 
     def strip(self) -> screen.Picture:
         """What the tray's strip shows."""
@@ -86,10 +81,61 @@ class Trays(DesktopCase):
                     for is_open in (True, False):
                         self.press(box)
                         self.wait_for("panel", lambda: bool(screen.panel_window(self.desktop)) == is_open)
+                self.tells(True, box)
                 self.desktop.stop_tray()
                 self.desktop.start_tray()
                 self.assertIsNone(process.poll())
                 self.appears(empty)
+
+    def tells(self, visible: bool, box: Optional[screen.Box] = None) -> None:
+        """Waits until the state that the program prints has the item over the box, or nowhere without one."""
+        command = [os.path.abspath(os.environ["OSTREL_PROGRAM"]), "--bar-state"]
+
+        def right() -> bool:
+            printed = subprocess.run(command, env=self.desktop.home_environment(self.home), check=False,
+                                     capture_output=True, text=True).stdout
+            state = json.loads(printed or "{}")
+            if box is None or not state.get("frame"):
+                wanted = {"isVisible": visible, "hasWindow": False, "frame": None, "looksPainted": False}
+                return box is None and wanted.items() <= state.items()
+            left, low, width, height = state["frame"]
+            top = self.desktop.size[1] - low - height
+            return (state["isVisible"], state["hasWindow"], state["looksPainted"]) == (visible, True, True) \
+                and left < box.x + box.width and box.x < left + width \
+                and top < box.y + box.height and box.y < top + height
+
+        self.wait_for("right state", right)
+
+    def test_the_state_tells_of_no_window_without_a_tray_and_of_no_item_when_it_is_hidden(self):
+        self.on("none")
+        self.start("--background")
+        self.tells(True)
+        self.on("xfce")
+        process = self.start("--background", barmode="hidden", **{"ostrel.v072.bar-mode-migrated": True})
+        self.tells(False)
+        self.assertIsNone(bus.item_of(self.desktop.env, process.pid))
+
+    def test_a_press_beside_the_menu_closes_it_also_where_a_button_was_down_as_it_came(self):
+        for tray in ("xfce", "lxqt"):
+            with self.subTest(tray=tray):
+                self.on(tray)
+                empty = self.empty_strip()
+                item = self.item(self.start("--background"))
+                box = self.appears(empty)
+                screen.move_pointer(self.desktop, box.x + box.width // 3, box.y + box.height // 2)
+                self.desktop.run(["xdotool", "mousedown", "1"])
+                bus.call(self.desktop.env, *item, f"{bus.ITEM}.ContextMenu", "400", "300")
+                self.wait_for("menu", lambda: self.menu_at(400, 300))
+                self.desktop.run(["xdotool", "mouseup", "1"])
+                self.panel()  # the host takes the release for a press on the item
+                self.settled("menu that listens", self.visible_windows)
+                screen.click(self.desktop, 200, 650)
+                self.wait_for("nothing of the program", lambda: not self.visible_windows())
+
+    def menu_at(self, x: int, y: int) -> bool:
+        """Whether one of the program's windows that are on the screen begins there."""
+        boxes = [screen.window_box(self.desktop, window) for window in self.visible_windows()]
+        return any(box and box[:2] == (x, y) for box in boxes)
 
     def opens_a_menu(self, box: screen.Box, button: int) -> None:
         """Presses the item and checks that a menu comes up, which Escape closes."""
@@ -147,10 +193,9 @@ class Trays(DesktopCase):
         self.item(process)
         self.wait_for("undocked item", lambda: not self.docked())
 
-    def docked(self) -> Optional[str]:
+    def docked(self) -> Optional[int]:
         """The window that a tray took in."""
-        found = self.desktop.run(["xdotool", "search", "--onlyvisible", "--class", "^ostrel$"]).stdout.split()
-        return found[0] if found else None
+        return next(iter(self.visible_windows()), None)
 
 
 if __name__ == "__main__":

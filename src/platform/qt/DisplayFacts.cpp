@@ -7,6 +7,9 @@
 #include <cstdlib>
 #include <string_view>
 
+#include <QGuiApplication>
+#include <QScreen>
+
 namespace platform {
 
 bool hasCompositor(xcb_connection_t* connection)
@@ -16,10 +19,14 @@ bool hasCompositor(xcb_connection_t* connection)
 
 bool isXwayland(xcb_connection_t* connection)
 {
-    // Older ones don't have the extension.
     if (const char* socket = std::getenv("WAYLAND_DISPLAY"); socket && *socket)
         return true;
+    // What the bus or a service started may lack the variable. Newer servers have an extension of this name,
+    // the older ones call their displays by it.
     constexpr std::string_view name = "XWAYLAND";
+    const QScreen* const display = qGuiApp ? QGuiApplication::primaryScreen() : nullptr;
+    if (display && display->name().startsWith(name.data()))
+        return true;
     const auto reply = answerTo(connection,
         xcb_query_extension(connection, static_cast<std::uint16_t>(name.size()), name.data()),
         xcb_query_extension_reply);
