@@ -147,8 +147,9 @@ def cron_row(places: Places, source: str, line: Line, running: bool) -> dict[str
     at = crontime.next_time(when, places.clock()) if when and running else 0.0
     # A bare percent sign ends the command: what follows is its standard input.
     command = line.command.replace("\\%", "\0").split("%", 1)[0].replace("\0", "%").strip()
+    table = source[len("/etc/cron.d/"):] if source.startswith("/etc/cron.d/") else ""
     return automation(
-        "launchd", "cron", f"cron:{source}:{line.id}", command, schedule=crontime.words(line.fields),
+        "launchd", "cron", f"cron:{source}:{line.id}", f"{table} · {command}" if table else command, schedule=crontime.words(line.fields),
         state="enabled" if running else "no cron daemon runs", active=running, executor=command,
         host=places.host, owner=line.user or "you", registry=source, tag="cron",
         observation="the table was read; cron tells no results", location="this machine", target=source,

@@ -45,7 +45,7 @@ def inventory(places: Places, seconds: float) -> dict[str, object]:
         "error": "",
         "generated_at": iso(places.clock()),
         "counts": {"total": len(rows), "active": sum(row["active"] is True for row in rows)},
-        "quotas": quotas(places),
+        "quotas": quotas(places, any("min_quota_pct" in entry for entry in declared.entries)),
         "alerts": [clean(alert) for alert in alerts[:MOST_ALERTS]],
         "lanes": [lane_record(key, lanes[key]) for key in LANE_KEYS],
         "automations": rows,

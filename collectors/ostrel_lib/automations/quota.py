@@ -16,8 +16,9 @@ TAIL = 256 << 10
 MARK = b'"rate_limits"'
 
 
-def quotas(places: Places) -> list[dict[str, object]]:
-    """The quota rows of the inventory: one for this machine, none when no session tells it."""
+def quotas(places: Places, guarded: bool) -> list[dict[str, object]]:
+    """The quota rows of the inventory: one for this machine, none when no session tells it. `guarded` says that
+    the user's registry asks for some quota before a job is switched on."""
     for path in newest_sessions(places.home + "/.codex/sessions"):
         found = last_limits(path)
         if found:
@@ -28,16 +29,9 @@ def quotas(places: Places) -> list[dict[str, object]]:
                 return [{
                     "host": places.host, "state": "observed", "checked_at": at, "windows": windows,
                     "scope": "shared account, as this machine's newest session was told",
-                    "guard": "none" if not declared_guard(places) else "min_quota_pct in your registry",
+                    "guard": "min_quota_pct in your registry" if guarded else "none",
                 }]
     return []
-
-
-def declared_guard(places: Places) -> bool:
-    """Whether the user's registry asks for some quota before a job is switched on."""
-    from ostrel_lib.automations.registry import load
-
-    return any("min_quota_pct" in entry for entry in load(places).entries)
 
 
 def newest_sessions(folder: str) -> list[str]:

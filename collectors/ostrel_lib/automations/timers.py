@@ -38,17 +38,20 @@ class Manager:
 
 
 def ask(manager: Manager, tool: str, options: list[str], names: list[str] | None = None) -> Outcome:
-    """Runs a tool for a manager. The names are units, and never part of a command line that a shell reads: on
-    the server they come through the standard input to `xargs`."""
-    words = [tool, *options]
-    if not manager.alias:
-        left = manager.deadline.left()
-        return run(manager.places, [*words, "--", *names] if names else words, left)
-    left = manager.deadline.left(SSH_PATIENCE)
-    words = [*SSH, "--", manager.alias, *REMOTE_ENVIRONMENT, *(("xargs", "-0", "-r") if names else ()), *words]
-    if not names:
-        return run(manager.places, words, left)
-    return run(manager.places, [*words, "--"], left, "\0".join([*names, ""]).encode("utf-8"))
+    """Runs a tool for a manager, with units as its last words."""
+    words = [tool, *options, *(["--"] if names else [])]
+    if manager.alias:
+        return remote(manager, words, names or [])
+    return run(manager.places, [*words, *(names or [])], manager.deadline.left())
+
+
+def remote(manager: Manager, words: list[str], values: list[str]) -> Outcome:
+    """Runs a tool on the server. Only our own fixed words are in the command line, which a shell reads there;
+    the values come through the standard input to `xargs`."""
+    fed = ("xargs", "-0", "-r") if values else ()
+    stdin = "\0".join([*values, ""]).encode("utf-8") if values else b""
+    return run(manager.places, [*SSH, "--", manager.alias, *REMOTE_ENVIRONMENT, *fed, *words],
+               manager.deadline.left(SSH_PATIENCE), stdin)
 
 
 def show(
@@ -73,7 +76,7 @@ def read(manager: Manager) -> Found:
     listed = ask(manager, "systemctl", [
         "--" + manager.scope, "list-unit-files", "--type=timer", "--no-legend", "--no-pager", "--full", "--plain"])
     if listed.missing or systemd.not_here(listed.failure):
-        return Found(False, f"no {manager.scope} systemd runs here" if not manager.alias else listed.failure)
+        return Found(False, nobody(manager))
     names, sound = systemd.unit_files(listed.out)
     if listed.problem or not names and (listed.failure or not sound):
         why = listed.failure or "systemctl printed something that isn't a list of timers"
@@ -93,6 +96,8 @@ def read(manager: Manager) -> Found:
         units = dict.fromkeys(timer.get("Unit", "") for timer in timers.values())
         jobs, problem = show(manager, [unit for unit in units if systemd.valid_unit(unit)],
                              systemd.JOB_PROPERTIES)
+    if systemd.not_here(problem) and not timers:
+        return Found(False, nobody(manager))  # the list is made of files, so it came without a manager
     if problem and names:
         found.alerts.append(f"{manager.scope} timers: {problem}")
     if problem and names and not timers:
@@ -101,6 +106,11 @@ def read(manager: Manager) -> Found:
     now = manager.places.clock()
     found.rows = [row(manager, timer, jobs.get(timer.get("Unit", ""), {}), now) for timer in timers.values()]
     return found
+
+
+def nobody(manager: Manager) -> str:
+    """That there is no manager to ask."""
+    return f"no {manager.scope} systemd runs " + ("on " + manager.alias if manager.alias else "here")
 
 
 def row(manager: Manager, timer: dict[str, str], job: dict[str, str], now: float) -> dict[str, object]:
