@@ -29,9 +29,9 @@ def rrule_words(rule: str) -> str:
     interval = parts.get("INTERVAL", "1")
     every = f"every {unit}" if interval == "1" else f"every {interval} {unit}s"
     hours, minute = parts.get("BYHOUR", ""), parts.get("BYMINUTE", "0")
-    if hours and minute.isdigit() and hours.replace(",", "").isdigit():
+    if hours and minute.isdecimal() and hours.replace(",", "").isdecimal():
         every += " at " + ", ".join(f"{int(hour):02}:{int(minute):02}" for hour in hours.split(",") if hour)
-    elif unit == "hour" and minute.isdigit() and minute != "0":
+    elif unit == "hour" and minute.isdecimal() and minute != "0":
         every += f" at minute {minute}"
     days = parts.get("BYDAY", "")
     return f"{every} on {days}" if days else every

@@ -126,7 +126,7 @@ def is_assignment(text: str) -> bool:
     """Whether a line sets a variable: a name, then "=", before any blank that isn't beside it."""
     name, equals, _ = text.partition("=")
     name = name.strip().strip("\"'")
-    return bool(equals) and bool(name) and name.replace("_", "a").isalnum() and not name[0].isdigit()
+    return bool(equals) and bool(name) and name.replace("_", "a").isalnum() and not name[0].isdecimal()
 
 
 def job_of(text: str, with_user: bool) -> Line | None:
@@ -173,7 +173,7 @@ def anacron_jobs(places: Places) -> Found:
             continue
         words = text.split(None, 3)
         period = PERIODS.get(words[0], words[0])
-        if len(words) < 4 or not words[1].isdigit() or not (period.isdigit() or period == "@monthly"):
+        if len(words) < 4 or not words[1].isdecimal() or not (period.isdecimal() or period == "@monthly"):
             found.alerts.append(f"/etc/anacrontab: line {place} can't be read")
             continue
         found.rows.append(anacron_row(places, period, words[1], words[2], words[3]))
@@ -185,7 +185,7 @@ def anacron_row(places: Places, period: str, delay: str, name: str, command: str
     every = "monthly" if period == "@monthly" else {"1": "daily", "7": "weekly"}.get(period, f"every {period} days")
     stamp = b"" if "/" in name else read(f"{places.spool}/anacron/{name}", 64).strip()
     day = stamp.decode("ascii", "replace")
-    last = f"{day[:4]}-{day[4:6]}-{day[6:8]}" if len(day) == 8 and day.isdigit() else ""
+    last = f"{day[:4]}-{day[4:6]}-{day[6:8]}" if len(day) == 8 and day.isdecimal() else ""
     return automation(
         "launchd", "anacron", "anacron:" + name, name, schedule=f"{every}, {delay} min after the start",
         state="enabled", active=True, executor=command, host=places.host, owner="root",

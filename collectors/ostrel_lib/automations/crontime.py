@@ -40,7 +40,7 @@ class Rhythm:
 def rhythm(fields: str) -> Rhythm | None:
     """The rhythm of five fields or of a nickname such as "@daily"; nothing for anything else."""
     words = NICKNAMES.get(fields, fields).split()
-    if len(words) != len(FIELDS):
+    if len(words) != len(FIELDS) or not fields.isascii():
         return None
     values = [numbers(word.lower(), *bounds) for word, bounds in zip(words, FIELDS)]
     if not all(values):
@@ -59,7 +59,7 @@ def numbers(field: str, low: int, high: int, names: tuple[str, ...]) -> set[int]
         else:
             begin = number(first, low, names)
             end = number(last, low, names) if dash else high if slash else begin
-        every = int(step) if step.isdigit() and len(step) < 4 else 0
+        every = int(step) if step.isdecimal() and len(step) < 4 else 0
         if not low <= begin <= end <= high or (slash and not every):
             return set()
         found.update(range(begin, end + 1, every or 1))
@@ -68,7 +68,7 @@ def numbers(field: str, low: int, high: int, names: tuple[str, ...]) -> set[int]
 
 def number(word: str, low: int, names: tuple[str, ...]) -> int:
     """A value by its digits or its name; -1 for anything else."""
-    if word.isdigit() and len(word) < 3:
+    if word.isdecimal() and len(word) < 3:
         return int(word)
     return names.index(word) + low if word in names else -1
 
@@ -105,14 +105,14 @@ def words(fields: str) -> str:
             return "every minute"
         if minute.startswith("*/"):
             return f"every {minute[2:]} minutes"
-        return f"hourly at minute {int(minute)}" if minute.isdigit() else plain
-    if not (minute.isdigit() and hour.isdigit()):
+        return f"hourly at minute {int(minute)}" if minute.isdecimal() else plain
+    if not (minute.isdecimal() and hour.isdecimal()):
         return plain
     at = f"at {int(hour):02}:{int(minute):02}"
     if (date, month, weekday) == ("*", "*", "*"):
         return "daily " + at
-    if (date, month) == ("*", "*") and weekday.isdigit():
+    if (date, month) == ("*", "*") and weekday.isdecimal():
         return f"{DAYS[int(weekday) % 7].capitalize()} {at}"
-    if (month, weekday) == ("*", "*") and date.isdigit():
+    if (month, weekday) == ("*", "*") and date.isdecimal():
         return f"monthly on day {int(date)} {at}"
     return plain

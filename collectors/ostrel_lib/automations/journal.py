@@ -124,7 +124,7 @@ def message(entry: dict[str, object]) -> str:
 def at_of(entry: dict[str, object]) -> str:
     """When an entry was written."""
     stamp = text_of(entry.get("__REALTIME_TIMESTAMP"))
-    return iso(int(stamp) / 1e6) if stamp.isdigit() and len(stamp) < 18 else ""
+    return iso(int(stamp) / 1e6) if stamp.isdecimal() and len(stamp) < 18 else ""
 
 
 def runs(entries: list[dict[str, object]]) -> list[dict[str, object]]:

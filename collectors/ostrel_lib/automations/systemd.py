@@ -126,8 +126,7 @@ def span(text: str) -> float:
     for word in text.split(" "):
         digits = word.rstrip("abcdefghijklmnopqrstuvwxyz")
         unit = word[len(digits):]
-        if unit not in SPAN_UNITS or not digits.replace(".", "", 1).isascii() \
-                or not digits.replace(".", "", 1).isdigit() or len(digits) > 20:
+        if unit not in SPAN_UNITS or not digits.replace(".", "", 1).isdecimal() or len(digits) > 20:
             return -1.0
         total += float(digits) * SPAN_UNITS[unit]
     return total
@@ -192,10 +191,10 @@ def calendar_words(rule: str) -> str:
     """ "daily at 06:00" for "*-*-* 06:00:00"; a rule that isn't that simple stays as it is written."""
     date, _, clock = rule.rpartition(" ")
     digits = clock.split(":")
-    if len(digits) == 3 and digits[2] == "00" and digits[1].isdigit():
+    if len(digits) == 3 and digits[2] == "00" and digits[1].isdecimal():
         if date == "*-*-*" and digits[0] == "*":
             return f"hourly at minute {digits[1]}" if digits[1] != "00" else "hourly"
-        if digits[0].isdigit():
+        if digits[0].isdecimal():
             at = f"at {digits[0]}:{digits[1]}"
             if date == "*-*-*":
                 return "daily " + at
