@@ -29,7 +29,7 @@ def rrule_words(rule: str) -> str:
     interval = parts.get("INTERVAL", "1")
     every = f"every {unit}" if interval == "1" else f"every {interval} {unit}s"
     hours, minute = parts.get("BYHOUR", ""), parts.get("BYMINUTE", "0")
-    if hours and minute.isdecimal() and hours.replace(",", "").isdecimal():
+    if len(rule) < 200 and minute.isdecimal() and hours.replace(",", "").isdecimal():
         every += " at " + ", ".join(f"{int(hour):02}:{int(minute):02}" for hour in hours.split(",") if hour)
     elif unit == "hour" and minute.isdecimal() and minute != "0":
         every += f" at minute {minute}"

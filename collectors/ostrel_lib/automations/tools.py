@@ -46,9 +46,13 @@ class Outcome:
 
     @property
     def complaint(self) -> str:
-        """The first line of what the tool wrote to its standard error."""
-        lines = self.err.decode("utf-8", "replace").strip().split("\n")
-        return clean(lines[0], 200)
+        """The first line in words of what the tool wrote to its standard error. ssh draws a frame around its
+        loudest warning."""
+        for line in self.err.decode("utf-8", "replace").split("\n"):
+            words = line.strip("@ \t\r")
+            if any(letter.isalpha() for letter in words):
+                return clean(words, 200)
+        return ""
 
 
 class Deadline:
