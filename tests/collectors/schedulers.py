@@ -105,7 +105,8 @@ class Schedulers:
                 os.close(kept)
             file.seek(0)
             text = file.read()
-        assert status == 0 and text.isascii() and text.endswith(b"\n") and text.count(b"\n") == 1, (status, text)
+        assert status == 0 and text.isascii() and text.endswith(b"\n") and text.count(b"\n") == 1, (status,
+                                                                                                    text)
         return json.loads(text)
 
     def rows(self, *words: str) -> dict:
@@ -114,7 +115,8 @@ class Schedulers:
                 for row in self.bridge(*(words or ("list", "--refresh")))["automations"]}
 
     def lane(self, key: str, *words: str) -> dict:
-        return next(lane for lane in self.bridge(*(words or ("list", "--refresh")))["lanes"] if lane["key"] == key)
+        return next(lane for lane in self.bridge(*(words or ("list", "--refresh")))["lanes"]
+                    if lane["key"] == key)
 
     def act(self, op: str, identity: str, lane: str = "launchd") -> dict:
         return self.bridge("act", "--lane", lane, "--id", identity, "--op", op, "--confirm")

@@ -1,9 +1,9 @@
 # SPDX-License-Identifier: Apache-2.0
 """Stands in for systemctl, journalctl and loginctl, run as `stub_scheduler.py FOLDER TOOL ARGUMENTS`.
 
-It prints the forms that the real tools of systemd 252 print, in their order of properties, and keeps its units in
-FOLDER/state.json. Like the real ones it speaks the user's language and the local time unless it is told not to,
-says yes to enabling what can't be enabled, and ends with an error behind good answers.
+It prints the forms that the real tools of systemd 252 print, in their order of properties, and keeps its
+units in FOLDER/state.json. Like the real ones it speaks the user's language and the local time unless it is
+told not to, says yes to enabling what can't be enabled, and ends with an error behind good answers.
 """
 import fcntl
 import json
@@ -33,7 +33,8 @@ def show(units, asked, properties):
     for name in names:
         if name.endswith("@.timer"):
             print("\n\n".join(blocks))
-            fail(f"Failed to get properties: Unit name {name} is neither a valid invocation ID nor unit name.")
+            fail(f"Failed to get properties: Unit name {name} is neither a valid invocation ID nor unit"
+                 " name.")
         unit = {"Id": name, **(units.get(name) or UNKNOWN)}
         lines = []
         for key in ORDER:
@@ -71,7 +72,8 @@ def systemctl(folder, words):
         if verb == "list-unit-files":
             for name, unit in units.items():
                 if name.endswith(".timer") and "UnitFileState" in unit:
-                    print(name, unit["UnitFileState"], "-" if unit["UnitFileState"] == "static" else "enabled")
+                    print(name, unit["UnitFileState"], "-" if unit["UnitFileState"] == "static"
+                          else "enabled")
         elif verb == "show":
             show(units, names, options["property"].split(","))
         elif verb in ("enable", "disable"):

@@ -30,16 +30,20 @@ class JournalTest(unittest.TestCase):
         box.timer("a.timer", job={"Result": "exit-code", "ExecMainStatus": "3", "ActiveState": "failed"})
         lines = [
             entry(90, "hello\n  there", "r3"), entry(89, "Starting", "r3", True),
-            entry(62, "a.service: Failed with result 'exit-code'.", "r2", True, MESSAGE_ID=FAILED, UNIT_RESULT="exit-code"),
-            entry(61, [98, 114, 111, 107, 101, 110, 255], "r2"), entry(60, "Started a.service.", "r2", True, MESSAGE_ID=DONE),
+            entry(62, "a.service: Failed with result 'exit-code'.", "r2", True, MESSAGE_ID=FAILED,
+                  UNIT_RESULT="exit-code"),
+            entry(61, [98, 114, 111, 107, 101, 110, 255], "r2"),
+            entry(60, "Started a.service.", "r2", True, MESSAGE_ID=DONE),
             "garbage", "{cut", '{"MESSAGE": null}', "[1]",
-            entry(3, "Finished a.service - A.", "r1", True, MESSAGE_ID=DONE), entry(1, "Starting a.service", "r1", True),
+            entry(3, "Finished a.service - A.", "r1", True, MESSAGE_ID=DONE),
+            entry(1, "Starting a.service", "r1", True),
             entry(0, "forged", "r0", MESSAGE_ID=FAILED, UNIT_RESULT="x"),
         ]
         box.write("journal-a.service", "\n".join(lines))
         answer = self.journal(box, "user:a.timer")
         self.assertEqual(answer, {
-            "next_run": "2026-11-26T06:00:00+00:00", "last_run": "2026-11-25T06:00:01+00:00", "last_result": "failed: exit-code 3",
+            "next_run": "2026-11-26T06:00:00+00:00", "last_run": "2026-11-25T06:00:01+00:00",
+            "last_result": "failed: exit-code 3",
             "journal": [
                 {"at": "2026-11-25T08:01:29+00:00", "status": "started", "line": "hello there"},
                 {"at": "2026-11-25T08:01:00+00:00", "status": "failed: exit-code", "line": "broken\ufffd"},
@@ -52,23 +56,30 @@ class JournalTest(unittest.TestCase):
         box.timer("a.timer")
         box.write("journal-a.service", b"\0\xff garbage " * 99)
         for lane, identity, target, words in (
-            ("launchd", "user:a.timer", "", "isn't a journal"), ("launchd", "user:gone.timer", "", "doesn't say what it starts"),
-            ("launchd", "user:--version.timer\n", "", "no journal"), ("launchd", "root:a.timer", "", "no journal"),
-            ("launchd", "user:a.service", "", "no journal"), ("launchd", "cron:/etc/crontab:x", "", "any more"),
-            ("codex", "a", "", "of this lane"), ("moon", "a", "", "no such job"), ("launchd", "x" * 500, "", "no such job"),
+            ("launchd", "user:a.timer", "", "isn't a journal"),
+            ("launchd", "user:gone.timer", "", "doesn't say what it starts"),
+            ("launchd", "user:--version.timer\n", "", "no journal"),
+            ("launchd", "root:a.timer", "", "no journal"),
+            ("launchd", "user:a.service", "", "no journal"), ("launchd", "cron:/etc/crontab:x", "",
+                                                              "any more"),
+            ("codex", "a", "", "of this lane"), ("moon", "a", "", "no such job"),
+            ("launchd", "x" * 500, "", "no such job"),
             ("systemd", "system:a.timer", "srv", "alias"),
         ):
             run, = self.journal(box, identity, lane, target)["journal"]
             self.assertTrue(words in run["line"] and not run["at"], (identity, run))
         self.assertIn("--id", box.bridge("journal", "--lane", "launchd", "--target", "")["error"])
-        self.assertIn("'extra'", box.bridge("journal", "--lane", "a", "--id", "--target", "--target", "", "extra")["error"])
+        self.assertIn("'extra'", box.bridge("journal", "--lane", "a", "--id", "--target", "--target", "",
+                                            "extra")["error"])
 
     def test_crons_starts_are_found_by_user_and_command(self):
         box = Schedulers(self)
         box.write("etc/crontab", "17 * * * * root  cd / && run-parts /etc/cron.hourly\n")
         box.write("journal-CRON", "\n".join([
-            entry(60, "(root) CMD (  cd / && run-parts /etc/cron.hourly)"), entry(50, "(ann) CMD (cd / && run-parts /etc/cron.hourly)"),
-            entry(40, "(root) CMD (other)"), entry(30, "pam_unix(cron:session)"), entry(0, "(root) CMD (cd / && run-parts /etc/cron.hourly)")]))
+            entry(60, "(root) CMD (  cd / && run-parts /etc/cron.hourly)"),
+            entry(50, "(ann) CMD (cd / && run-parts /etc/cron.hourly)"),
+            entry(40, "(root) CMD (other)"), entry(30, "pam_unix(cron:session)"),
+            entry(0, "(root) CMD (cd / && run-parts /etc/cron.hourly)")]))
         identity, = (row["id"] for row in box.bridge("list")["automations"])
         answer = self.journal(box, identity)
         self.assertEqual([run["at"][11:19] for run in answer["journal"]], ["08:01:00", "08:00:00"])
@@ -86,7 +97,8 @@ class ActTest(unittest.TestCase):
             ("enable", {**off, "deaf": True}, {}, False, "had no full effect", "inactive, disabled"),
             ("disable", {"refuses": True}, {}, False, "Access denied", "active, enabled"),
             ("disable", {"for_all_users": True}, {}, False, "enabled for all users", "inactive, enabled"),
-            ("enable", {"UnitFileState": "static", "ActiveState": "inactive"}, {}, False, "own interface", ""),
+            ("enable", {"UnitFileState": "static", "ActiveState": "inactive"}, {}, False, "own interface",
+             ""),
             ("enable", {"LoadState": "masked"}, {}, False, "can't be loaded: masked", ""),
             ("run", {}, {}, True, "run · a.service · ran to its end", "inactive"),
             ("run", {}, {"outcome": "goes on"}, True, "is running", "active"),
@@ -114,36 +126,49 @@ class ActTest(unittest.TestCase):
         box.timer("a.timer")
         box.tool("systemctl", f'echo "$@" >> "{box.root}/asked"; exit 1')
         refused = (
-            ("disable", "system:a.timer", "launchd"), ("run", "cron:crontab:1", "launchd"), ("enable", "user:a.timer", "systemd"),
-            ("run", "a", "codex"), ("disable", "a", "orca"), ("run", "a", "cloud"), ("run", "a", "registry"), ("plan", "a", "registry"),
-            ("enable", "user:--root=/x", "launchd"), ("enable", "user:a.service", "launchd"), ("enable", "user:$(id).timer", "launchd"),
-            ("enable", "user:a.timer\nb.timer", "launchd"), ("enable", "user:../a.timer", "launchd"), ("enable", "user:a@.timer", "launchd"),
-            ("enable", "user:" + "x" * 300 + ".timer", "launchd"), ("enable", "user:.timer", "launchd"), ("enable", "a.timer", "launchd"),
-            ("stop", "user:a.timer", "launchd"), ("", "user:a.timer", "launchd"), ("enable", "", "launchd"), ("enable", "user:a.timer", ""),
+            ("disable", "system:a.timer", "launchd"), ("run", "cron:crontab:1", "launchd"),
+            ("enable", "user:a.timer", "systemd"),
+            ("run", "a", "codex"), ("disable", "a", "orca"), ("run", "a", "cloud"), ("run", "a", "registry"),
+            ("plan", "a", "registry"),
+            ("enable", "user:--root=/x", "launchd"), ("enable", "user:a.service", "launchd"),
+            ("enable", "user:$(id).timer", "launchd"),
+            ("enable", "user:a.timer\nb.timer", "launchd"), ("enable", "user:../a.timer", "launchd"),
+            ("enable", "user:a@.timer", "launchd"),
+            ("enable", "user:" + "x" * 300 + ".timer", "launchd"), ("enable", "user:.timer", "launchd"),
+            ("enable", "a.timer", "launchd"),
+            ("stop", "user:a.timer", "launchd"), ("", "user:a.timer", "launchd"), ("enable", "", "launchd"),
+            ("enable", "user:a.timer", ""),
             ("enable", "user:\udcff.timer", "launchd"), ("plan", "user:a.timer", "launchd"),
         )
         for op, identity, lane in refused:
             answer = box.act(op, identity, lane)
-            self.assertEqual((answer["ok"], bool(answer["error"]), bool(answer["receipt"])), (False, True, True), (op, identity, lane))
-        for words in (("--lane", "launchd", "--id", "user:a.timer", "--op", "enable"), (), ("--id",), ("--confirm", "--confirm"),
+            self.assertEqual((answer["ok"], bool(answer["error"]), bool(answer["receipt"])),
+                             (False, True, True), (op, identity, lane))
+        for words in (("--lane", "launchd", "--id", "user:a.timer", "--op", "enable"), (), ("--id",),
+                      ("--confirm", "--confirm"),
                       ("--lane", "launchd", "--id", "user:a.timer", "--op", "enable", "--confirm", "x")):
             self.assertFalse(box.bridge("act", *words)["ok"], words)
         self.assertEqual([receipt["result"] for receipt in box.receipts()], ["refused"] * (len(refused) + 5))
-        self.assertEqual(sorted(os.listdir(box.root)), sorted(["bin", "etc", "home", "proc", "spool", "state.json"]))
+        self.assertEqual(sorted(os.listdir(box.root)), sorted(["bin", "etc", "home", "proc", "spool",
+                                                               "state.json"]))
 
     def test_switching_on_asks_the_registry_and_the_quota_first(self):
         entry_ = {"lane": "launchd", "id": "user:a.timer"}
         limits = {"primary": {"used_percent": 85, "window_minutes": 300, "resets_at": NOW + 60}}
         told = json.dumps({"timestamp": "2026-11-25T07:59:00.000Z", "payload": {"rate_limits": limits}})
         for registry, session, words in (
-            ([{**entry_, "blocked": True}], "", "has a.timer blocked"), ([{**entry_, "min_quota_pct": 20}], "", "no quota can be observed"),
-            ([{**entry_, "min_quota_pct": 20}], told, "15% is left"), ([{**entry_, "min_quota_pct": 15}], told, ""),
-            ([{"lane": "launchd", "id": "user:other.timer", "blocked": True}], "", ""), ([entry_, "fault"], "", "entry 2"),
+            ([{**entry_, "blocked": True}], "", "has a.timer blocked"),
+            ([{**entry_, "min_quota_pct": 20}], "", "no quota can be observed"),
+            ([{**entry_, "min_quota_pct": 20}], told, "15% is left"),
+            ([{**entry_, "min_quota_pct": 15}], told, ""),
+            ([{"lane": "launchd", "id": "user:other.timer", "blocked": True}], "", ""),
+            ([entry_, "fault"], "", "entry 2"),
             ("broken", "", "no list"),
         ):
             box = Schedulers(self)
             box.timer("a.timer", ActiveState="inactive", UnitFileState="disabled")
-            box.write("home/.config/zol-mini-apps/ostrel-automations.json", {"version": 1, "automations": registry})
+            box.write("home/.config/zol-mini-apps/ostrel-automations.json",
+                      {"version": 1, "automations": registry})
             box.write("home/.codex/sessions/2026/11/25/rollout.jsonl", session)
             answer = box.act("enable", "user:a.timer")
             self.assertEqual(answer["ok"], not words, answer)
@@ -190,17 +215,20 @@ class ActTest(unittest.TestCase):
         self.assertTrue(answer["ok"] and name in answer["message"], answer)
         with open(f"{folder}/{name}", encoding="utf-8") as file:
             text = file.read()
-        self.assertTrue(text.startswith("# Transfer of Cloud # job\n") and "- schedule: daily\n" in text, text)
+        self.assertTrue(text.startswith("# Transfer of Cloud # job\n") and "- schedule: daily\n" in text,
+                        text)
         self.assertFalse(box.act("plan", "other", "cloud")["ok"])
         with open(box.root + "/state.json", "rb") as file:
             self.assertEqual(file.read(), before)
 
     def test_an_action_that_is_ended_in_the_middle_leaves_a_receipt_and_no_child(self):
         box = Schedulers(self)
-        box.tool("systemctl", f'echo $$ > "{box.root}/pid.new"; /bin/mv "{box.root}/pid.new" "{box.root}/pid"; exec /bin/sleep 300')
+        box.tool("systemctl", f'cd "{box.root}"; echo $$ > new; /bin/mv new pid; exec /bin/sleep 300')
         child = subprocess.Popen(
-            ["/usr/bin/python3", "-B", SCRIPT, "act", "--lane", "launchd", "--id", "user:a.timer", "--op", "enable", "--confirm"],
-            stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, env={"HOME": box.home, "PATH": box.root + "/bin"})
+            ["/usr/bin/python3", "-B", SCRIPT, "act", "--lane", "launchd", "--id", "user:a.timer", "--op",
+             "enable", "--confirm"],
+            stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+            env={"HOME": box.home, "PATH": box.root + "/bin"})
         limit = time.monotonic() + 60
         while not os.path.exists(box.root + "/pid"):
             self.assertLess(time.monotonic(), limit)
@@ -217,7 +245,8 @@ class ActTest(unittest.TestCase):
 class ToolsTest(unittest.TestCase):
     def test_a_tool_is_given_its_words_as_they_are_and_plain_surroundings(self):
         box = Schedulers(self)
-        box.tool("show", 'for word; do echo "[$word]"; done; echo "$LC_ALL $TZ $SYSTEMD_PAGER. $LANGUAGE."; /bin/cat')
+        box.tool("show", 'for word; do echo "[$word]"; done; echo "$LC_ALL $TZ $SYSTEMD_PAGER. $LANGUAGE.";'
+                 " /bin/cat")
         os.environ["LANGUAGE"] = "de"
         self.addCleanup(os.environ.pop, "LANGUAGE")
         outcome = tools.run(box.places, ["show", "$(id)", "a b", "", "*", "-x\n"], stdin=b"in" * 200000)
@@ -226,9 +255,12 @@ class ToolsTest(unittest.TestCase):
     def test_a_tool_that_does_not_end_well_is_told_in_words_and_leaves_nothing(self):
         box = Schedulers(self)
         for script, problem, failure, status in (
-            ("exit 0", "", "", 0), ("echo why >&2; echo more >&2; exit 3", "", "why", 3), ("exit 4", "", "ended with status 4", 4),
-            ("kill -9 $$", "", "ended with status -9", -9), ("trap '' TERM; /bin/sleep 300 & wait", "gave no answer within 1 s", "", -1),
-            ("exec /usr/bin/yes", "printed more than 1 MiB", "", -1), ("exec /usr/bin/yes >&2", "printed more than 1 MiB", "", -1),
+            ("exit 0", "", "", 0), ("echo why >&2; echo more >&2; exit 3", "", "why", 3),
+            ("exit 4", "", "ended with status 4", 4),
+            ("kill -9 $$", "", "ended with status -9", -9), ("trap '' TERM; /bin/sleep 300 & wait",
+                                                             "gave no answer within 1 s", "", -1),
+            ("exec /usr/bin/yes", "printed more than 1 MiB", "", -1),
+            ("exec /usr/bin/yes >&2", "printed more than 1 MiB", "", -1),
             ("exec >&- 2>&-; exec /bin/sleep 300", "gave no answer within 1 s", "", -1),
         ):
             box.tool("bad", script)

@@ -27,7 +27,8 @@ class ServerTest(unittest.TestCase):
     def setUp(self):
         self.box = box = Schedulers(self)
         for name in ("host", "other", "login"):
-            subprocess.run(["ssh-keygen", "-q", "-t", "ed25519", "-N", "", "-C", "", "-f", f"{box.root}/{name}"], check=True,
+            subprocess.run(["ssh-keygen", "-q", "-t", "ed25519", "-N", "", "-C", "", "-f",
+                            f"{box.root}/{name}"], check=True,
                            stdin=subprocess.DEVNULL)
         shutil.copy(box.root + "/login.pub", box.root + "/authorized")
         with socket.socket() as probe:
@@ -52,7 +53,8 @@ class ServerTest(unittest.TestCase):
             os.makedirs("/run/sshd", mode=0o755, exist_ok=True)
         log = open(box.root + "/log", "wb")
         self.addCleanup(log.close)
-        daemon = subprocess.Popen([SSHD, "-D", "-e", "-f", box.root + "/sshd"], stdin=subprocess.DEVNULL, stderr=log)
+        daemon = subprocess.Popen([SSHD, "-D", "-e", "-f", box.root + "/sshd"], stdin=subprocess.DEVNULL,
+                                  stderr=log)
         self.addCleanup(daemon.wait)
         self.addCleanup(daemon.terminate)
         limit = time.monotonic() + 60
@@ -88,16 +90,20 @@ class ServerTest(unittest.TestCase):
     def test_the_servers_timers_and_journals_are_read_and_never_switched(self):
         box = self.box
         box.timer("esc\\x20aped.timer", "system", job={"User": "deploy"})
-        box.timer("boot.timer", "system", TimersCalendar="", NextElapseUSecRealtime="", NextElapseUSecMonotonic="900y",
+        box.timer("boot.timer", "system", TimersCalendar="", NextElapseUSecRealtime="",
+                  NextElapseUSecMonotonic="900y",
                   TimersMonotonic="{ OnBootUSec=15min ; next_elapse=1h }")
         box.timer("own.timer")
         box.write("journal-esc\\x20aped.service", json.dumps({
-            "__REALTIME_TIMESTAMP": "1795593600000000", "MESSAGE": "it's $HOME `x` \"done\"", "_SYSTEMD_INVOCATION_ID": "r"}))
+            "__REALTIME_TIMESTAMP": "1795593600000000", "MESSAGE": "it's $HOME `x` \"done\"",
+            "_SYSTEMD_INVOCATION_ID": "r"}))
         found = server_timers(box.places, 200)
         rows = {row["id"]: row for row in found.rows}
-        self.assertEqual((sorted(rows), found.alerts), (["system:boot.timer", "system:esc\\x20aped.timer", "user:own.timer"], []))
+        self.assertEqual((sorted(rows), found.alerts), (["system:boot.timer", "system:esc\\x20aped.timer",
+                                                         "user:own.timer"], []))
         row = rows["system:esc\\x20aped.timer"]
-        self.assertEqual([row[key] for key in ("lane", "host", "owner", "last_result", "target", "toggles", "can_run")],
+        self.assertEqual([row[key] for key in ("lane", "host", "owner", "last_result", "target", "toggles",
+                                               "can_run")],
                          ["systemd", "srv.example", "deploy", "ok", "srv.example", False, False])
         self.assertTrue(rows["system:boot.timer"]["next_run"].startswith("29"))
         words = ("journal", "--lane", "systemd", "--id", "system:esc\\x20aped.timer", "--target")
@@ -115,7 +121,8 @@ class ServerTest(unittest.TestCase):
         box.write("authorized", "")
         self.assertIn("Permission denied", server_timers(box.places, 200).note)
         shutil.copy(box.root + "/login.pub", box.root + "/authorized")
-        box.write("server/systemctl", "#!/bin/sh\necho 'System has not been booted with systemd' >&2; exit 1\n", 0o755)
+        absent = "#!/bin/sh\necho 'System has not been booted with systemd' >&2; exit 1\n"
+        box.write("server/systemctl", absent, 0o755)
         self.assertEqual(server_timers(box.places, 200).note, "no system systemd runs on srv.example")
         # The server's side doesn't hear of an end here, so it is ended by its number.
         box.write("server/systemctl", f"#!/bin/sh\necho $$ > {box.root}/pid\nexec /bin/sleep 300\n", 0o755)

@@ -4,8 +4,8 @@ import unittest
 
 from schedulers import NOW, SETTINGS, Schedulers
 
-TEXT_KEYS = ("lane lane_title id title schedule state executor host owner registry family tag observation location"
-             " migration registry_state target last_run last_result next_run").split()
+TEXT_KEYS = ("lane lane_title id title schedule state executor host owner registry family tag observation"
+             " location migration registry_state target last_run last_result next_run").split()
 ROW = {**dict.fromkeys(TEXT_KEYS, str), **dict.fromkeys(("active", "can_run", "toggles"), bool)}
 LANE = {"key": str, "title": str, "owner": str, "registry": str, "count": int, "observed": bool, "note": str}
 TOP = {"read_at": str, "ok": bool, "error": str, "generated_at": str, "counts": dict, "quotas": list,
@@ -31,10 +31,12 @@ class InventoryTest(unittest.TestCase):
         self.assertEqual([lane["key"] for lane in found["lanes"]], LANES)
         self.assertEqual([lane["count"] for lane in found["lanes"]], [1, 1, 3, 0, 1, 1])
         self.assertEqual([lane["observed"] for lane in found["lanes"]], [True, True, True, False, True, True])
-        for record, shape in [(lane, LANE) for lane in found["lanes"]] + [(r, ROW) for r in found["automations"]]:
+        for record, shape in [(lane, LANE) for lane in found["lanes"]] + [(r, ROW)
+                                                                          for r in found["automations"]]:
             self.assertEqual(types(record), shape)
         self.assertEqual(found["counts"], {"total": 7, "active": 4})
-        self.assertEqual((found["ok"], found["alerts"], found["generated_at"]), (True, [], "2026-11-25T08:00:00+00:00"))
+        self.assertEqual((found["ok"], found["alerts"], found["generated_at"]),
+                         (True, [], "2026-11-25T08:00:00+00:00"))
         self.assertEqual([row["family"] for row in found["automations"]],
                          ["panel", "dot", "bar", "bar", "bar", "stack", "ring"])
 
@@ -53,7 +55,8 @@ class InventoryTest(unittest.TestCase):
         cases = (
             # properties of the timer, of its job: state, active, result, switched here
             ({}, {}, "enabled", True, "ok", True),
-            ({"ActiveState": "inactive", "UnitFileState": "disabled"}, never, "disabled", False, "unobserved", True),
+            ({"ActiveState": "inactive", "UnitFileState": "disabled"}, never, "disabled", False, "unobserved",
+             True),
             ({"ActiveState": "inactive"}, {}, "enabled, not started", False, "ok", True),
             ({"UnitFileState": "disabled"}, {}, "started, not enabled", True, "ok", True),
             ({"UnitFileState": "static"}, {"ActiveState": "activating"}, "enabled", True, "running", False),
@@ -61,7 +64,8 @@ class InventoryTest(unittest.TestCase):
              "masked", False, "ok", False),
             ({"LoadState": "bad-setting", "ActiveState": "inactive", "UnitFileState": "static"}, {},
              "bad-setting", False, "ok", False),
-            ({"ActiveState": "failed"}, {"ActiveState": "failed", "Result": "exit-code", "ExecMainStatus": "3"},
+            ({"ActiveState": "failed"}, {"ActiveState": "failed", "Result": "exit-code",
+                                         "ExecMainStatus": "3"},
              "failed", False, "failed: exit-code 3", True),
             ({}, {"Result": "timeout"}, "enabled", True, "failed: timeout", True),
         )
@@ -70,17 +74,21 @@ class InventoryTest(unittest.TestCase):
         rows = box.rows()
         for place, (_, _, *expected) in enumerate(cases):
             row = rows[f"launchd/user:t{place}.timer"]
-            self.assertEqual([row[key] for key in ("state", "active", "last_result", "toggles")], expected, place)
+            self.assertEqual([row[key] for key in ("state", "active", "last_result", "toggles")], expected,
+                             place)
             self.assertEqual("unverified" in row["observation"], expected[0] in ("masked", "bad-setting"))
 
     def test_times_and_rules_are_told_in_words(self):
         box = Schedulers(self)
         box.timer("day.timer", job={"ExecMainStartTimestamp": "Wed 2026-11-25 07:30:00 UTC"})
         box.timer("boot.timer", TimersCalendar="", NextElapseUSecRealtime="", LastTriggerUSec="",
-                  TimersMonotonic=["{ OnBootUSec=15min ; next_elapse=1h }", "{ OnUnitActiveUSec=2d ; next_elapse=1s }"],
+                  TimersMonotonic=["{ OnBootUSec=15min ; next_elapse=1h }",
+                                   "{ OnUnitActiveUSec=2d ; next_elapse=1s }"],
                   NextElapseUSecMonotonic="900y 2month 3w 1d 2h 3min 4.5s")
-        box.timer("off.timer", ActiveState="inactive", TimersCalendar="{ OnCalendar=Mon *-*-* 09:05:00 ; next_elapse=(null) }")
-        box.timer("odd.timer", NextElapseUSecRealtime="Mi 2026-11-25 09:00:00 CET", NextElapseUSecMonotonic="soon",
+        box.timer("off.timer", ActiveState="inactive",
+                  TimersCalendar="{ OnCalendar=Mon *-*-* 09:05:00 ; next_elapse=(null) }")
+        box.timer("odd.timer", NextElapseUSecRealtime="Mi 2026-11-25 09:00:00 CET",
+                  NextElapseUSecMonotonic="soon",
                   TimersCalendar="{ OnCalendar=*-*-* *:00/7:00 ; next_elapse=x }")
         rows = box.rows()
         for name, schedule, last, following in (
@@ -91,7 +99,8 @@ class InventoryTest(unittest.TestCase):
         ):
             row = rows[f"launchd/user:{name}.timer"]
             self.assertEqual((row["schedule"], row["last_run"]), (schedule, last))
-            self.assertTrue(row["next_run"].startswith(following) and bool(row["next_run"]) == bool(following), row)
+            self.assertTrue(row["next_run"].startswith(following)
+                            and bool(row["next_run"]) == bool(following), row)
 
     def test_system_timers_and_templates_are_not_switched_here(self):
         box = Schedulers(self)
@@ -151,7 +160,8 @@ class InventoryTest(unittest.TestCase):
         self.assertTrue(all(row["last_result"] == "ok" for row in rows.values()))
 
     def test_where_the_users_timers_run_depends_on_lingering(self):
-        for answer, words in (("yes", "also while you are logged out"), ("no", "only while you are logged in"),
+        for answer, words in (("yes", "also while you are logged out"),
+                              ("no", "only while you are logged in"),
                               ("perhaps", "this machine")):
             box = Schedulers(self)
             box.timer("a.timer")
@@ -162,7 +172,8 @@ class InventoryTest(unittest.TestCase):
     def test_a_server_alias_that_ssh_could_misread_is_never_used(self):
         from ostrel_lib.automations.server import server_timers
 
-        for alias in ("-oProxyCommand=touch x", "a b", "host;id", "a@b@c", "", 5, "x" * 300, "h\nost", ".", "@h"):
+        for alias in ("-oProxyCommand=touch x", "a b", "host;id", "a@b@c", "", 5, "x" * 300, "h\nost", ".",
+                      "@h"):
             box = Schedulers(self)
             box.tool("ssh", f'touch "{box.root}/asked"')
             box.write("home/" + SETTINGS, {"ostrel.server.alias": alias})

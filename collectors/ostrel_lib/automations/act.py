@@ -47,14 +47,14 @@ class Done:
 
 
 def act(places: Places, options: dict[str, str], problem: str) -> dict[str, object]:
-    """The answer to `act`. `problem` is what is wrong with the command line; it is refused with a receipt like
-    anything else."""
+    """The answer to `act`. `problem` is what is wrong with the command line; it is refused with a receipt
+    like anything else."""
     op = options.get("--op", "")
     receipt = Receipt(places)
     try:
         if receipt.descriptor < 0:
-            return answer(op, Done("refused", f"nothing was done, since no receipt can be written: {receipt.problem}"),
-                          "")
+            why = f"nothing was done, since no receipt can be written: {receipt.problem}"
+            return answer(op, Done("refused", why), "")
         subject = {"op": clean(op, 40), "lane": clean(options.get("--lane", ""), 40),
                    "id": options.get("--id", "")[:400]}
         done = Done("interrupted", "the bridge was ended in the middle; look at the job before trying again")
@@ -81,7 +81,8 @@ def interrupt(*_: object) -> None:
 def answer(op: str, done: Done, receipt: str) -> dict[str, object]:
     """What is printed."""
     ok = done.result in ("done", "unchanged")
-    said = {"message": clean(done.words)} if ok else {"error": clean(done.words), "stderr": clean(done.stderr)}
+    words = clean(done.words)
+    said = {"message": words} if ok else {"error": words, "stderr": clean(done.stderr)}
     return {"ok": ok, "op": op, **said, "receipt": receipt}
 
 
@@ -126,15 +127,17 @@ def described(timer: dict[str, str]) -> str:
 
 def reached(timer: dict[str, str], op: str) -> bool:
     """Whether a timer is in the state that the action leads to."""
-    active, file = timer.get("ActiveState") == "active", timer.get("UnitFileState")
-    return active and file in systemd.ENABLED if op == "enable" else not active and file not in systemd.ENABLED
+    active = timer.get("ActiveState") == "active"
+    enabled = timer.get("UnitFileState") in systemd.ENABLED
+    return active and enabled if op == "enable" else not active and not enabled
 
 
 def switch(manager: Manager, unit: str, timer: dict[str, str], op: str) -> Done:
     """Enables or disables a timer, and starts or stops it with that. What it started already goes on."""
     before = described(timer)
     if timer.get("UnitFileState") not in systemd.SWITCHABLE:
-        return Done("refused", f"{unit} is {timer.get('UnitFileState') or 'unknown'}: {ELSEWHERE}", before=before)
+        return Done("refused", f"{unit} is {timer.get('UnitFileState') or 'unknown'}: {ELSEWHERE}",
+                    before=before)
     if reached(timer, op):
         return Done("unchanged", f"{unit} is {op}d already", before=before, after=before)
     if op == "enable" and (refusal := objection(manager.places, unit)):
@@ -168,7 +171,8 @@ def objection(places: Places, unit: str) -> str:
     needed = entry.get("min_quota_pct")
     if type(needed) not in (int, float):
         return ""
-    windows = [window for row in quotas(places, True) for window in row["windows"]]  # type: ignore[attr-defined]
+    windows = [window for row in quotas(places, True)
+               for window in row["windows"]]  # type: ignore[attr-defined]
     if not windows:
         return f"your registry asks for {needed}% of the quota, and no quota can be observed"
     left = min(window["remaining"] for window in windows)
@@ -176,13 +180,14 @@ def objection(places: Places, unit: str) -> str:
 
 
 def run_once(manager: Manager, unit: str, timer: dict[str, str]) -> Done:
-    """Starts what a timer starts, once, and looks whether it really began and, if it is short, how it ended."""
+    """Starts what a timer starts, once, and looks whether it really began and, if it is short, how it
+    ended."""
     job_unit = timer.get("Unit", "")
     if not systemd.valid_unit(job_unit):
         return Done("failed", f"{unit} doesn't say what it starts")
     job = look(manager, job_unit)
     before = job.get("ActiveState", "unknown")
-    if job.get("LoadState") != "loaded" or job.get("CanStart") != "yes" or job.get("RefuseManualStart") == "yes":
+    if not systemd.startable(job):
         return Done("refused", f"{job_unit} can't be started by hand", before=before)
     if before in BUSY:
         return Done("refused", f"{job_unit} is running already", before=before, after=before)
@@ -208,7 +213,8 @@ def run_once(manager: Manager, unit: str, timer: dict[str, str]) -> Done:
     ended = systemd.result(now)
     if ended.startswith("failed"):
         return Done("failed", f"{job_unit} ran once and {ended}", "", before, after)
-    return Done("done", f"run · {job_unit} · " + ("is running" if ended == "running" else "ran to its end"), "",
+    return Done("done", f"run · {job_unit} · " + ("is running" if ended == "running" else "ran to its end"),
+                "",
                 before, after)
 
 

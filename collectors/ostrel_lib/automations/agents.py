@@ -45,7 +45,8 @@ def when(value: object) -> str:
 
 
 def codex_jobs(places: Places) -> Found:
-    """The Codex app's automations: one folder each with an `automation.toml`, and its database for the times."""
+    """The Codex app's automations: one folder each with an `automation.toml`, and its database for the
+    times."""
     folder = places.home + "/.codex/automations"
     if not os.path.isdir(folder):
         return Found(False, "the Codex app keeps no automations here")
@@ -211,7 +212,8 @@ def orca_row(
         registry=shortened(places, path), tag="orca", observation="Orca's own state file",
         location="over ssh from this machine" if remote else "this machine",
         last_run=when(job.get("lastRunAt")) or when(started(run)),
-        last_result=run_result(text_of(run.get("status"))), next_run=when(job.get("nextRunAt")) if enabled else "",
+        last_result=run_result(text_of(run.get("status"))),
+        next_run=when(job.get("nextRunAt")) if enabled else "",
     )
 
 

@@ -57,8 +57,8 @@ def print_answer(command: str, words: list[str], places: Places) -> int:
 
 
 def parse(words: list[str], names: tuple[str, ...]) -> tuple[dict[str, str], str]:
-    """The options by name, and what is wrong with them. The word behind a name is its value, whatever it looks
-    like: an id may begin with a dash."""
+    """The options by name, and what is wrong with them. The word behind a name is its value, whatever it
+    looks like: an id may begin with a dash."""
     options: dict[str, str] = {}
     place = 0
     while place < len(words):

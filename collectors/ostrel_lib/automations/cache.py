@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: Apache-2.0
 """The last inventory, kept as the text of its JSON, so that answering from it parses nothing.
 
-The file is one line "ostrel-automations 1 {crc32} {bytes} {seconds since 1970}", then the text. It is believed
-only if it is whole: a reader finds the old inventory, the new one, or none.
+The file is one line "ostrel-automations 1 {crc32} {bytes} {seconds since 1970}", then the text. It is
+believed only if it is whole: a reader finds the old inventory, the new one, or none.
 """
 from __future__ import annotations
 

@@ -18,6 +18,7 @@ MOST_FILE = 4 << 20
 DAEMONS = (b"cron\n", b"crond\n", b"fcron\n", b"busybox\n")
 NAME_LETTERS = frozenset("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_-")
 PERIODS = {"@daily": "1", "@weekly": "7"}
+EVERY = {"1": "daily", "7": "weekly", "@monthly": "monthly"}
 
 
 class Line:
@@ -59,7 +60,8 @@ def daemon_runs(proc: str) -> bool:
 
 
 def tables(places: Places, deadline: Deadline) -> list[tuple[str, list[Line], str]]:
-    """Every table by its name, with its jobs and what is wrong with it. A table that isn't there is left out."""
+    """Every table by its name, with its jobs and what is wrong with it. A table that isn't there is left
+    out."""
     found = [user_table(places, deadline)]
     found.append(system_table(places.etc + "/crontab", "/etc/crontab"))
     folder = places.etc + "/cron.d"
@@ -149,7 +151,8 @@ def cron_row(places: Places, source: str, line: Line, running: bool) -> dict[str
     command = line.command.replace("\\%", "\0").split("%", 1)[0].replace("\0", "%").strip()
     table = source[len("/etc/cron.d/"):] if source.startswith("/etc/cron.d/") else ""
     return automation(
-        "launchd", "cron", f"cron:{source}:{line.id}", f"{table} · {command}" if table else command, schedule=crontime.words(line.fields),
+        "launchd", "cron", f"cron:{source}:{line.id}", f"{table} · {command}" if table else command,
+        schedule=crontime.words(line.fields),
         state="enabled" if running else "no cron daemon runs", active=running, executor=command,
         host=places.host, owner=line.user or "you", registry=source, tag="cron",
         observation="the table was read; cron tells no results", location="this machine", target=source,
@@ -182,7 +185,7 @@ def anacron_jobs(places: Places) -> Found:
 
 def anacron_row(places: Places, period: str, delay: str, name: str, command: str) -> dict[str, object]:
     """One of anacron's jobs as a row."""
-    every = "monthly" if period == "@monthly" else {"1": "daily", "7": "weekly"}.get(period, f"every {period} days")
+    every = EVERY.get(period, f"every {period} days")
     stamp = b"" if "/" in name else read(f"{places.spool}/anacron/{name}", 64).strip()
     day = stamp.decode("ascii", "replace")
     last = f"{day[:4]}-{day[4:6]}-{day[6:8]}" if len(day) == 8 and day.isdecimal() else ""

@@ -78,7 +78,8 @@ def next_time(when: Rhythm, now: float) -> float:
     start = time.localtime(now)
     for ahead in range(FURTHEST):
         # Noon keeps clear of the hours in which clocks are changed.
-        day = time.localtime(time.mktime((start.tm_year, start.tm_mon, start.tm_mday + ahead, 12, 0, 0, 0, 0, -1)))
+        noon = (start.tm_year, start.tm_mon, start.tm_mday + ahead, 12, 0, 0, 0, 0, -1)
+        day = time.localtime(time.mktime(noon))
         if not when.on(day.tm_mday, day.tm_mon, (day.tm_wday + 1) % 7):
             continue
         for hour in sorted(when.hours):

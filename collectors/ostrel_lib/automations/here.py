@@ -34,6 +34,8 @@ def machine_jobs(places: Places, seconds: float) -> Found:
 
 
 def lingering(places: Places, deadline: Deadline) -> str:
-    """Where the user's own timers run; "" when that can't be told. Without lingering they end with the login."""
-    told = run(places, ["loginctl", "show-user", "--property=Linger", "--", str(os.getuid())], deadline.left())
+    """Where the user's own timers run; "" when that can't be told. Without lingering they end with the
+    login."""
+    told = run(places, ["loginctl", "show-user", "--property=Linger", "--", str(os.getuid())],
+               deadline.left())
     return {b"Linger=yes": ALWAYS, b"Linger=no": LOGGED_IN}.get(told.out.strip(), "")

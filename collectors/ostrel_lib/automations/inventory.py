@@ -16,7 +16,8 @@ MOST_ROWS = 40000
 
 
 def collect(places: Places, seconds: float) -> bytes:
-    """Reads every lane within about `seconds`, keeps the result for later answers, and gives its JSON text."""
+    """Reads every lane within about `seconds`, keeps the result for later answers, and gives its JSON
+    text."""
     document = inventory(places, seconds)
     text = dump(document).encode("ascii")
     problem = cache.store(places.cache, text, places.clock())

@@ -26,8 +26,8 @@ SYSTEMD = "systemd"
 
 
 def journal(places: Places, options: dict[str, str]) -> dict[str, object]:
-    """The answer to `journal`: the runs, newest first, and for timers the times and the result as they are now.
-    A reason for having nothing stands as the only line of the journal."""
+    """The answer to `journal`: the runs, newest first, and for timers the times and the result as they are
+    now. A reason for having nothing stands as the only line of the journal."""
     lane, identity = options.get("--lane", ""), options.get("--id", "")
     if lane not in LANE_KEYS or not usable_id(identity):
         return told("there is no such job")
@@ -79,7 +79,8 @@ def timer_runs(manager: Manager, unit: str) -> dict[str, object]:
     if entries:
         answer["journal"] = runs(entries)
     else:
-        answer["journal"] = told(problem or "the journal holds nothing of this job that you may see")["journal"]
+        answer["journal"] = told(problem
+                                 or "the journal holds nothing of this job that you may see")["journal"]
     return answer
 
 

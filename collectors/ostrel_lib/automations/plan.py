@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
-"""A checklist for moving a job to another scheduler, saved as a text of the user's own. It changes nothing."""
+"""A checklist for moving a job to another scheduler, saved as a text of the user's own. It changes
+nothing."""
 from __future__ import annotations
 
 import os
@@ -46,7 +47,8 @@ def save(places: Places, lane: str, identity: str) -> Done:
     with open(path, "rb") as file:
         if not file.read(1):
             return Done("failed", "the plan can't be read back")
-    return Done("done", f"plan · {clean(str(row['title']), 80)} · saved in Ostrel/plans as {os.path.basename(path)}")
+    title = clean(str(row["title"]), 80)
+    return Done("done", f"plan · {title} · saved in Ostrel/plans as {os.path.basename(path)}")
 
 
 def known(places: Places, lane: str, identity: str) -> dict[str, object] | None:

@@ -17,8 +17,8 @@ MARK = b'"rate_limits"'
 
 
 def quotas(places: Places, guarded: bool) -> list[dict[str, object]]:
-    """The quota rows of the inventory: one for this machine, none when no session tells it. `guarded` says that
-    the user's registry asks for some quota before a job is switched on."""
+    """The quota rows of the inventory: one for this machine, none when no session tells it. `guarded` says
+    that the user's registry asks for some quota before a job is switched on."""
     for path in newest_sessions(places.home + "/.codex/sessions"):
         found = last_limits(path)
         if found:

@@ -12,8 +12,8 @@ KIND = "automation"
 
 
 class Receipt:
-    """The day's file, opened before anything is done: what can't leave a receipt isn't done. `descriptor` is -1
-    when it can't be opened, and `problem` says why."""
+    """The day's file, opened before anything is done: what can't leave a receipt isn't done. `descriptor`
+    is -1 when it can't be opened, and `problem` says why."""
 
     __slots__ = ("path", "descriptor", "problem", "clock")
 
@@ -26,7 +26,8 @@ class Receipt:
         try:
             os.makedirs(folder, mode=0o700, exist_ok=True)
             self.descriptor = os.open(
-                self.path, os.O_RDWR | os.O_APPEND | os.O_CREAT | os.O_NOFOLLOW | os.O_NONBLOCK | os.O_CLOEXEC,
+                self.path,
+                os.O_RDWR | os.O_APPEND | os.O_CREAT | os.O_NOFOLLOW | os.O_NONBLOCK | os.O_CLOEXEC,
                 0o600)
         except OSError as problem:
             self.problem = problem.strerror or "it can't be opened"

@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: Apache-2.0
 """The forms in which systemd's tools print, and what they say of a timer. No tool is run here.
 
-The tools are asked in English and in UTC (`tools.SPOKEN`), and for properties, not for tables: their names and
-forms have been the same since long before JSON came.
+The tools are asked in English and in UTC (`tools.SPOKEN`), and for properties, not for tables: their names
+and forms have been the same since long before JSON came.
 """
 from __future__ import annotations
 
@@ -11,7 +11,8 @@ from ostrel_lib.automations.rows import clean
 
 TIMER_PROPERTIES = (
     "Id", "Description", "LoadState", "ActiveState", "UnitFileState", "FragmentPath", "Unit",
-    "NextElapseUSecRealtime", "NextElapseUSecMonotonic", "LastTriggerUSec", "TimersCalendar", "TimersMonotonic",
+    "NextElapseUSecRealtime", "NextElapseUSecMonotonic", "LastTriggerUSec", "TimersCalendar",
+    "TimersMonotonic",
 )
 JOB_PROPERTIES = (
     "Id", "LoadState", "ActiveState", "Result", "ExecMainStartTimestamp", "ExecMainExitTimestamp",
@@ -78,8 +79,8 @@ def blocks(text: bytes) -> dict[str, dict[str, str]]:
     """The properties of each unit that `show` printed, by the unit's id.
 
     Of a property that stands more than once the values are joined with "; ": timers have one for each rule.
-    Where a unit was asked for twice the first answer counts, as does the first id in a block: a description may
-    hold line ends.
+    Where a unit was asked for twice the first answer counts, as does the first id in a block: a description
+    may hold line ends.
     """
     found: dict[str, dict[str, str]] = {}
     for block in text.decode("utf-8", "replace").split("\n\n"):
@@ -157,8 +158,8 @@ def state(timer: dict[str, str]) -> str:
 
 
 def result(job: dict[str, str]) -> str:
-    """How the last run of a timer's job ended: "ok", "failed: …", "running", or "unobserved" for one that this
-    boot hasn't seen."""
+    """How the last run of a timer's job ended: "ok", "failed: …", "running", or "unobserved" for one that
+    this boot hasn't seen."""
     active = job.get("ActiveState", "")
     if active in ("active", "activating", "reloading", "deactivating") and job.get("InvocationID"):
         return "running"
@@ -213,6 +214,12 @@ def after_words(name: str) -> str:
         "OnActiveUSec": "after the timer's start", "OnUnitActiveUSec": "after the last start",
         "OnUnitInactiveUSec": "after the last end",
     }.get(name, "after " + name)
+
+
+def startable(job: dict[str, str]) -> bool:
+    """Whether a job may be started by hand."""
+    return (job.get("LoadState") == "loaded" and job.get("CanStart") == "yes"
+            and job.get("RefuseManualStart") != "yes")
 
 
 def command(job: dict[str, str]) -> str:

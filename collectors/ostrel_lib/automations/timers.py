@@ -74,7 +74,8 @@ def show(
 def read(manager: Manager) -> Found:
     """All timers of a manager as rows, those that are switched off too."""
     listed = ask(manager, "systemctl", [
-        "--" + manager.scope, "list-unit-files", "--type=timer", "--no-legend", "--no-pager", "--full", "--plain"])
+        "--" + manager.scope, "list-unit-files", "--type=timer", "--no-legend", "--no-pager", "--full",
+        "--plain"])
     if listed.missing or systemd.not_here(listed.failure):
         return Found(False, nobody(manager))
     names, sound = systemd.unit_files(listed.out)
@@ -87,7 +88,7 @@ def read(manager: Manager) -> Found:
     if not sound:
         found.alerts.append(f"{manager.scope} timers: some lines of the list can't be read")
     if len(names) > MOST_TIMERS:
-        found.alerts.append(f"{manager.scope} timers: {len(names)} of them, the first {MOST_TIMERS} are shown")
+        found.alerts.append(f"{manager.scope} timers: the first {MOST_TIMERS} of {len(names)} are shown")
     # The pattern finds what has no file of its own: instances of templates and transient timers.
     timers, problem = show(manager, ["*.timer", *names[:MOST_TIMERS]], systemd.TIMER_PROPERTIES)
     timers = {name: timer for name, timer in timers.items() if systemd.valid_unit(name, "timer")}
@@ -135,8 +136,7 @@ def row(manager: Manager, timer: dict[str, str], job: dict[str, str], now: float
         executor=" · ".join(part for part in (unit, systemd.command(job)) if part),
         host=manager.places.host if local else manager.alias,
         owner=user, registry=timer.get("FragmentPath", ""), tag=manager.scope + "-timer",
-        can_run=own and job.get("LoadState") == "loaded" and job.get("CanStart") == "yes"
-        and job.get("RefuseManualStart") != "yes" and systemd.valid_unit(unit),
+        can_run=own and systemd.startable(job) and systemd.valid_unit(unit),
         observation="systemctl" + (" over ssh" if not local else "") if loaded else "systemctl · unverified",
         location=place if own else place + " · switched there with systemctl by its owner",
         toggles=own and loaded and timer.get("UnitFileState") in systemd.SWITCHABLE,

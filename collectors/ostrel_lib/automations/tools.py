@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Running the schedulers' own tools: no shell, a language that can be parsed, a limit on time and on output."""
+"""Running the schedulers' own tools: no shell, a language that can be parsed, a limit on time and on
+output."""
 from __future__ import annotations
 
 import os
