@@ -3,6 +3,7 @@
 import json
 import os
 import shutil
+import signal
 import sys
 import tempfile
 import time
@@ -96,11 +97,12 @@ class Schedulers:
 
         with tempfile.TemporaryFile() as file:
             sys.stdout.flush()
-            kept = os.dup(1)
+            kept, handler = os.dup(1), signal.getsignal(signal.SIGTERM)
             os.dup2(file.fileno(), 1)
             try:
                 status = main([SCRIPT, *words], self.places)
             finally:
+                signal.signal(signal.SIGTERM, handler)
                 os.dup2(kept, 1)
                 os.close(kept)
             file.seek(0)

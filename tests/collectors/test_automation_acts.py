@@ -62,7 +62,8 @@ class JournalTest(unittest.TestCase):
             ("launchd", "root:a.timer", "", "no journal"),
             ("launchd", "user:a.service", "", "no journal"), ("launchd", "cron:/etc/crontab:x", "",
                                                               "any more"),
-            ("codex", "a", "", "of this lane"), ("moon", "a", "", "no such job"),
+            ("codex", "a", "", "no run of it"), ("cloud", "a", "", "of this lane"),
+            ("moon", "a", "", "no such job"),
             ("launchd", "x" * 500, "", "no such job"),
             ("systemd", "system:a.timer", "srv", "alias"),
         ):
@@ -221,25 +222,29 @@ class ActTest(unittest.TestCase):
         with open(box.root + "/state.json", "rb") as file:
             self.assertEqual(file.read(), before)
 
-    def test_an_action_that_is_ended_in_the_middle_leaves_a_receipt_and_no_child(self):
-        box = Schedulers(self)
-        box.tool("systemctl", f'cd "{box.root}"; echo $$ > new; /bin/mv new pid; exec /bin/sleep 300')
-        child = subprocess.Popen(
-            ["/usr/bin/python3", "-B", SCRIPT, "act", "--lane", "launchd", "--id", "user:a.timer", "--op",
-             "enable", "--confirm"],
-            stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
-            env={"HOME": box.home, "PATH": box.root + "/bin"})
-        limit = time.monotonic() + 60
-        while not os.path.exists(box.root + "/pid"):
-            self.assertLess(time.monotonic(), limit)
-            time.sleep(0.01)
-        child.send_signal(signal.SIGTERM)
-        answer = json.loads(child.communicate(timeout=60)[0])
-        self.assertIn("ended in the middle", answer["error"])
-        with open(answer["receipt"], encoding="ascii") as file:
-            self.assertEqual(json.loads(file.read())["result"], "interrupted")
-        with open(box.root + "/pid", encoding="ascii") as file:
-            self.assertFalse(os.path.exists(f"/proc/{int(file.read())}"))
+    def test_a_bridge_that_is_ended_in_the_middle_leaves_no_child_and_an_action_leaves_a_receipt(self):
+        act = ("act", "--lane", "launchd", "--id", "user:a.timer", "--op", "enable", "--confirm")
+        for words in (act, ("list", "--refresh"), ("journal", "--lane", "launchd", "--id", "user:a.timer")):
+            box = Schedulers(self)
+            box.tool("systemctl", f'cd "{box.root}"; echo $$ > new; /bin/mv new pid; exec /bin/sleep 300')
+            child = subprocess.Popen(
+                ["/usr/bin/python3", "-B", SCRIPT, *words], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                env={"HOME": box.home, "PATH": box.root + "/bin"})
+            limit = time.monotonic() + 60
+            while not os.path.exists(box.root + "/pid"):
+                self.assertLess(time.monotonic(), limit)
+                time.sleep(0.01)
+            child.send_signal(signal.SIGTERM)
+            out, _ = child.communicate(timeout=60)
+            with open(box.root + "/pid", encoding="ascii") as file:
+                self.assertFalse(os.path.exists(f"/proc/{int(file.read())}"), words)
+            if words is act:
+                answer = json.loads(out)
+                self.assertIn("ended in the middle", answer["error"])
+                with open(answer["receipt"], encoding="ascii") as file:
+                    self.assertEqual(json.loads(file.read())["result"], "interrupted")
+            else:
+                self.assertEqual((out, child.returncode), (b"", 1), words)
 
 
 class ToolsTest(unittest.TestCase):

@@ -57,6 +57,7 @@ class CronTest(unittest.TestCase):
         box.write("etc/anacrontab", "START_HOURS_RANGE=7-22\n1\t5\tcron.daily\trun-parts /etc/cron.daily\n"
                   "@monthly 15 m x y\n")
         box.write("spool/anacron/cron.daily", "20261124\n")
+        box.tool("anacron", "exit 1")
         found = cron_of(box)
         self.assertEqual([[row[key] for key in ("title", "schedule", "owner", "registry", "next_run")]
                           for row in found.rows], [
@@ -69,6 +70,9 @@ class CronTest(unittest.TestCase):
             ["cron.daily", "daily, 5 min after the start", "root", "/etc/anacrontab", ""],
             ["m", "monthly, 15 min after the start", "root", "/etc/anacrontab", ""],
         ])
+        self.assertEqual({row["state"] for row in found.rows}, {"enabled"})
+        os.remove(box.root + "/bin/anacron")
+        self.assertEqual([row["active"] for row in cron_of(box).rows], [True] * 4 + [False] * 2)
         self.assertEqual((found.alerts, found.rows[4]["last_run"]), ([], "2026-11-24"))
         self.assertTrue(all(row["active"] and not row["toggles"] and not row["can_run"]
                             for row in found.rows))
@@ -128,10 +132,12 @@ class AgentsTest(unittest.TestCase):
         os.makedirs(box.home + "/.codex/sqlite")
         base = sqlite3.connect(box.home + "/.codex/sqlite/codex-dev.db")
         base.execute("CREATE TABLE automations (id, last_run_at, next_run_at)")
-        base.execute("CREATE TABLE automation_runs (automation_id, status, created_at)")
+        base.execute("CREATE TABLE automation_runs"
+                     " (automation_id, status, created_at, inbox_title, inbox_summary)")
         base.execute("INSERT INTO automations VALUES ('a', ?, ?)", ((NOW - 60) * 1000, (NOW + 60) * 1000))
-        base.executemany("INSERT INTO automation_runs VALUES ('a', ?, ?)",
-                         [("PENDING_REVIEW", 1), ("FAILED", 9), ("RUNNING", 5)])
+        base.executemany("INSERT INTO automation_runs VALUES ('a', ?, ?, ?, ?)", [
+            ("PENDING_REVIEW", 1000, "Title", None), ("FAILED", 9000, "Title", "It\nbroke"),
+            (None, 5000, 7, b"")])
         base.commit()
         base.close()
         found = agents.codex_jobs(box.places)
@@ -145,6 +151,10 @@ class AgentsTest(unittest.TestCase):
         self.assertEqual([second[key] for key in ("title", "schedule", "state", "active", "last_result")],
                          ["two lines:colon", "every now and then", "paused", False, "unobserved"])
         self.assertEqual(found.alerts, ["codex: c/automation.toml: it isn't TOML"])
+        answer = box.bridge("journal", "--lane", "codex", "--id", "a", "--target", "")
+        self.assertEqual([list(run.values()) for run in answer["journal"]], [
+            ["1970-01-01T00:00:09+00:00", "failed", "It broke"], ["1970-01-01T00:00:05+00:00", "", ""],
+            ["1970-01-01T00:00:01+00:00", "pending review", "Title"]])
         box.write("home/.codex/sqlite/codex-dev.db", b"no database" * 999)
         self.assertEqual(agents.codex_jobs(box.places).rows[0]["last_run"], "")
 
@@ -157,8 +167,9 @@ class AgentsTest(unittest.TestCase):
                  "nextRunAt": (NOW + 300) * 1000, "lastRunAt": (NOW - 300) * 1000},
                 {"id": "r2", "enabled": False, "nextRunAt": NOW * 1000}, {"id": 5}, "text",
                 {"name": "no id"}],
-            "automationRuns": [{"automationId": "r1", "status": "completed", "startedAt": 5},
-                               {"automationId": "r1", "status": "dispatch_failed", "startedAt": 9}, "text",
+            "automationRuns": [{"automationId": "r1", "status": "completed", "startedAt": 5000},
+                               {"automationId": "r1", "status": "dispatch_failed", "error": "no host",
+                                "startedAt": 9000}, "text",
                                {"automationId": 7}],
         }
         box.write("home/.config/orca/orca-data.json", state)
@@ -172,6 +183,9 @@ class AgentsTest(unittest.TestCase):
                           "2026-11-25T08:05:00+00:00"])
         self.assertEqual((found.rows[1]["state"], found.rows[1]["next_run"]), ("paused", ""))
         self.assertEqual((found.observed, len(found.alerts)), (True, 4))
+        answer = box.bridge("journal", "--lane", "orca", "--id", "r1", "--target", "")
+        self.assertEqual([(run["at"][11:23], run["status"], run["line"]) for run in answer["journal"]],
+                         [("00:00:09+00:", "failed: dispatch", "no host"), ("00:00:05+00:", "ok", "")])
 
     def test_the_quota_is_what_the_newest_session_was_told_last(self):
         box = Schedulers(self)

@@ -114,7 +114,7 @@ class InventoryTest(unittest.TestCase):
         self.assertEqual(sorted(rows), ["launchd/system:apt.timer", "launchd/user:tpl@x.timer"])
         row = rows["launchd/system:apt.timer"]
         self.assertEqual((row["toggles"], row["can_run"], row["owner"]), (False, False, "root"))
-        self.assertIn("switched there with systemctl by its owner", row["location"])
+        self.assertIn("switched elsewhere, by root with systemctl", row["location"])
 
     def test_hostile_names_and_descriptions_give_rows_and_nothing_else(self):
         box = Schedulers(self)

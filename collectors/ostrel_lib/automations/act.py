@@ -13,7 +13,7 @@ from ostrel_lib.automations.places import Places
 from ostrel_lib.automations.receipts import Receipt
 from ostrel_lib.automations.rows import LANE_KEYS, clean, usable_id
 from ostrel_lib.automations.timers import Manager, show
-from ostrel_lib.automations.tools import Deadline, Outcome, run
+from ostrel_lib.automations.tools import Deadline, Interrupted, Outcome, run
 
 OPS = ("run", "disable", "enable", "plan")
 SECONDS = 90.0
@@ -26,10 +26,6 @@ END_LOOKS = 12
 """Looks in which a short run may end, so that its result can be told."""
 ELSEWHERE = "it is switched only in its own interface"
 BUSY = ("active", "activating", "reloading", "deactivating")
-
-
-class Interrupted(BaseException):
-    """The process was asked to end."""
 
 
 class Done:
@@ -58,7 +54,6 @@ def act(places: Places, options: dict[str, str], problem: str) -> dict[str, obje
         subject = {"op": clean(op, 40), "lane": clean(options.get("--lane", ""), 40),
                    "id": options.get("--id", "")[:400]}
         done = Done("interrupted", "the bridge was ended in the middle; look at the job before trying again")
-        previous = signal.signal(signal.SIGTERM, interrupt)
         try:
             done = carry_out(places, options, problem)
         except Interrupted:
@@ -67,15 +62,9 @@ def act(places: Places, options: dict[str, str], problem: str) -> dict[str, obje
             signal.signal(signal.SIGTERM, signal.SIG_IGN)
             written = receipt.write({**subject, "result": done.result, "detail": clean(done.words),
                                      "before": done.before, "after": done.after})
-            signal.signal(signal.SIGTERM, previous)
         return answer(op, done, written)
     finally:
         receipt.close()
-
-
-def interrupt(*_: object) -> None:
-    """The handler of the signal."""
-    raise Interrupted
 
 
 def answer(op: str, done: Done, receipt: str) -> dict[str, object]:

@@ -12,8 +12,9 @@ from ostrel_lib.automations.smallfile import read_file, read_json, texts
 from ostrel_lib.files import names
 
 MOST_JOBS = 5000
+MOST_RUNS = 20
 MOST_DEFINITION = 1 << 20
-MOST_ORCA = 64 << 20
+MOST_ORCA = 32 << 20
 """Orca keeps everything that it knows in one file."""
 MILLISECOND = 0.001
 
@@ -104,35 +105,49 @@ def codex_row(
 
 
 def codex_times(places: Places) -> dict[str, dict[str, object]]:
-    """Last and next run and the last result by id, from the app's database; none when it can't be read.
+    """Last and next run and the last result by id, from the app's database; none when it can't be read."""
+    found: dict[str, dict[str, object]] = {}
+    for identity, last, following in query(
+            places, "SELECT id, last_run_at, next_run_at FROM automations LIMIT ?", (MOST_JOBS,)):
+        found[identity] = {"last": last, "next": following}
+    # With a single max() the other columns come from the same, newest row.
+    for identity, status, _ in query(
+            places,
+            "SELECT automation_id, status, max(created_at) FROM automation_runs GROUP BY automation_id"
+                    " LIMIT ?", (MOST_JOBS,)):
+        found.setdefault(identity, {})["status"] = status
+    return found
 
-    It is opened for reading only and never waited for, since the app may be writing.
-    """
+
+def query(places: Places, statement: str, values: tuple[object, ...]) -> list[tuple[object, ...]]:
+    """The rows that the Codex app's database answers; none when it can't. It is opened for reading only and
+    hardly waited for, since the app may be writing."""
     path = places.home + "/.codex/sqlite/codex-dev.db"
     if not os.path.isfile(path) or os.path.islink(path):
-        return {}
+        return []
     try:
         import sqlite3
     except ImportError:
-        return {}
-    found: dict[str, dict[str, object]] = {}
+        return []
     try:
         base = sqlite3.connect("file:" + quoted_path(path) + "?mode=ro", uri=True, timeout=0.5)
         try:
-            rows = base.execute("SELECT id, last_run_at, next_run_at FROM automations LIMIT ?", (MOST_JOBS,))
-            for identity, last, following in rows.fetchall():
-                found[identity] = {"last": last, "next": following}
-            # With a single max() the other column comes from the same, newest row.
-            rows = base.execute(
-                "SELECT automation_id, status, max(created_at) FROM automation_runs GROUP BY automation_id"
-                " LIMIT ?", (MOST_JOBS,))
-            for identity, status, _ in rows.fetchall():
-                found.setdefault(identity, {})["status"] = status
+            return base.execute(statement, values).fetchall()
         finally:
             base.close()
     except sqlite3.Error:
-        pass
-    return found
+        return []
+
+
+def codex_runs(places: Places, identity: str) -> tuple[list[dict[str, object]], str]:
+    """The last runs of a Codex automation, newest first, and why there are none."""
+    rows = query(places, "SELECT created_at, status, inbox_title, inbox_summary FROM automation_runs"
+                         " WHERE automation_id = ? ORDER BY created_at DESC LIMIT ?", (identity, MOST_RUNS))
+    return [
+        {"at": when(at), "status": clean(text_of(status).lower().replace("_", " ")),
+         "line": clean(text_of(summary) or text_of(title))}
+        for at, status, title, summary in rows
+    ], "" if rows else "the app's database holds no run of it"
 
 
 def quoted_path(path: str) -> str:
@@ -142,26 +157,37 @@ def quoted_path(path: str) -> str:
         "".join(f"%{byte:02X}" for byte in letter.encode("utf-8", "surrogateescape")) for letter in path)
 
 
-def orca_jobs(places: Places) -> Found:
-    """Orca's automations, from the file in which it keeps its state, one for each of its profiles."""
+def orca_states(places: Places) -> list[tuple[str, dict[str, object], str]]:
+    """The files in which Orca keeps its state, one for each of its profiles: path, contents, and what is
+    wrong with them."""
     folder = places.home + "/.config/orca"
     paths = [folder + "/orca-data.json"]
     paths += [f"{folder}/profiles/{name}/orca-data.json" for name in names(folder + "/profiles")]
-    paths = [path for path in paths if os.path.lexists(path)]
-    if not paths:
+    found: list[tuple[str, dict[str, object], str]] = []
+    for path in paths:
+        if os.path.lexists(path):
+            state, problem = read_json(path, MOST_ORCA)
+            sound = type(state) is dict and type(state.get("automations", [])) is list
+            problem = problem or ("" if sound else "it holds no list of automations")
+            found.append((path, {} if problem else state, problem))  # type: ignore[arg-type]
+    return found
+
+
+def orca_jobs(places: Places) -> Found:
+    """Orca's automations of all profiles; each id once."""
+    states = orca_states(places)
+    if not states:
         return Found(False, "Orca keeps no state here")
     found = Found(observed=False)
     seen: set[str] = set()
-    for path in paths:
-        state, problem = read_json(path, MOST_ORCA)
-        jobs = state.get("automations", []) if type(state) is dict else None
-        if problem or type(jobs) is not list:
-            found.note = f"{shortened(places, path)}: {problem or 'it holds no list of automations'}"
+    for path, state, problem in states:
+        if problem:
+            found.note = f"{shortened(places, path)}: {problem}"
             found.alerts.append("orca: " + found.note)
             continue
         found.observed = True
-        runs = last_runs(state.get("automationRuns"))  # type: ignore[union-attr]
-        for job in jobs[:MOST_JOBS]:
+        runs = last_runs(state.get("automationRuns"))
+        for job in state.get("automations", [])[:MOST_JOBS]:  # type: ignore[index]
             identity = job.get("id") if type(job) is dict else None
             if not usable_id(identity):
                 found.alerts.append(f"orca: {shortened(places, path)}: an automation without an id")
@@ -171,11 +197,28 @@ def orca_jobs(places: Places) -> Found:
     return found
 
 
+def orca_runs(places: Places, identity: str) -> tuple[list[dict[str, object]], str]:
+    """The last runs of an Orca automation, newest first, and why there are none."""
+    runs = [run for _, state, _ in orca_states(places) for run in listed_runs(state.get("automationRuns"))
+            if run.get("automationId") == identity]
+    runs.sort(key=started, reverse=True)
+    return [
+        {"at": when(started(run)), "status": run_result(text_of(run.get("status"))),
+         "line": clean(text_of(run.get("error")) or text_of(run.get("title")))}
+        for run in runs[:MOST_RUNS]
+    ], "" if runs else "Orca's state holds no run of it"
+
+
+def listed_runs(runs: object) -> list[dict[str, object]]:
+    """The runs of a state, without what isn't one."""
+    return [run for run in runs if type(run) is dict] if type(runs) is list else []
+
+
 def last_runs(runs: object) -> dict[str, dict[str, object]]:
     """The newest run of each automation by its id."""
     newest: dict[str, dict[str, object]] = {}
-    for run in runs if type(runs) is list else []:
-        identity = text_of(run.get("automationId")) if type(run) is dict else ""
+    for run in listed_runs(runs):
+        identity = text_of(run.get("automationId"))
         if identity and started(run) >= started(newest.get(identity, {})):
             newest[identity] = run
     return newest

@@ -15,7 +15,7 @@ REFRESH = 280.0
 
 def main(argv: list[str], places: Places | None = None) -> int:
     """Carries out one command line and gives the exit status: 0 whenever there is an answer, also one that
-    tells an error; 2 for a command that doesn't exist; 1 when the reader of the output has gone."""
+    tells an error; 2 for a command that doesn't exist; 1 when it was asked to end, or the reader has gone."""
     words = argv[1:]
     if words == ["list"]:
         return print_inventory(places or Places(), refresh=False)
@@ -33,8 +33,13 @@ def print_inventory(places: Places, refresh: bool) -> int:
     text = b"" if refresh else cache.load(places.cache, places.clock())
     if not text:
         from ostrel_lib.automations.inventory import collect
+        from ostrel_lib.automations.tools import Interrupted, end_on_request
 
-        text = collect(places, REFRESH if refresh else QUICK)
+        end_on_request()
+        try:
+            text = collect(places, REFRESH if refresh else QUICK)
+        except Interrupted:
+            return 1
     # The kept text is an object too; the time of this reading goes in front of its keys.
     head = b'{"read_at": "%s", ' % iso(places.clock()).encode("ascii")
     return 0 if put(1, head) and put(1, memoryview(text)[1:]) and put(1, b"\n") else 1
@@ -42,8 +47,10 @@ def print_inventory(places: Places, refresh: bool) -> int:
 
 def print_answer(command: str, words: list[str], places: Places) -> int:
     """Prints what `journal` or `act` has to tell."""
+    from ostrel_lib.automations.tools import Interrupted, end_on_request
     from ostrel_lib.jsontext import dump
 
+    end_on_request()
     options, problem = parse(words, ("--lane", "--id", "--op" if command == "act" else "--target"))
     if command == "act":
         from ostrel_lib.automations.act import act
@@ -52,7 +59,10 @@ def print_answer(command: str, words: list[str], places: Places) -> int:
     else:
         from ostrel_lib.automations.journal import journal
 
-        answer = {"error": problem, "journal": []} if problem else journal(places, options)
+        try:
+            answer = {"error": problem, "journal": []} if problem else journal(places, options)
+        except Interrupted:
+            return 1
     return 0 if put(1, (dump(answer) + "\n").encode("ascii")) else 1
 
 

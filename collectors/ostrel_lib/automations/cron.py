@@ -10,12 +10,12 @@ from ostrel_lib.automations import crontime
 from ostrel_lib.automations.places import Places, iso
 from ostrel_lib.automations.rows import Found, automation
 from ostrel_lib.automations.smallfile import read_file
-from ostrel_lib.automations.tools import Deadline, run
+from ostrel_lib.automations.tools import Deadline, find, run
 from ostrel_lib.files import names, read
 
 MOST_LINES = 10000
 MOST_FILE = 4 << 20
-DAEMONS = (b"cron\n", b"crond\n", b"fcron\n", b"busybox\n")
+DAEMONS = (b"cron\n", b"crond\n", b"fcron\n")
 NAME_LETTERS = frozenset("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_-")
 PERIODS = {"@daily": "1", "@weekly": "7"}
 EVERY = {"1": "daily", "7": "weekly", "@monthly": "monthly"}
@@ -138,7 +138,7 @@ def job_of(text: str, with_user: bool) -> Line | None:
     if len(words) < count + with_user + 1:
         return None
     fields = " ".join(words[:count])
-    if fields != "@reboot" and crontime.rhythm(fields) is None:
+    if fields != "@reboot" and crontime.rhythm(fields) is None and not crontime.by_chance(fields):
         return None
     return Line(fields, words[count] if with_user else "", words[-1])
 
@@ -161,8 +161,10 @@ def cron_row(places: Places, source: str, line: Line, running: bool) -> dict[str
 
 
 def anacron_jobs(places: Places) -> Found:
-    """Anacron's table, with the day of each last run where the user may see it."""
+    """Anacron's table, with the day of each last run where the user may see it. The table outlives the
+    program when that is removed."""
     found = Found()
+    installed = find("anacron", places.path) != ""
     path = places.etc + "/anacrontab"
     if not os.path.lexists(path):
         return found
@@ -179,19 +181,21 @@ def anacron_jobs(places: Places) -> Found:
         if len(words) < 4 or not words[1].isdecimal() or not (period.isdecimal() or period == "@monthly"):
             found.alerts.append(f"/etc/anacrontab: line {place} can't be read")
             continue
-        found.rows.append(anacron_row(places, period, words[1], words[2], words[3]))
+        found.rows.append(anacron_row(places, installed, period, words))
     return found
 
 
-def anacron_row(places: Places, period: str, delay: str, name: str, command: str) -> dict[str, object]:
+def anacron_row(places: Places, installed: bool, period: str, words: list[str]) -> dict[str, object]:
     """One of anacron's jobs as a row."""
+    _, delay, name, command = words
     every = EVERY.get(period, f"every {period} days")
     stamp = b"" if "/" in name else read(f"{places.spool}/anacron/{name}", 64).strip()
     day = stamp.decode("ascii", "replace")
     last = f"{day[:4]}-{day[4:6]}-{day[6:8]}" if len(day) == 8 and day.isdecimal() else ""
     return automation(
         "launchd", "anacron", "anacron:" + name, name, schedule=f"{every}, {delay} min after the start",
-        state="enabled", active=True, executor=command, host=places.host, owner="root",
+        state="enabled" if installed else "anacron isn't installed", active=installed, executor=command,
+        host=places.host, owner="root",
         registry="/etc/anacrontab", tag="anacron", location="this machine", target="/etc/anacrontab",
         observation="the table was read; anacron tells no results", last_run=last, last_result="unobserved",
     )

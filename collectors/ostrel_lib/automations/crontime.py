@@ -4,7 +4,6 @@ from __future__ import annotations
 
 import time
 
-DAY = 86400
 FURTHEST = 8 * 366
 """Days. The 29th of February comes again within eight years."""
 
@@ -46,6 +45,11 @@ def rhythm(fields: str) -> Rhythm | None:
     if not all(values):
         return None
     return Rhythm(values, words[2][0] == "*", words[4][0] == "*")
+
+
+def by_chance(fields: str) -> bool:
+    """Whether some cron draws the time at its start, as "0~59" asks for. Nobody else knows it then."""
+    return "~" in fields and rhythm(fields.replace("~", "-")) is not None
 
 
 def numbers(field: str, low: int, high: int, names: tuple[str, ...]) -> set[int]:

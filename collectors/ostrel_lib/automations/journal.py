@@ -33,6 +33,11 @@ def journal(places: Places, options: dict[str, str]) -> dict[str, object]:
         return told("there is no such job")
     if lane == "launchd" and identity.startswith("cron:"):
         return cron_runs(places, identity)
+    if lane in ("codex", "orca"):
+        from ostrel_lib.automations.agents import codex_runs, orca_runs
+
+        found, problem = (codex_runs if lane == "codex" else orca_runs)(places, identity)
+        return {"journal": found} if found else told(problem)
     if lane not in ("launchd", "systemd"):
         return told("no journal can be read here for jobs of this lane")
     scope, _, unit = identity.partition(":")

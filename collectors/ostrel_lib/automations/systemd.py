@@ -31,12 +31,10 @@ NOT_HERE = (
 )
 """What the tools say where no manager runs: that is no fault, there is just nothing to see."""
 
-MONTHS = ("Jan", "Feb", "Mar", "Apr", "May", "Jun", "Jul", "Aug", "Sep", "Oct", "Nov", "Dec")
 SPAN_UNITS = {
     "y": 31557600.0, "month": 2629800.0, "w": 604800.0, "d": 86400.0, "h": 3600.0, "min": 60.0, "s": 1.0,
     "ms": 1e-3, "us": 1e-6,
 }
-FOREVER = "infinity"
 
 
 def valid_unit(name: str, kind: str = "") -> bool:

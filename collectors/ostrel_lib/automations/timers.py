@@ -126,6 +126,7 @@ def row(manager: Manager, timer: dict[str, str], job: dict[str, str], now: float
     loaded = timer.get("LoadState") == "loaded"
     user = job.get("User") or ("root" if manager.scope == "system" else "you")
     place = "this machine" if local else "server " + manager.alias
+    switched = "by root with systemctl" if local else "on the server"
     return automation(
         "launchd" if local else "systemd",
         f"systemd {manager.scope} timers" if local else f"{manager.alias} {manager.scope} timers",
@@ -138,7 +139,7 @@ def row(manager: Manager, timer: dict[str, str], job: dict[str, str], now: float
         owner=user, registry=timer.get("FragmentPath", ""), tag=manager.scope + "-timer",
         can_run=own and systemd.startable(job) and systemd.valid_unit(unit),
         observation="systemctl" + (" over ssh" if not local else "") if loaded else "systemctl · unverified",
-        location=place if own else place + " · switched there with systemctl by its owner",
+        location=place if own else f"{place} · switched elsewhere, {switched}",
         toggles=own and loaded and timer.get("UnitFileState") in systemd.SWITCHABLE,
         target=unit if local else manager.alias,
         last_run=systemd.last_run(timer, job), last_result=systemd.result(job) if job else "unobserved",

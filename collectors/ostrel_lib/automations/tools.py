@@ -25,6 +25,21 @@ SPOKEN = {
 UNWANTED = ("LANGUAGE", "COLUMNS", "LINES", "SYSTEMD_LOG_LEVEL", "SYSTEMD_LOG_TARGET")
 
 
+class Interrupted(BaseException):
+    """The bridge was asked to end."""
+
+
+def end_on_request() -> None:
+    """From now on SIGTERM raises `Interrupted`, so that no tool outlives the bridge: each runs in a session
+    of its own, which a signal to the bridge's group doesn't reach."""
+    signal.signal(signal.SIGTERM, interrupt)
+
+
+def interrupt(*_: object) -> None:
+    """The handler of the signal."""
+    raise Interrupted
+
+
 class Outcome:
     """What a tool gave. `problem` says in words why there is no answer, `missing` that the tool isn't
     installed. `status` is negative for a signal, and -1 without a start."""
