@@ -109,9 +109,10 @@ class InventoryTest(unittest.TestCase):
         box.timer("tpl@x.timer")
         del box.state["user"]["tpl@x.timer"]["UnitFileState"]  # an instance has no file of its own
         box.state["user"]["tpl@.timer"]["loaded"] = False
-        box.save()
+        box.timer("z.timer", loaded=False)  # systemctl answers nothing behind a template that it is asked for
         rows = box.rows()
-        self.assertEqual(sorted(rows), ["launchd/system:apt.timer", "launchd/user:tpl@x.timer"])
+        self.assertEqual(sorted(rows), ["launchd/system:apt.timer", "launchd/user:tpl@x.timer",
+                                        "launchd/user:z.timer"])
         row = rows["launchd/system:apt.timer"]
         self.assertEqual((row["toggles"], row["can_run"], row["owner"]), (False, False, "root"))
         self.assertIn("switched elsewhere, by root with systemctl", row["location"])

@@ -3,7 +3,8 @@
 others.
 
 `docs/automations.md` has the format. An entry that doesn't keep to it is left out and named; the others
-count."""
+count.
+"""
 from __future__ import annotations
 
 import os
