@@ -46,8 +46,8 @@ def when(value: object) -> str:
 
 
 def codex_jobs(places: Places) -> Found:
-    """The Codex app's automations: one folder each with an `automation.toml`, and its database for the
-    times."""
+    """The Codex app's automations: one folder each with an `automation.toml`; the times are in its
+    database."""
     folder = places.home + "/.codex/automations"
     if not os.path.isdir(folder):
         return Found(False, "the Codex app keeps no automations here")

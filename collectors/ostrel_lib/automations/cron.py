@@ -60,8 +60,7 @@ def daemon_runs(proc: str) -> bool:
 
 
 def tables(places: Places, deadline: Deadline) -> list[tuple[str, list[Line], str]]:
-    """Every table by its name, with its jobs and what is wrong with it. A table that isn't there is left
-    out."""
+    """Every table that is there by its name, with its jobs and what is wrong with it."""
     found = [user_table(places, deadline)]
     found.append(system_table(places.etc + "/crontab", "/etc/crontab"))
     folder = places.etc + "/cron.d"

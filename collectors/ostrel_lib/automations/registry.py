@@ -1,8 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
-"""The user's own list of jobs: those that no scheduler here can show, and what the user says about the
-others.
+"""The user's own list of jobs: those that no scheduler here can show, and words on the others.
 
-`docs/automations.md` has the format. An entry that doesn't keep to it is left out and named; the others
+`docs/automations.md` has the format. An entry that doesn't keep to it is left out and named, and the others
 count.
 """
 from __future__ import annotations
