@@ -30,7 +30,7 @@ def main(argv: list[str], places: Places | None = None) -> int:
 
 def print_inventory(places: Places, refresh: bool) -> int:
     """Prints the inventory, from the cache unless it is asked for anew or there is none."""
-    text = b"" if refresh else cache.load(places.cache, places.clock())
+    text: bytes | memoryview = b"" if refresh else cache.load(places.cache, places.clock())
     if not text:
         from ostrel_lib.automations.inventory import collect
         from ostrel_lib.automations.tools import Interrupted, end_on_request

@@ -53,7 +53,7 @@ def save(places: Places, lane: str, identity: str) -> Done:
 
 def known(places: Places, lane: str, identity: str) -> dict[str, object] | None:
     """The job's row in the last inventory."""
-    document, _ = parse_json(cache.load(places.cache, places.clock()))
+    document, _ = parse_json(bytes(cache.load(places.cache, places.clock())))
     rows = document.get("automations", []) if type(document) is dict else []
     return next((row for row in rows if row["lane"] == lane and row["id"] == identity), None)
 
