@@ -1,0 +1,78 @@
+# SPDX-License-Identifier: Apache-2.0
+"""The last inventory, kept as the text of its JSON, so that answering from it parses nothing.
+
+The file is one line "ostrel-automations 1 {crc32} {bytes} {seconds since 1970}", then the text. It is
+believed only if it is whole: a reader finds the old inventory, the new one, or none.
+"""
+from __future__ import annotations
+
+import os
+from binascii import crc32
+
+MAGIC = b"ostrel-automations"
+VERSION = b"1"
+LARGEST = 64 << 20
+OLDEST = 86400.0
+"""Seconds. What was seen longer ago says nothing of next runs, so it is read anew."""
+LONGEST_HEADER = 100
+
+
+def load(path: str, now: float) -> bytes | memoryview:
+    """The kept JSON text; empty when there is none, or it is damaged, too old or from the future."""
+    try:
+        file = os.open(path, os.O_RDONLY | os.O_NOFOLLOW | os.O_NONBLOCK | os.O_CLOEXEC)
+    except OSError:
+        return b""
+    try:
+        size = os.fstat(file).st_size
+        content = read_whole(file, size) if size <= LARGEST else b""
+    except OSError:
+        return b""
+    finally:
+        os.close(file)
+    end = content.find(b"\n", 0, LONGEST_HEADER)
+    fields = content[:max(0, end)].split(b" ")
+    if len(fields) != 5 or fields[0] != MAGIC or fields[1] != VERSION or not fields[4].isdigit():
+        return b""
+    text = memoryview(content)[end + 1:]  # megabytes, so no copy of them
+    if fields[2] != b"%08x" % crc32(text) or fields[3] != b"%d" % len(text):
+        return b""
+    return text if 0 <= now - int(fields[4]) <= OLDEST else b""
+
+
+def read_whole(file: int, size: int) -> bytes:
+    """A regular file that may be read in pieces."""
+    parts = []
+    while size > 0:
+        part = os.read(file, size)
+        if not part:
+            break
+        parts.append(part)
+        size -= len(part)
+    return b"".join(parts)
+
+
+def store(path: str, text: bytes, now: float) -> str:
+    """Keeps the text for the user alone; the reason when it can't be kept, else ""."""
+    header = b"%s %s %08x %d %d\n" % (MAGIC, VERSION, crc32(text), len(text), int(now))
+    return replace(path, header + text)
+
+
+def replace(path: str, content: bytes) -> str:
+    """Writes a file of the user's own in one step; the reason when that fails, else ""."""
+    beside = f"{path}.{os.getpid()}.new"
+    try:
+        os.makedirs(os.path.dirname(path), mode=0o700, exist_ok=True)
+        file = os.open(beside, os.O_WRONLY | os.O_CREAT | os.O_EXCL | os.O_NOFOLLOW | os.O_CLOEXEC, 0o600)
+    except OSError as problem:
+        return problem.strerror or "can't be written"
+    try:
+        with open(file, "wb") as stream:
+            stream.write(content)
+            stream.flush()
+            os.fsync(stream.fileno())
+        os.rename(beside, path)
+    except OSError as problem:
+        os.unlink(beside)
+        return problem.strerror or "can't be written"
+    return ""

@@ -1,0 +1,50 @@
+# SPDX-License-Identifier: Apache-2.0
+"""Receipts of what was done to a job, or refused: one line of JSON each, in the file of the local day."""
+from __future__ import annotations
+
+import os
+import time
+
+from ostrel_lib.automations.places import Places
+from ostrel_lib.jsontext import dump
+
+KIND = "automation"
+
+
+class Receipt:
+    """The day's file, opened before anything is done: what can't leave a receipt isn't done. `descriptor`
+    is -1 when it can't be opened, and `problem` says why."""
+
+    __slots__ = ("path", "descriptor", "problem", "clock")
+
+    def __init__(self, places: Places) -> None:
+        folder = places.support + "/receipts"
+        self.clock = places.clock
+        self.path = folder + "/" + time.strftime("%Y-%m-%d", time.localtime(places.clock())) + ".jsonl"
+        self.problem = ""
+        self.descriptor = -1
+        try:
+            os.makedirs(folder, mode=0o700, exist_ok=True)
+            self.descriptor = os.open(
+                self.path,
+                os.O_RDWR | os.O_APPEND | os.O_CREAT | os.O_NOFOLLOW | os.O_NONBLOCK | os.O_CLOEXEC,
+                0o600)
+        except OSError as problem:
+            self.problem = problem.strerror or "it can't be opened"
+
+    def write(self, fields: dict[str, object]) -> str:
+        """Appends the line in one write. The path, or "" when it can't be written."""
+        stamp = time.strftime("%Y-%m-%d %H:%M:%S", time.localtime(self.clock()))
+        line = (dump({"ts": stamp, "kind": KIND, **fields}) + "\n").encode("ascii")
+        try:
+            size = os.fstat(self.descriptor).st_size
+            if size and os.pread(self.descriptor, 1, size - 1) != b"\n":
+                line = b"\n" + line  # a writer before us was cut off in the middle
+            return self.path if os.write(self.descriptor, line) == len(line) else ""
+        except OSError:
+            return ""
+
+    def close(self) -> None:
+        """Gives the file back."""
+        if self.descriptor >= 0:
+            os.close(self.descriptor)
