@@ -1,35 +1,37 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Build output in the projects that the user lists. What is build output, git says: a folder that it ignores as
-a whole, with one of the names that build tools use. Nothing below an ignored folder is looked at, so a package
-that was installed with a `dist` of its own keeps it."""
+"""Build output in the projects that the user lists. What is build output, git says: a folder that it ignores
+as a whole, with one of the names that build tools use. Nothing below an ignored folder is looked at, so a
+package that was installed with a `dist` of its own keeps it."""
 from __future__ import annotations
 
 import os
 import subprocess
 
-from ostrel_lib.files import read
 from ostrel_lib.janitor import groups
 from ostrel_lib.janitor.plan import whole_folder
-from ostrel_lib.janitor.tree import open_chain
+from ostrel_lib.janitor.folders import open_chain
+from ostrel_lib.janitor.uses import read_whole
 
 TYPE_CHECKING = False
 if TYPE_CHECKING:
     from collections.abc import Iterator
 
-    from ostrel_lib.janitor.tree import Entry, Folder, KeepOut
+    from ostrel_lib.janitor.folders import Entry, Folder, KeepOut
 
 HOW_TO = "list your project folders, one a line, in ~/" + groups.PRODUCT_ROOTS
 GIT = (
-    "git", "--literal-pathspecs", "--no-optional-locks", "--no-pager", "-c", "core.fsmonitor=false",
+    "git", "--no-optional-locks", "--no-pager", "-c", "core.fsmonitor=false",
     "-c", "core.hooksPath=/dev/null", "-c", "core.untrackedCache=false",
 )
-IGNORED = ("ls-files", "-z", "--others", "--ignored", "--exclude-standard", "--directory")
+LITERALLY = "--literal-pathspecs"
+IGNORED = (LITERALLY, "ls-files", "-z", "--others", "--ignored", "--exclude-standard", "--directory")
 GIT_SECONDS = 15
+LONGEST_LIST = 65536
 
 
 def projects(home: Folder) -> tuple[list[str], str]:
     """The listed project folders, relative to the home, and what is wrong with the list."""
-    text = read(groups.PRODUCT_ROOTS, 65536, home.fd)
+    text = read_whole(groups.PRODUCT_ROOTS, home.fd, LONGEST_LIST)
     lines = [line.strip() for line in os.fsdecode(text).split("\n")]
     lines = [line for line in lines if line and not line.startswith("#")]
     if not lines:
@@ -96,29 +98,32 @@ def once(
 
 
 def ignored_folders(project: Folder, only: str = "") -> list[str]:
-    """Folders with a build tool's name that git ignores and that hold no tracked file, relative to the project;
-    none where git says nothing, for instance outside of a work tree."""
+    """Folders with a build tool's name that git ignores and that hold no tracked file, relative to the
+    project; none where git says nothing, for instance outside of a work tree."""
     where = ("--", only) if only else ()
     listed = [path[:-1] for path in git(project, *IGNORED, *where) or [] if path.endswith("/")]
     found = [path for path in listed if path.rsplit("/", 1)[-1] in groups.BUILD_NAMES]
-    # Listed is also a folder that isn't ignored itself while all of its files are; it may be more than output.
-    ignored = git(project, "check-ignore", "-z", "--", *found) if found else None
-    tracked = git(project, "ls-files", "-z", "--cached", "--", *ignored) if ignored else None
-    if not ignored or tracked is None:
+    # Also listed is a folder that isn't ignored itself while all of its files are: more than output.
+    # This command takes paths literally by itself; "./" keeps a colon in front from meaning something.
+    asked = ["./" + path for path in found]
+    confirmed = git(project, "check-ignore", "--stdin", "-z", paths=asked) if found else None
+    ignored = [path for path in found if "./" + path in (confirmed or [])]
+    tracked = git(project, LITERALLY, "ls-files", "-z", "--cached", "--", *ignored) if ignored else None
+    if tracked is None:
         return []
     return [path for path in ignored if not any(file.startswith(path + "/") for file in tracked)]
 
 
-def git(project: Folder, *arguments: str) -> list[str] | None:
-    """The paths that git lists in an open folder; None when it fails. No program that the project's own
+def git(project: Folder, *arguments: str, paths: list[str] | None = None) -> list[str] | None:
+    """The paths that git lists in an open folder, asked about `paths`; None when it fails. No program that the project's own
     configuration names is run."""
     environment = {
         name: value for name, value in os.environ.items() if name in ("HOME", "PATH", "XDG_CONFIG_HOME")
     }
     try:
         done = subprocess.run(
-            [*GIT, *arguments], cwd=f"/proc/self/fd/{project.fd}", env=environment, stdin=subprocess.DEVNULL,
-            stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, timeout=GIT_SECONDS, check=True)
+            [*GIT, *arguments], cwd=f"/proc/self/fd/{project.fd}", env=environment,
+            input=os.fsencode("\0".join(paths or [])), stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, timeout=GIT_SECONDS, check=True)
     except (OSError, subprocess.SubprocessError):
         return None
     return [os.fsdecode(path) for path in done.stdout.split(b"\0") if path]

@@ -9,18 +9,18 @@ from ostrel_lib.janitor.listing import mib, shown
 from ostrel_lib.janitor.plan import is_folder, plan, problem
 from ostrel_lib.janitor.progress import Progress
 from ostrel_lib.janitor.removal import remove, remove_folder
-from ostrel_lib.janitor.tree import IN_HISTORY, KeepOut, home_is_history, open_home
+from ostrel_lib.janitor.folders import IN_HISTORY, KeepOut, home_is_history, open_home
 
 TYPE_CHECKING = False
 if TYPE_CHECKING:
     from collections.abc import Iterable
 
-    from ostrel_lib.janitor.tree import Entry
+    from ostrel_lib.janitor.folders import Entry
 
 
 def clean(home_path: str, group: str, selected: list[str], now: int) -> dict[str, object]:
-    """The reply of `clean --apply`; `now` in nanoseconds since 1970. Its `error`, which isn't always there, says
-    why nothing was begun or what stopped the batch; a batch that was begun has a receipt in any case."""
+    """The reply of `clean --apply`; `now` in nanoseconds since 1970. Its `error`, which isn't always there,
+    says why nothing was begun or what stopped the batch; a batch that was begun has a receipt in any case."""
     reply: dict[str, object] = {
         "group": group, "title": groups.TITLES.get(group, group), "removed": 0, "freed_mb": 0.0,
         "failed_count": 0,
@@ -52,8 +52,8 @@ def clean(home_path: str, group: str, selected: list[str], now: int) -> dict[str
 
 
 def carry_out(entries: Iterable[Entry], progress: Progress) -> int:
-    """Removes the entries one by one and gives how many were left alone. Raises OSError when the machine can't
-    go on; `progress` then knows what went."""
+    """Removes the entries one by one and gives how many were left alone. Raises OSError when the machine
+    can't go on; `progress` then knows what went."""
     refused = 0
     for entry in entries:
         if is_folder(entry):

@@ -18,8 +18,9 @@ SETTINGS = ("--protected", "--unprotected")
 
 
 def main(argv: list[str]) -> int:
-    """Carries out one command line and gives the exit status: 0 with one line of JSON on standard output, 2 with
-    one line on standard error for a command that doesn't exist, or 1 when no answer could be given or taken."""
+    """Carries out one command line and gives the exit status: 0 with one line of JSON on standard output, 2
+    with one line on standard error for a command that doesn't exist, or 1 when no answer could be given or
+    taken."""
     command = COMMANDS.get(argv[1]) if len(argv) > 1 else None
     options = parsed(argv[2:], command[1]) if command else None
     if command is None or options is None or any(name not in options for name in command[2]):

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
-"""What the machine could do with less of. Each check has a threshold of its own and gives one finding or none;
-looking changes nothing."""
+"""What the machine could do with less of. Each check has a threshold of its own and gives one finding or
+none; looking changes nothing."""
 from __future__ import annotations
 
 import os
@@ -12,7 +12,7 @@ from ostrel_lib.janitor.listing import BYTES_PER_MIB, mib, total_of
 from ostrel_lib.janitor.people import judged
 from ostrel_lib.janitor.plan import plan
 from ostrel_lib.janitor.servers import IDLE_MINUTES, Crew, offered
-from ostrel_lib.janitor.tree import KeepOut, home_is_history, open_home
+from ostrel_lib.janitor.folders import KeepOut, home_is_history, open_home
 
 TYPE_CHECKING = False
 if TYPE_CHECKING:
@@ -31,8 +31,8 @@ LEVELS = ("critical", "warning", "info")
 
 
 def findings(home: str, rows: list[str], now: int, proc_root: str = "/proc") -> dict[str, object]:
-    """The reply of `findings`, the most pressing first. `rows` protect from being offered for a stop; `now` is in
-    nanoseconds since 1970."""
+    """The reply of `findings`, the most pressing first. `rows` protect from being offered for a stop; `now`
+    is in nanoseconds since 1970."""
     crew = Crew(proc_root)
     seconds = now / 1e9
     checks: list[Callable[[], dict[str, object] | None]] = [
@@ -105,7 +105,7 @@ def orphans(crew: Crew, now: float, rows: list[str]) -> dict[str, object] | None
         several(len(allowed), "server") + f" left behind by ended agents · {size} mb",
         "/proc/<pid>/stat, cmdline · parent is the first process or a session's reaper",
         "stop them; nothing can talk to them any more",
-        {"kind": "kill", "target": "processes", "pids": [row["pid"] for row in allowed]},
+        {"kind": "kill", "pids": [row["pid"] for row in allowed]},
         est_mb=float(size), count=len(allowed))
 
 
@@ -131,11 +131,11 @@ def duplicates(crew: Crew) -> dict[str, object] | None:
 def idle_sessions(crew: Crew, now: float) -> dict[str, object] | None:
     """Agent sessions whose terminal nobody has used for a while."""
     idle = crew.idle_sessions(now)
-    sessions = [process for process in crew.sessions() if process.pid in idle]
+    sessions = [pid for pid in idle if crew.starts_itself(pid)]
     if not sessions:
         return None
-    size = whole_mib(sum(process.rss for process in sessions))
-    longest = max(idle[process.pid] for process in sessions)
+    size = whole_mib(sum(crew.processes[pid].rss for pid in idle))
+    longest = max(idle.values())
     return finding(
         "idle-sessions", "warning" if size >= SESSIONS_WARNING_MIB else "info", "agent sessions nobody uses",
         several(len(sessions), "session") + f" silent for {IDLE_MINUTES} min or more, the longest for"

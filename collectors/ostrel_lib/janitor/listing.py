@@ -7,13 +7,13 @@ import os
 
 from ostrel_lib.janitor import groups
 from ostrel_lib.janitor.plan import NANOSECONDS_PER_DAY, is_folder, plan, problem
-from ostrel_lib.janitor.tree import IN_HISTORY, KeepOut, home_is_history, open_chain, open_home
+from ostrel_lib.janitor.folders import IN_HISTORY, KeepOut, home_is_history, open_chain, open_home
 
 TYPE_CHECKING = False
 if TYPE_CHECKING:
     from collections.abc import Iterable
 
-    from ostrel_lib.janitor.tree import Entry, Folder
+    from ostrel_lib.janitor.folders import Entry, Folder
 
 MOST_FILES = 500
 """Files that a preview names, the largest; it counts and measures all."""
@@ -25,8 +25,8 @@ UNPRINTABLE = {code: "?" for code in (*range(32), *range(127, 160), *range(0x202
 
 
 class Total:
-    """How many files, and the disk space that comes free with them. Space that several names share counts when
-    the last of them is met."""
+    """How many files, and the disk space that comes free with them. Space that several names share counts
+    when the last of them is met."""
 
     __slots__ = ("count", "size", "_names")
 
@@ -55,8 +55,8 @@ def total_of(entries: Iterable[Entry]) -> Total:
 
 
 def preview(home_path: str, group: str, selected: list[str], now: int) -> dict[str, object]:
-    """The reply of `preview`; `now` in nanoseconds since 1970. Changes nothing and doesn't raise OSError: what
-    went wrong is its `error`."""
+    """The reply of `preview`; `now` in nanoseconds since 1970. Changes nothing and doesn't raise OSError:
+    what went wrong is its `error`."""
     total = Total()
     files: list[dict[str, object]] = []
     try:
@@ -84,8 +84,8 @@ def preview(home_path: str, group: str, selected: list[str], now: int) -> dict[s
 
 
 def largest(entries: Iterable[Entry], total: Total, now: int) -> list[dict[str, object]]:
-    """The largest files of a plan as rows, the largest first, and at equal size in the order of the walk. Adds
-    all of them to the total."""
+    """The largest files of a plan as rows, the largest first, and at equal size in the order of the walk.
+    Adds all of them to the total."""
     heap: list[tuple[int, int, str, int]] = []
     for entry in entries:
         if is_folder(entry):
@@ -126,8 +126,8 @@ def caches(home_path: str) -> dict[str, object]:
 
 
 def cache_names(home: Folder, keep: KeepOut) -> list[str]:
-    """The names below the cache folder that can be picked. The panel joins picked names with commas, and shows
-    them: a name that it can't pass on or show as it is can't be picked."""
+    """The names below the cache folder that can be picked. The panel joins picked names with commas, and
+    shows them: a name that it can't pass on or show as it is can't be picked."""
     folder = None if home_is_history(home, keep) else open_chain(home, groups.CACHES, keep)
     if folder is None:
         return []

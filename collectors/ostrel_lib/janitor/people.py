@@ -13,23 +13,26 @@ from ostrel_lib.processes import ENDED, KERNEL_THREAD, PAGE_SIZE, after_name
 
 LARGEST_PID = 2**31 - 1
 LONGEST_COMMAND = 262144
-"""Bytes of a command line that is judged. A longer one is refused, since a protected word may stand behind."""
+"""Bytes of a command line that is judged. A longer one is refused, since a protected word may stand
+behind."""
 
 DESKTOP_NAMES = frozenset((
     b"gnome-session", b"gnome-session-binary", b"gnome-session-service", b"xfce4-session", b"lxqt-session",
-    b"mate-session", b"cinnamon-session", b"cinnamon", b"budgie-wm", b"startplasma-x11", b"startplasma-wayland",
-    b"ksmserver", b"ksmserver-launcher", b"plasma_session", b"openbox", b"openbox-session", b"i3", b"sway",
-    b"Hyprland", b"labwc", b"wayfire", b"kwin_wayland_wrapper", b"mutter", b"marco", b"muffin", b"xinit",
-    b"startx", b"Xvfb", b"Xephyr", b"Xvnc", b"gdm-x-session", b"gdm-wayland-session", b"sddm-helper",
-    b"lightdm", b"ssh-agent", b"gpg-agent", b"gnome-keyring-daemon", b"tmux: server", b"screen", b"SCREEN",
+    b"mate-session", b"cinnamon-session", b"cinnamon", b"budgie-wm", b"startplasma-x11",
+    b"startplasma-wayland", b"ksmserver", b"ksmserver-launcher", b"plasma_session", b"openbox",
+    b"openbox-session", b"i3", b"sway", b"Hyprland", b"labwc", b"wayfire", b"kwin_wayland_wrapper", b"mutter",
+    b"marco", b"muffin", b"xinit", b"startx", b"Xvfb", b"Xephyr", b"Xvnc", b"gdm-x-session",
+    b"gdm-wayland-session", b"sddm-helper", b"lightdm", b"ssh-agent", b"gpg-agent", b"gnome-keyring-daemon",
+    b"tmux: server", b"screen", b"SCREEN",
 ))
 """Programs that others of the session live and end with. Those of the system itself `families` knows."""
 SERVICE_SLICES = (b"/session.slice/", b"/system.slice/")
 
 
 class Person:
-    """One process as a stop would meet it. `start` is its start time in clock ticks since the machine's, `cmd`
-    its whole command line, `uids` the four user numbers that the kernel checks, empty when it doesn't tell."""
+    """One process as a stop would meet it. `start` is its start time in clock ticks since the machine's,
+    `cmd` its whole command line, `uids` the four user numbers that the kernel checks, empty when it doesn't
+    tell."""
 
     __slots__ = (
         "pid", "start", "ppid", "comm", "cmdline", "rss", "kernel", "uids", "executable", "service", "kind",
@@ -84,8 +87,8 @@ def user_numbers(status: bytes) -> list[bytes]:
 
 
 def service_of(cgroup: bytes) -> bytes:
-    """The service of the system or of the desktop session that a process belongs to, from the text of a cgroup
-    file; b"" for none."""
+    """The service of the system or of the desktop session that a process belongs to, from the text of a
+    cgroup file; b"" for none."""
     for line in cgroup.split(b"\n"):
         path = line.split(b":", 2)[-1]
         if any(part in path + b"/" for part in SERVICE_SLICES):
@@ -126,7 +129,7 @@ def refusal(person: Person, ours: set[int], own_service: bytes, rows: list[str])
         rule = protecting_rule(name, command, rows)
         if rule:
             return "protected: " + rule
-    if person.kind.group == "system" or families.program([person.comm]) in families.SYSTEM_NAMES:
+    if person.kind.group == "system" or person.comm in families.SYSTEM_NAMES:
         return "part of the system"
     if person.kind.program in DESKTOP_NAMES or person.comm in DESKTOP_NAMES:
         return "part of the desktop session"
@@ -138,12 +141,14 @@ def refusal(person: Person, ours: set[int], own_service: bytes, rows: list[str])
 def row(person: Person, reason: str) -> dict[str, object]:
     """One process as an element of `allowed` or `refused`."""
     return {
-        "pid": person.pid, "name": person.name, "rss_mb": mib(person.rss), "cmd": person.cmd, "reason": reason,
-        "start": person.start,
+        "pid": person.pid, "name": person.name, "rss_mb": mib(person.rss), "cmd": person.cmd,
+        "reason": reason, "start": person.start,
     }
 
 
-def judged(wanted: list[tuple[int, str]], rows: list[str], proc_root: str) -> dict[str, list[dict[str, object]]]:
+def judged(
+    wanted: list[tuple[int, str]], rows: list[str], proc_root: str
+) -> dict[str, list[dict[str, object]]]:
     """The reply of `kill-preview` and `mcp-preview`: the wanted pids, each with the reason to list it, as
     `allowed` and `refused`, the largest first. What has ended is in neither."""
     ours = own_line(proc_root)

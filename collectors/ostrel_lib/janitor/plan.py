@@ -1,9 +1,9 @@
 # SPDX-License-Identifier: Apache-2.0
 """What would go: the one stream of entries that a preview lists and a cleanup carries out.
 
-Nothing is gathered first. An entry is looked at and handed on at once, so a cleanup acts on what it saw a moment
-ago, and memory doesn't grow with the number of files. In a stream every entry with a status goes; of folders
-that go as a whole the folders themselves come too, each after what it holds.
+Nothing is gathered first. An entry is looked at and handed on at once, so a cleanup acts on what it saw a
+moment ago, and memory doesn't grow with the number of files. In a stream every entry with a status goes; of
+folders that go as a whole the folders themselves come too, each after what it holds.
 """
 from __future__ import annotations
 
@@ -11,13 +11,13 @@ import os
 import stat
 
 from ostrel_lib.janitor import groups
-from ostrel_lib.janitor.tree import Entry, open_below, open_chain, walk
+from ostrel_lib.janitor.folders import Entry, open_below, open_chain, walk
 
 TYPE_CHECKING = False
 if TYPE_CHECKING:
     from collections.abc import Callable, Iterator
 
-    from ostrel_lib.janitor.tree import Folder, KeepOut
+    from ostrel_lib.janitor.folders import Folder, KeepOut
 
 NANOSECONDS_PER_DAY = 86400 * 1000000000
 
@@ -95,7 +95,7 @@ def packages(home: Folder, keep: KeepOut, limit: int) -> Iterator[Entry]:
         return
     try:
         for name in sorted(os.listdir(folder.fd)):
-            yield from whole_folder(folder, name, keep, limit, "_npx/" + name, lambda: True, folders_count=True)
+            yield from whole_folder(folder, name, keep, limit, "_npx/" + name, folders_count=True)
     finally:
         folder.close()
 
@@ -106,14 +106,14 @@ def whole_folder(
     keep: KeepOut,
     limit: int,
     needle: str,
-    judged: Callable[[], bool],
+    judged: Callable[[], bool] = lambda: True,
     folders_count: bool = False,
 ) -> Iterator[Entry]:
     """All of a folder and then the folder, or nothing.
 
-    It goes when all that it holds may go and was last modified before `limit` (folders are asked for their time
-    only where `folders_count`), when no process uses anything in it or has `needle` among its arguments, and when
-    it is `judged` so, which is asked last.
+    It goes when all that it holds may go and was last modified before `limit` (folders are asked for their
+    time only where `folders_count`), when no process uses anything in it or has `needle` among its arguments,
+    and when it is `judged` so, which is asked last.
     """
     unit = open_below(parent, name, keep)
     if unit is None:

@@ -1,12 +1,12 @@
 # SPDX-License-Identifier: Apache-2.0
-"""What a cleanup that is under way has done so far, in a file beside the receipts, so that a run that is killed
-still gets its receipt.
+"""What a cleanup that is under way has done so far, in a file beside the receipts, so that a run that is
+killed still gets its receipt.
 
-The run holds a lock on its file, which ends with the process. A later call that finds a file without a lock makes
-the receipt. Before the first entry is tried the file has a line with the group; for each entry then a line that
-says which is tried next, with the disk space it has, and a line with the outcome: "+" and the bytes freed, or
-"-". The outcome is written together with the next attempt, so a killed run leaves at most one attempt open; the
-disk tells how that ended.
+The run holds a lock on its file, which ends with the process. A later call that finds a file without a lock
+makes the receipt. Before the first entry is tried the file has a line with the group; for each entry then a
+line that says which is tried next, with the disk space it has, and a line with the outcome: "+" and the bytes
+freed, or "-". The outcome is written together with the next attempt, so a killed run leaves at most one
+attempt open; the disk tells how that ended.
 """
 from __future__ import annotations
 
@@ -25,7 +25,7 @@ TYPE_CHECKING = False
 if TYPE_CHECKING:
     from collections.abc import Iterator
 
-    from ostrel_lib.janitor.tree import Entry
+    from ostrel_lib.janitor.folders import Entry
 
 FULL = (errno.ENOSPC, errno.EDQUOT)
 BEGINNING_SECONDS = 60
@@ -94,7 +94,8 @@ def ascii_line(text: str) -> bytes:
 
 def give_receipt(folder: int, name: str, group: str, removed: int, freed: int, cut_short: bool) -> None:
     """Appends the receipt of a run and removes its record. Raises OSError."""
-    receipt = {"kind": "clean", "group": group, "removed": removed, "freed_mb": mib(freed), "run": name[:-len(ENDING)]}
+    run = name[:-len(ENDING)]
+    receipt = {"kind": "clean", "group": group, "removed": removed, "freed_mb": mib(freed), "run": run}
     if cut_short:
         receipt["cut_short"] = True
     receipts.append(folder, receipt)

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Which names and commands are never offered for stopping. The program keeps the same rows and asks them again
-right before a signal; what the user changed of them comes in as arguments."""
+"""Which names and commands are never offered for stopping. The program keeps the same rows and asks them
+again right before a signal; what the user changed of them comes in as arguments."""
 from __future__ import annotations
 
 LOCKED = ("claude", "codex", "ostrel", "ostrel app")
@@ -38,7 +38,8 @@ def stands_in(row: str, line: str) -> bool:
     at = line.find(row)
     while at >= 0:
         end = at + len(row)
-        if (at == 0 or line[at - 1] == "/" or line[at - 1].isspace()) and (end == len(line) or line[end].isspace()):
+        begins = at == 0 or line[at - 1] == "/" or line[at - 1].isspace()
+        if begins and (end == len(line) or line[end].isspace()):
             return True
         at = line.find(row, at + 1)
     return False

@@ -38,8 +38,8 @@ def has_records(home: str) -> bool:
 
 
 def append(folder: int, receipt: dict[str, object]) -> None:
-    """Adds one receipt, its time set here, to today's file. One write at the end of the file, so that writers at
-    the same time lose nothing. Raises OSError."""
+    """Adds one receipt, its time set here, to today's file. One write at the end of the file, so that writers
+    at the same time lose nothing. Raises OSError."""
     now = time.localtime()
     line = dump({"ts": time.strftime("%Y-%m-%d %H:%M:%S", now), **receipt}) + "\n"
     flags = os.O_WRONLY | os.O_APPEND | os.O_CREAT | os.O_NOFOLLOW | os.O_CLOEXEC

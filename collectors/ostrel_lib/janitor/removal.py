@@ -7,22 +7,22 @@ import os
 import stat
 import struct
 
-from ostrel_lib.janitor.tree import PASSED_OVER
+from ostrel_lib.janitor.folders import PASSED_OVER
 
 TYPE_CHECKING = False
 if TYPE_CHECKING:
-    from ostrel_lib.janitor.tree import Entry
+    from ostrel_lib.janitor.folders import Entry
 
 LOCK = "hhqqi"
 """struct flock: kind, where its start counts from, start, length, process."""
 
 
 def remove(entry: Entry) -> int | None:
-    """Removes a file or link and gives the bytes that came free; None when it was left alone, because it isn't
-    what the plan saw, is locked, or the system refuses. Raises OSError when the machine can't go on.
+    """Removes a file or link and gives the bytes that came free; None when it was left alone, because it
+    isn't what the plan saw, is locked, or the system refuses. Raises OSError when the machine can't go on.
 
-    The entry is opened without side effects first, so that what is compared, locked and removed is one and the
-    same file. A lock that can be had is held until the file is gone.
+    The entry is opened without side effects first, so that what is compared, locked and removed is one and
+    the same file. A lock that can be had is held until the file is gone.
     """
     held = -1
     try:
@@ -52,8 +52,8 @@ def remove(entry: Entry) -> int | None:
 
 
 def remove_folder(entry: Entry) -> None:
-    """Removes a folder that the plan has emptied, if it is still that folder and holds nothing. Raises OSError
-    when the machine can't go on."""
+    """Removes a folder that the plan has emptied, if it is still that folder and holds nothing. Raises
+    OSError when the machine can't go on."""
     try:
         now = os.stat(entry.name, dir_fd=entry.folder.fd, follow_symlinks=False)
         if (now.st_dev, now.st_ino) == (entry.status.st_dev, entry.status.st_ino) and entry.folder.in_place():

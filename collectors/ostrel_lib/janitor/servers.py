@@ -1,9 +1,9 @@
 # SPDX-License-Identifier: Apache-2.0
 """Agent sessions and MCP servers: which servers have lost their agent, and which sessions nobody uses.
 
-A session counts as idle by its terminal: the kernel notes, to eight seconds, when something was last typed into or
-written to one. An agent at work writes. A session without a terminal, or with work that was started lately below
-it, isn't called idle.
+A session counts as idle by its terminal: the kernel notes, to eight seconds, when something was last typed
+into or written to one. An agent at work writes. A session without a terminal, or with work that was started
+lately below it, isn't called idle.
 """
 from __future__ import annotations
 
@@ -11,7 +11,7 @@ import os
 import stat
 
 from ostrel_lib import families
-from ostrel_lib.census import MOST_ANCESTORS, Kind, stands_for_session
+from ostrel_lib.census import Kind
 from ostrel_lib.files import fraction, number, read
 from ostrel_lib.janitor.people import user_numbers
 from ostrel_lib.janitor.uses import read_whole
@@ -22,6 +22,7 @@ if TYPE_CHECKING:
     from ostrel_lib.processes import Process
 
 IDLE_MINUTES = 90
+MOST_ANCESTORS = 64
 REAPERS = frozenset((b"systemd", b"init", b"tini", b"dumb-init", b"docker-init", b"catatonit"))
 """Programs that the children of an ended process are handed to, besides the first process."""
 SHELLS = frozenset((b"sh", b"bash", b"dash", b"zsh", b"fish", b"busybox"))
@@ -66,13 +67,22 @@ class Crew:
         service of its own was started by the service manager on purpose."""
         process = server
         for _ in range(MOST_ANCESTORS):
+            if process.ppid == 1 and not self.is_at_work(1):
+                return not self.is_service(server.pid)
             parent = self.processes.get(process.ppid)
-            if process.ppid == 1 or parent is None or self.kinds[parent.pid].program in REAPERS:
+            if parent is None:
+                return False  # it can't be seen, which doesn't mean that it is gone
+            if self.kinds[parent.pid].program in REAPERS:
                 return not self.is_service(server.pid)
             if not self.only_launches(parent.pid):
                 return False
             process = parent
         return False
+
+    def is_at_work(self, pid: int) -> bool:
+        """Whether a process is an agent or a server, as the first process of a container can be."""
+        kind = self.kinds.get(pid)
+        return kind is not None and (kind.agent != b"" or kind.mcp)
 
     def only_launches(self, pid: int) -> bool:
         """Whether a process does nothing but start another: a package launcher, or a shell that was given its
@@ -132,15 +142,16 @@ class Crew:
                 return max(0.0, now - max(status.st_atime, status.st_mtime))
         return 0.0
 
-    def sessions(self) -> list[Process]:
-        """The processes that stand for the agent sessions."""
-        return [process for process in self.processes.values()
-                if stands_for_session(process, self.kinds, self.processes)]
+    def starts_itself(self, pid: int) -> bool:
+        """Whether an agent is the first of its session, and not what the same agent forked or started of
+        itself."""
+        parent = self.kinds.get(self.processes[pid].ppid)
+        return parent is None or not parent.session or parent.agent != self.kinds[pid].agent
 
 
 def offered(crew: Crew, depth: str, now: float) -> list[tuple[int, str]]:
-    """The servers that a depth proposes to stop, each with the reason. "light" are those whose parent is gone,
-    "deep" also those of idle sessions."""
+    """The servers that a depth proposes to stop, each with the reason. "light" are those whose parent is
+    gone, "deep" also those of idle sessions."""
     found = [(server.pid, "its parent is gone") for server in crew.orphans()]
     if depth == "deep":
         idle = crew.idle_sessions(now)

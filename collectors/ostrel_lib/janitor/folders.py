@@ -1,9 +1,9 @@
 # SPDX-License-Identifier: Apache-2.0
 """Folders held open, and walking through them without following links.
 
-Every step goes from an open folder to a name in it, so that nobody can lead the walk elsewhere by exchanging a
-folder for a link while it runs. Mount points aren't entered. Bind mounts have the device of what they show, so
-it is the kernel's number of the mount that tells them.
+Every step goes from an open folder to a name in it, so that nobody can lead the walk elsewhere by exchanging
+a folder for a link while it runs. Mount points aren't entered. Bind mounts have the device of what they show,
+so it is the kernel's number of the mount that tells them.
 """
 from __future__ import annotations
 
@@ -13,7 +13,7 @@ import stat
 
 from ostrel_lib.files import read
 from ostrel_lib.janitor.history import History
-from ostrel_lib.janitor.uses import Uses
+from ostrel_lib.janitor.uses import Uses, read_whole
 
 TYPE_CHECKING = False
 if TYPE_CHECKING:
@@ -48,8 +48,8 @@ class Folder:
         os.close(self.fd)
 
     def in_place(self) -> bool:
-        """Whether the folder still lies where it was opened. One that was moved away in the meantime no longer
-        belongs to its root, whatever it holds."""
+        """Whether the folder still lies where it was opened. One that was moved away in the meantime no
+        longer belongs to its root, whatever it holds."""
         try:
             return os.readlink(f"/proc/self/fd/{self.fd}") == self.real
         except OSError:
@@ -82,8 +82,8 @@ class KeepOut:
     def __init__(self, home: Folder) -> None:
         self.history = History(home.real)
         self.uses = Uses(home.real)
-        self.locked = locked_files(read("/proc/locks", 4 << 20))
-        self.mounts = mount_points(read("/proc/self/mountinfo", 4 << 20), home.real)
+        self.locked = locked_files(read_whole("/proc/locks"))
+        self.mounts = mount_points(read_whole("/proc/self/mountinfo"), home.real)
 
     def covers_folder(self, folder: Folder) -> bool:
         return self.history.covers(folder.status)
@@ -127,11 +127,11 @@ def home_is_history(home: Folder, keep: KeepOut) -> bool:
 
 
 def open_below(folder: Folder, name: str, keep: KeepOut, on_the_way: bool = False) -> Folder | None:
-    """The folder of that name. None for a link, another kind of file, a mount point, session history, and what
-    can't be opened. Raises OSError when the machine can't go on.
+    """The folder of that name. None for a link, another kind of file, a mount point, session history, and
+    what can't be opened. Raises OSError when the machine can't go on.
 
-    A file system within a file system that isn't mounted (a subvolume) may lie on the way to a root, and isn't
-    walked into.
+    A file system within a file system that isn't mounted (a subvolume) may lie on the way to a root, and
+    isn't walked into.
     """
     try:
         fd = os.open(name, OPEN_FOLDER, dir_fd=folder.fd)
@@ -166,9 +166,9 @@ def open_chain(home: Folder, path: str, keep: KeepOut) -> Folder | None:
 def walk(root: Folder, keep: KeepOut, whole: bool) -> Iterator[Entry]:
     """Regular files below an open folder, as they are met; memory doesn't grow with their number.
 
-    With `whole` also links, and each folder after what it holds, so that everything that the walk gave could go.
-    What must be left alone, and in a `whole` walk also what is neither file, link nor folder, comes with a
-    `status` of None. Raises OSError when the machine can't go on. `root` stays open.
+    With `whole` also links, and each folder after what it holds, so that everything that the walk gave could
+    go. What must be left alone, and in a `whole` walk also what is neither file, link nor folder, comes with
+    a `status` of None. Raises OSError when the machine can't go on. `root` stays open.
     """
     stack = [(root, os.scandir(root.fd))]
     try:
