@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
-"""A made-up home for the janitor in a temporary folder, with another folder beside it that nobody may touch."""
+"""A made-up home for the janitor in a temporary folder, with another folder beside it that nobody may
+touch."""
 import json
 import os
 import shutil

@@ -20,7 +20,8 @@ class GroupsTest(unittest.TestCase):
         row = {"path": f"~/{DEBUG}/2.txt", "mb": 0.04, "age_days": 22}
         title = "agent logs, snapshots and paste cache older than 14 days"
         answer = home.run("preview", "--group=agents-light")
-        self.assertEqual([row, 0.01, 0.0], [answer["files"][0]] + [file["mb"] for file in answer["files"][1:]])
+        first, *others = answer["files"]
+        self.assertEqual([row, 0.01, 0.0], [first, *(file["mb"] for file in others)])
         del answer["files"]
         expected = {"group": "agents-light", "title": title, "count": 3, "size_mb": 0.05, "error": ""}
         self.assertEqual(answer, expected)
@@ -36,8 +37,8 @@ class GroupsTest(unittest.TestCase):
 
     def test_agent_files_go_by_their_age_and_only_from_the_listed_folders(self):
         home = self.home
-        folders = (".claude/shell-snapshots", ".claude/paste-cache", ".claude/telemetry", DEBUG, ".claude/logs",
-                   ".codex/log", ".codex/logs/deep/er")
+        folders = (".claude/shell-snapshots", ".claude/paste-cache", ".claude/telemetry", DEBUG,
+                   ".claude/logs", ".codex/log", ".codex/logs/deep/er")
         for folder in folders:
             home.write(folder + "/old", days=14.1)
             home.write(folder + "/young", days=13.9)
@@ -71,7 +72,8 @@ class GroupsTest(unittest.TestCase):
         os.makedirs(home.at(CACHE + "/empty/empty"))
         home.write(".cache/other/a")
         home.write(".cache/file")
-        self.assertEqual(home.listed("app-caches", "pip", "gone", "file"), [CACHE + "/http/a/b", CACHE + "/link"])
+        listed = home.listed("app-caches", "pip", "gone", "file")
+        self.assertEqual(listed, [CACHE + "/http/a/b", CACHE + "/link"])
         self.assertEqual(home.clean("app-caches", "pip"), (2, 0, ""))
         self.assertEqual((os.listdir(home.at(CACHE)), home.files(".cache")), ([], ["file", "other/a"]))
         self.assertTrue(os.path.exists(home.outside + "/a"))
@@ -175,7 +177,8 @@ class GroupsTest(unittest.TestCase):
         goes = ("build/a.o", "build/deep/b.o", "sub/dist/c.js", ".next/d")
         for path in goes:
             home.write("code/app/" + path, days=15)
-        for path in ("out/tracked", "out/e", "node_modules/lib/dist/f", "coverage/g", "src/build.c", "other/h"):
+        for path in ("out/tracked", "out/e", "node_modules/lib/dist/f", "coverage/g", "src/build.c",
+                     "other/h"):
             home.write("code/app/" + path, days=90)
         home.write("code/app/target/new", days=13)
         home.write("code/app/target/old", days=90)
@@ -202,5 +205,6 @@ class GroupsTest(unittest.TestCase):
         before = set(home.files())
         self.assertEqual(home.clean("product-builds"), (4, 0, ""))
         self.assertEqual(before - set(home.files()), {"code/app/" + path for path in goes})
-        self.assertFalse({"build", "sub/dist", ".next"} & set(os.listdir(project) + os.listdir(project + "/sub")))
+        left = os.listdir(project) + os.listdir(project + "/sub")
+        self.assertFalse({"build", "dist", ".next"} & set(left), left)
         self.assertEqual(os.listdir(home.outside), [])

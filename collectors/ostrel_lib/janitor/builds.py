@@ -115,15 +115,16 @@ def ignored_folders(project: Folder, only: str = "") -> list[str]:
 
 
 def git(project: Folder, *arguments: str, paths: list[str] | None = None) -> list[str] | None:
-    """The paths that git lists in an open folder, asked about `paths`; None when it fails. No program that the project's own
-    configuration names is run."""
+    """The paths that git lists in an open folder, asked about `paths`; None when it fails. No program that
+    the project's own configuration names is run."""
     environment = {
         name: value for name, value in os.environ.items() if name in ("HOME", "PATH", "XDG_CONFIG_HOME")
     }
     try:
         done = subprocess.run(
             [*GIT, *arguments], cwd=f"/proc/self/fd/{project.fd}", env=environment,
-            input=os.fsencode("\0".join(paths or [])), stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, timeout=GIT_SECONDS, check=True)
+            input=os.fsencode("\0".join(paths or [])), stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
+            timeout=GIT_SECONDS, check=True)
     except (OSError, subprocess.SubprocessError):
         return None
     return [os.fsdecode(path) for path in done.stdout.split(b"\0") if path]

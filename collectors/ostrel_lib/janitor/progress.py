@@ -28,8 +28,8 @@ if TYPE_CHECKING:
     from ostrel_lib.janitor.folders import Entry
 
 FULL = (errno.ENOSPC, errno.EDQUOT)
-BEGINNING_SECONDS = 60
-"""A file of this age without a line is of a run that was killed before it began."""
+BEGINNING_SECONDS, BEGINNING_BYTES = 60, 64
+"""A file of this age and no more bytes, without a line, is of a run that was killed before it began."""
 
 
 class Progress:
@@ -135,7 +135,8 @@ def settle(home: str, folder: int, name: str) -> None:
             return
         group, removed, freed = outcome(file, home)
         if group is None:
-            if time.time() - status.st_mtime > BEGINNING_SECONDS:
+            old = time.time() - status.st_mtime > BEGINNING_SECONDS
+            if old and status.st_size <= BEGINNING_BYTES:
                 os.unlink(name, dir_fd=folder)
         elif has_receipt(folder, name[:-len(ENDING)]):
             os.unlink(name, dir_fd=folder)
