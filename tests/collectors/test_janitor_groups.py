@@ -70,6 +70,8 @@ class GroupsTest(unittest.TestCase):
         home.write(CACHE + "/http/a/b", days=0.001)
         home.link(CACHE + "/link", home.write(home.outside + "/a"))
         os.makedirs(home.at(CACHE + "/empty/empty"))
+        for folder in ("http/a", "http", "empty/empty", "empty"):
+            home.age(f"{CACHE}/{folder}", days=0.001)
         home.write(".cache/other/a")
         home.write(".cache/file")
         listed = home.listed("app-caches", "pip", "gone", "file")

@@ -89,6 +89,16 @@ class ReceiptsTest(unittest.TestCase):
         cleans = [row["removed"] for row in lines if row["kind"] == "clean"]
         self.assertEqual((statuses, len(cleans), sum(cleans)), ([0] * 4, 4, 3))
 
+    def test_a_line_that_was_never_finished_does_not_take_the_next_with_it(self):
+        folder = receipts.open_folder(self.home.path, make=True)
+        name = time.strftime("%Y-%m-%d") + ".jsonl"
+        self.put(name, b'{"n":1}')
+        with open(self.home.at(f"{FOLDER}/{name}"), "ab") as file:
+            file.write(b'{"torn":')
+        receipts.append(folder, {"n": 2})
+        os.close(folder)
+        self.assertEqual([row["n"] for row in self.home.receipts], [2, 1])
+
     def test_without_a_place_for_its_receipt_a_cleanup_does_not_begin(self):
         self.home.write("Library/Application Support/Ostrel")
         path = self.home.write(DEBUG + "/a")

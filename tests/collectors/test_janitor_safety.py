@@ -119,6 +119,17 @@ class SafetyTest(unittest.TestCase):
             self.assertEqual((os.path.lexists(path), self.refused), (change is not os.unlink, 1), change)
             self.setUp()
 
+    def test_what_comes_into_a_cache_while_it_is_emptied_stays(self):
+        for number in range(3):
+            self.home.age(os.path.dirname(self.home.write(f"{CACHE}/{number}/a")))
+        fresh = []
+        for entry in self.step_through("app-caches", "pip"):
+            if not fresh:
+                os.makedirs(entry.folder.real + "/new/empty")
+                fresh.append(self.home.write(entry.folder.real + "/new/b", days=0))
+        self.assertEqual([os.path.join(self.home.path, path) for path in self.home.files()], fresh)
+        self.assertTrue(os.path.isdir(os.path.dirname(fresh[0]) + "/empty"))
+
     def test_a_folder_that_is_carried_out_of_its_root_takes_its_files_with_it(self):
         for number in range(5):
             self.home.write(f"{DEBUG}/sub/{number}")

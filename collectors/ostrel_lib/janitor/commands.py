@@ -109,7 +109,10 @@ def mcp_preview(home: str, options: Options) -> dict[str, object]:
     from ostrel_lib.janitor.people import judged
     from ostrel_lib.janitor.servers import Crew, offered
 
-    return judged(offered(Crew("/proc"), options["--depth"], time.time()), rows(options), "/proc")
+    depth = options["--depth"]
+    if depth not in ("light", "deep"):
+        raise ValueError("there is no such depth")
+    return judged(offered(Crew("/proc"), depth, time.time()), rows(options), "/proc")
 
 
 def group_names(home: str, options: Options) -> dict[str, object]:

@@ -20,6 +20,8 @@ if TYPE_CHECKING:
     from ostrel_lib.janitor.folders import Folder, KeepOut
 
 NANOSECONDS_PER_DAY = 86400 * 1000000000
+CLOCK_STEP = 20000000
+"""Nanoseconds that the clock of file times may lag behind, so that what is new is known as new."""
 
 
 def problem(group: str, home: Folder, selected: list[str]) -> str:
@@ -40,7 +42,7 @@ def plan(group: str, home: Folder, selected: list[str], keep: KeepOut, now: int)
     was modified later than the group's age before it stays. Raises OSError when the machine can't go on."""
     if problem(group, home, selected):
         return
-    limit = now - groups.DAYS[group] * NANOSECONDS_PER_DAY
+    limit = now - groups.DAYS[group] * NANOSECONDS_PER_DAY - CLOCK_STEP
     if group == "agent-screenshots":
         yield from old_files(groups.SCREENSHOT_FOLDERS, home, keep, limit, groups.PICTURES)
     elif group == "app-caches":
@@ -73,16 +75,15 @@ def old_files(
 
 
 def cache(name: str, home: Folder, keep: KeepOut, limit: int) -> Iterator[Entry]:
-    """What one cache holds; the cache's own folder stays."""
+    """What one cache holds, but for what came or changed since `limit`; the cache's own folder stays, and so
+    does one that a process works in."""
     root = open_chain(home, groups.CACHES + "/" + name, keep)
     if root is None:
         return
     try:
         for entry in walk(root, keep, whole=True):
-            if is_folder(entry):
-                if not keep.uses.holds(entry.folder.real + "/" + entry.name):
-                    yield entry
-            elif is_older(entry, limit):
+            in_use = is_folder(entry) and keep.uses.holds(entry.folder.real + "/" + entry.name)
+            if is_older(entry, limit) and not in_use:
                 yield entry
     finally:
         root.close()

@@ -39,13 +39,16 @@ def has_records(home: str) -> bool:
 
 def append(folder: int, receipt: dict[str, object]) -> None:
     """Adds one receipt, its time set here, to today's file. One write at the end of the file, so that writers
-    at the same time lose nothing. Raises OSError."""
+    at the same time lose nothing; a line that a writer couldn't finish doesn't take this one with it. Raises
+    OSError."""
     now = time.localtime()
     line = dump({"ts": time.strftime("%Y-%m-%d %H:%M:%S", now), **receipt}) + "\n"
-    flags = os.O_WRONLY | os.O_APPEND | os.O_CREAT | os.O_NOFOLLOW | os.O_CLOEXEC
+    flags = os.O_RDWR | os.O_APPEND | os.O_CREAT | os.O_NOFOLLOW | os.O_CLOEXEC
     file = os.open(time.strftime("%Y-%m-%d.jsonl", now), flags, 0o600, dir_fd=folder)
     try:
-        left = line.encode("ascii")
+        size = os.fstat(file).st_size
+        whole = size == 0 or os.pread(file, 1, size - 1) == b"\n"
+        left = (line if whole else "\n" + line).encode("ascii")
         while left:
             left = left[os.write(file, left):]
     finally:
