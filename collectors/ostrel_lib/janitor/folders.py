@@ -223,7 +223,7 @@ def mount_points(mountinfo: bytes, below: str) -> frozenset[str]:
             for code, sign in ((b"\\040", b" "), (b"\\011", b"\t"), (b"\\012", b"\n"), (b"\\134", b"\\")):
                 path = path.replace(code, sign)
             points.append(os.fsdecode(path))
-    return frozenset(point for point in points if point.startswith(below + "/"))
+    return frozenset(point for point in points if point.startswith(below.rstrip("/") + "/"))
 
 
 def locked_files(locks: bytes) -> frozenset[tuple[int, int]]:

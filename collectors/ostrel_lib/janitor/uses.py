@@ -19,7 +19,7 @@ class Uses:
     __slots__ = ("_below", "_root", "_until", "_paths", "_commands")
 
     def __init__(self, below: str, proc_root: str = "/proc") -> None:
-        self._below = below + "/"
+        self._below = below.rstrip("/") + "/"
         self._root = proc_root
         self._until = 0.0
         self._paths: set[str] = set()
