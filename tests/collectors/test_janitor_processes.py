@@ -2,8 +2,6 @@
 import os
 import pty
 import subprocess
-import sys
-import time
 import unittest
 
 from fabricated_machine import TICKS, Machine
@@ -295,7 +293,3 @@ class CommandLineTest(unittest.TestCase):
             command, env=home.environment, stdout=writer, stderr=subprocess.PIPE, check=False)
         os.close(writer)
         self.assertEqual((done.returncode, done.stderr, home.receipts[0]["removed"]), (1, b"", 1))
-
-
-if __name__ == "__main__":
-    sys.exit(unittest.main())

@@ -6,7 +6,6 @@ import os
 import signal
 import socket
 import subprocess
-import sys
 import time
 import unittest
 
@@ -412,7 +411,3 @@ def plan_of(test, home: Home, group: str):
     folder = open_home(home.path)
     test.addCleanup(folder.close)
     return plan(group, folder, [], KeepOut(folder), time.time_ns())
-
-
-if __name__ == "__main__":
-    sys.exit(unittest.main())

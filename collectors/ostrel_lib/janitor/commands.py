@@ -69,30 +69,35 @@ def rows(options: Options) -> list[str]:
 
 
 def findings(home: str, options: Options) -> dict[str, object]:
+    """The reply of `findings`."""
     from ostrel_lib.janitor.findings import findings
 
     return findings(home, rows(options), time.time_ns())
 
 
 def preview(home: str, options: Options) -> dict[str, object]:
+    """The reply of `preview`."""
     from ostrel_lib.janitor.listing import preview
 
     return preview(home, options["--group"], names(options, "--select"), time.time_ns())
 
 
 def clean(home: str, options: Options) -> dict[str, object]:
+    """The reply of `clean`."""
     from ostrel_lib.janitor.cleaning import clean
 
     return clean(home, options["--group"], names(options, "--select"), time.time_ns())
 
 
 def caches(home: str, options: Options) -> dict[str, object]:
+    """The reply of `caches`."""
     from ostrel_lib.janitor.listing import caches
 
     return caches(home)
 
 
 def kill_preview(home: str, options: Options) -> dict[str, object]:
+    """The reply of `kill-preview`."""
     from ostrel_lib.janitor.people import judged
 
     wanted = [(pid(text), "not protected") for text in names(options, "--pids")]
@@ -106,6 +111,7 @@ def pid(text: str) -> int:
 
 
 def mcp_preview(home: str, options: Options) -> dict[str, object]:
+    """The reply of `mcp-preview`. Raises ValueError for a depth that doesn't exist."""
     from ostrel_lib.janitor.people import judged
     from ostrel_lib.janitor.servers import Crew, offered
 
@@ -116,12 +122,14 @@ def mcp_preview(home: str, options: Options) -> dict[str, object]:
 
 
 def group_names(home: str, options: Options) -> dict[str, object]:
+    """The reply of `groups`."""
     from ostrel_lib.janitor.groups import TITLES
 
     return {"groups": list(TITLES), "titles": TITLES}
 
 
 def receipts(home: str, options: Options) -> dict[str, object]:
+    """The reply of `receipts`."""
     from ostrel_lib.janitor.receipts import newest
 
     return newest(home)

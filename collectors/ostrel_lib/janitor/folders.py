@@ -45,6 +45,7 @@ class Folder:
         self.mount = mount
 
     def close(self) -> None:
+        """Gives the descriptor back."""
         os.close(self.fd)
 
     def in_place(self) -> bool:
@@ -86,9 +87,11 @@ class KeepOut:
         self.mounts = mount_points(read_whole("/proc/self/mountinfo"), home.real)
 
     def covers_folder(self, folder: Folder) -> bool:
+        """Whether a folder isn't to be entered."""
         return self.history.covers(folder.status)
 
     def covers_file(self, folder: Folder, name: str, status: os.stat_result) -> bool:
+        """Whether a file or link isn't to be listed."""
         path = folder.real + "/" + name
         return (
             status.st_dev != folder.status.st_dev

@@ -36,6 +36,7 @@ class Total:
         self._names: dict[tuple[int, int], int] = {}
 
     def add(self, status: os.stat_result) -> None:
+        """Counts one name of a file."""
         self.count += 1
         if status.st_nlink > 1:
             identity = (status.st_dev, status.st_ino)

@@ -40,10 +40,12 @@ class Person:
 
     @property
     def name(self) -> str:
+        """The short name, as the lists of the snapshot have it."""
         return display_name(self.comm, self.kind.program)
 
     @property
     def cmd(self) -> str:
+        """The command line as text, blanks between the arguments."""
         return text(self.cmdline.replace(b"\0", b" "))
 
 

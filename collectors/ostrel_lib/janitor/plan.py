@@ -137,6 +137,7 @@ def whole_folder(
 
 
 def is_folder(entry: Entry) -> bool:
+    """Whether the entry is a folder, which comes after what it holds."""
     return entry.status is not None and stat.S_ISDIR(entry.status.st_mode)
 
 
