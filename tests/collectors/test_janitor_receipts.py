@@ -82,7 +82,7 @@ class ReceiptsTest(unittest.TestCase):
         lines = []
         for name in receipts.day_files(folder):
             with open(home.at(f"{FOLDER}/{name}"), "rb") as file:
-                lines += [json.loads(line) for line in file]
+                lines += [json.loads(line) for line in file if line.strip()]
         os.close(folder)
         written = {(row["writer"], row["n"]) for row in lines if row["kind"] == "test"}
         self.assertEqual(len(written), 1200)

@@ -39,7 +39,8 @@ def has_records(home: str) -> bool:
 
 def append(folder: int, receipt: dict[str, object]) -> None:
     """Adds one receipt, its time set here, to today's file. One write at the end of the file, so that writers
-    at the same time lose nothing; a line that a writer couldn't finish doesn't take this one with it. Raises
+    at the same time lose nothing; a line that a writer couldn't finish doesn't take this one with it. A line
+    of another writer that is half there at this moment looks the same, so there can be empty lines. Raises
     OSError."""
     now = time.localtime()
     line = dump({"ts": time.strftime("%Y-%m-%d %H:%M:%S", now), **receipt}) + "\n"
