@@ -143,6 +143,7 @@ class GroupsTest(unittest.TestCase):
         package("free")
         package("young", days=1)
         home.age(package("written") + "/node_modules", days=1)
+        home.age(package("touched"), days=1)
         package("argument")
         with open(package("open") + "/package.json", "rb") as file:
             child(sys.executable, "-c", script, stderr=file)
@@ -187,6 +188,8 @@ class GroupsTest(unittest.TestCase):
         home.write("code/app/sub/out/repo/i", days=90)
         git("init", "-q")
         git("init", "-q", where=home.at("code/app/sub/out/repo"))
+        for path in home.files("code/app/sub/out/repo/.git"):
+            home.age("code/app/sub/out/repo/.git/" + path, days=90)
         git("add", "-f", ".gitignore", "out/tracked", "src")
         git("config", "core.fsmonitor", "touch " + home.outside + "/ran")
         for path in ("code/plain/build/a", "build/a"):
