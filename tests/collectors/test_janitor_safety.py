@@ -332,6 +332,8 @@ class KilledRunTest(unittest.TestCase):
                 home.write(f"{DEBUG}/{number % 7}/{number}", size=1)
             run = subprocess.Popen(home.command("clean", "--group=agents-light", "--apply"),
                                    env=home.environment, stdout=subprocess.DEVNULL)
+            self.addCleanup(run.wait)
+            self.addCleanup(run.kill)
             folder = home.at("Library/Application Support/Ostrel/receipts")
             until = time.monotonic() + 30
             while time.monotonic() < until and run.poll() is None:
