@@ -156,7 +156,7 @@ TEST(GaugeView, TheTextsStandInTheMiddleOneAboveTheOther)
     const auto inked = [&](const ThemedColor& color, int from, int to) {
         QRect all;
         for (int y = from; y < to; ++y)
-            for (int x = 24; x < 144; ++x)
+            for (int x = 50; x < 118; ++x) // inside the ring
                 if (near(image.pixel(x, y), color.in(Mode::light), 12))
                     all |= QRect(x, y, 1, 1);
         return all;

@@ -64,6 +64,8 @@ struct OpenTab : AppBench {
         time.advance(platform::Seconds(0.01));
         QCoreApplication::processEvents();
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        // What the deleted ones stood on is painted in a turn of its own.
+        QCoreApplication::processEvents();
     }
 
     /// The next tick, in which the processor was that busy.

@@ -431,7 +431,7 @@ TEST_F(QtStatusItemOnABus, ItsPlaceIsTheLastPresssElseTheScreensUpperRight)
     const Watcher tray;
     makeShownItem();
     const QRect screen = QGuiApplication::primaryScreen()->geometry();
-    EXPECT_EQ(item->placement()->frame, (Rect { screen.width() - 40.0, screen.height() - 24.0, 40, 24 }));
+    EXPECT_EQ(item->placement()->frame, (Rect { screen.width() - 24.0, screen.height() - 24.0, 24, 24 }));
     EXPECT_TRUE(item->placement()->seen);
     call(itemPath, itemInterface, "Activate", { 300, 5 });
     EXPECT_EQ(item->placement()->frame, (Rect { 288, screen.height() - 24.0, 24, 24 }))
