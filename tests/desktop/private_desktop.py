@@ -53,6 +53,7 @@ BUS_CONFIGURATION = """<busconfig>
 </policy>
 </busconfig>"""
 GENEROUS = 20.0  # seconds for what takes a fraction of one on an idle machine
+PATIENCE_WITH_A_TRAY = 8  # seconds, before it is started anew
 WATCHED_SIGNALS = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
 Answer = TypeVar("Answer")
 
@@ -175,8 +176,7 @@ class PrivateDesktop:
         return dict(self.env, HOME=home)
 
     def start_tray(self, name: str = "") -> None:
-        """Starts the tray, or another one from now on, and waits until it takes items and has its strip of
-        the
+        """Starts the tray, or another one from now on, and waits until it takes items and has its strip of the
         screen."""
         if name:
             self.tray = TRAYS[name]
@@ -185,6 +185,16 @@ class PrivateDesktop:
             os.makedirs(os.path.dirname(f"{self.home}/{path}"), mode=0o700, exist_ok=True)
             with open(f"{self.home}/{path}", "w", encoding="utf-8") as file:
                 file.write(text)
+        # Now and then a window manager that is just starting misses the strip that a tray asks for.
+        for limit in (PATIENCE_WITH_A_TRAY, GENEROUS):
+            try:
+                return self._try_tray(limit)
+            except DesktopError:
+                if limit == GENEROUS:
+                    raise
+                self._kill_tray()
+
+    def _try_tray(self, limit: float) -> None:
         parts = []
         for number, command in enumerate(self.tray.commands):
             parts.append(f"tray{number}")
@@ -192,14 +202,18 @@ class PrivateDesktop:
         full = (0, 0, *self.size)
         self.wait_for("tray", lambda: not parts or self.work_area() not in (None, full)
                       and (not self.tray.takes_items or bus.has_host(self.env)),
-                      program=parts[-1] if parts else "")
+                      limit=limit, program=parts[-1] if parts else "")
+
+    def _kill_tray(self) -> None:
+        for name in [name for name in self._parts if name.startswith("tray")]:
+            part = self._parts.pop(name)
+            with contextlib.suppress(ProcessLookupError):
+                os.killpg(part.pid, signal.SIGKILL)
+            part.wait()
 
     def stop_tray(self) -> None:
         """Kills the tray, as a crash would, and waits until the bus has seen it go."""
-        for name in [name for name in self._parts if name.startswith("tray")]:
-            part = self._parts.pop(name)
-            os.killpg(part.pid, signal.SIGKILL)
-            part.wait()
+        self._kill_tray()
         self.wait_for("the tray's end", lambda: not bus.has_owner(self.env, bus.WATCHER))
 
     def stop_bus(self) -> None:
