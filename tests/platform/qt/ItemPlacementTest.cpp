@@ -37,7 +37,8 @@ TEST(GuessedFrame, IsAtTheLastPressElseAtABarsEndElseAtTheUpperRight)
         { {}, Point { 3000, 699 }, { 2988, 676, 24, 24 } },
     };
     for (const Case& c : cases) {
-        const Rect frame = guessedFrame(displays, { .root = { 3880, 1800 }, .struts = c.bars }, c.press, c.length);
+        const Rect frame
+            = guessedFrame(displays, { .root = { 3880, 1800 }, .struts = c.bars }, c.press, c.length);
         EXPECT_EQ(frame, c.frame) << frame.x << " " << frame.y << " " << frame.width << " " << frame.height;
     }
 }
