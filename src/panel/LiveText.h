@@ -6,10 +6,8 @@
 #include <string>
 #include <string_view>
 
-namespace ostrel {
-
 /// The native values as labels show them. A tab writes them when it is drawn, and the tick afterwards.
-namespace LiveText {
+namespace ostrel::LiveText {
 
 [[nodiscard]] std::string cpu(double percent);
 [[nodiscard]] std::string memory(const NativeStats& native);
@@ -20,6 +18,4 @@ namespace LiveText {
 /// `age` as in "12s ago".
 [[nodiscard]] std::string snapshotAge(std::string_view age);
 
-} // namespace LiveText
-
-} // namespace ostrel
+} // namespace ostrel::LiveText

@@ -39,8 +39,8 @@ constexpr std::array<GraphSource, 2> graphs { {
 } // namespace
 
 LiveValues::LiveValues(
-    const PanelState& state, LiveViews& views, const PanelBody& body, std::function<std::string()> title)
-    : state_(state)
+    PanelState state, LiveViews& views, const PanelBody& body, std::function<std::string()> title)
+    : state_(std::move(state))
     , views_(views)
     , body_(body)
     , title_(std::move(title))

@@ -15,8 +15,7 @@ namespace ostrel {
 class LiveValues {
 public:
     /// `title` is the bar item's present text, which the settings tab previews.
-    LiveValues(
-        const PanelState& state, LiveViews& views, const PanelBody& body, std::function<std::string()> title);
+    LiveValues(PanelState state, LiveViews& views, const PanelBody& body, std::function<std::string()> title);
 
     /// Writes every registered label, gauge and graph; nothing before the first reading.
     void refreshLiveValues();

@@ -55,8 +55,8 @@ std::string idOf(OstrelMode mode) { return std::string(words(mode).title); }
 
 } // namespace
 
-PanelFrame::PanelFrame(const PanelState& state, const Services& services, LiveRegistry& live)
-    : state_(state)
+PanelFrame::PanelFrame(PanelState state, const Services& services, LiveRegistry& live)
+    : state_(std::move(state))
     , services_(services)
     , live_(live)
     , retired_(std::make_unique<RetiredViews>(services.motion.mainQueue, services.alerts))

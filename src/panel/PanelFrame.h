@@ -57,7 +57,7 @@ public:
         std::function<void()> rendered; ///< after each rebuild, to set its gauges going
     };
 
-    PanelFrame(const PanelState& state, const Services& services, LiveRegistry& live);
+    PanelFrame(PanelState state, const Services& services, LiveRegistry& live);
     ~PanelFrame() override;
 
     void setActions(Actions actions);
