@@ -24,7 +24,7 @@ sys.path.insert(0, f"{PROJECT}/tests/desktop")
 
 import bus  # noqa: E402
 import screen  # noqa: E402
-from measure import end, median_and_high, memory_mb, processor_ms, switches  # noqa: E402
+from measure import end, median_and_high, memory_mb, processor_ms, switches, switches_since  # noqa: E402
 from private_desktop import PrivateDesktop  # noqa: E402
 
 FIRSTS = 9  # programs, each opened for the first time
@@ -134,12 +134,12 @@ def show(what: str, openings: list[Opening]) -> None:
 def idle(subject: Subject, what: str, pid: int, seconds: float) -> None:
     """Lets the program be and prints what it did by itself."""
     settle(pid)
-    used, woken, begin = processor_ms(pid), switches(pid), time.monotonic()
+    used, before, begin = processor_ms(pid), switches(pid), time.monotonic()
     time.sleep(seconds)
     lasted = time.monotonic() - begin
+    woken, used = switches_since(pid, before), processor_ms(pid) - used
     pss, dirty = memory_mb(pid)
-    print(f"    {what:12} {(switches(pid) - woken) / lasted:8.2f} {(processor_ms(pid) - used) / lasted:10.2f}"
-          f" {pss:12.1f} {dirty:8.1f}")
+    print(f"    {what:12} {woken / lasted:8.2f} {used / lasted:10.2f} {pss:12.1f} {dirty:8.1f}")
 
 
 def measure(desktop: PrivateDesktop, subject: Subject, seconds: float) -> None:

@@ -18,7 +18,7 @@ PROJECT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 sys.path.insert(0, f"{PROJECT}/tests/desktop")
 
 import bus  # noqa: E402
-from measure import end, memory_mb, processor_ms, switches  # noqa: E402
+from measure import end, memory_mb, processor_ms, switches, switches_since  # noqa: E402
 from private_desktop import PrivateDesktop  # noqa: E402
 
 SETTINGS = ".config/zol-mini-apps/dev.quent.ostrel.json"
@@ -61,7 +61,7 @@ def background(desktop: PrivateDesktop, commands: dict, seconds: float) -> None:
     print(f"in the background for {lasted:.0f} s   CPU per {TICK:.0f} s   switches/s   PSS MB   own dirty MB")
     for name, one in running.items():
         cpu = processor_ms(one.pid) - before[name][0]
-        woken = switches(one.pid) - before[name][1]
+        woken = switches_since(one.pid, before[name][1])
         pss, dirty = memory_mb(one.pid)
         print(f"  {name:26} {cpu / lasted * TICK:8.2f} ms {woken / lasted:12.2f} {pss:8.1f} {dirty:18.1f}")
     for one in running.values():

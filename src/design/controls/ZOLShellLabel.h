@@ -8,6 +8,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <optional>
+
 namespace ostrel {
 
 /// A text in a colour that follows the theme. It is shown as it is, never as markup, and as high as the font
@@ -45,10 +47,14 @@ private:
     };
     [[nodiscard]] Lines broken(int width) const;
     [[nodiscard]] int lineHeight() const;
+    [[nodiscard]] double widestLine() const;
     void showColor();
 
     ThemedColor color_;
     int maximumLines_ = 0;
+    // A layout asks several times how wide the text is, and to know costs more than all else of a label.
+    mutable QString measured_;
+    mutable std::optional<double> widest_; ///< of `measured_` in the present font, in points
 };
 
 } // namespace ostrel
