@@ -8,7 +8,6 @@ Usage: program_bench.py BUILD_FOLDER [SECONDS_IN_THE_BACKGROUND]
 import json
 import os
 import shutil
-import signal
 import statistics
 import subprocess
 import sys
@@ -19,32 +18,13 @@ PROJECT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 sys.path.insert(0, f"{PROJECT}/tests/desktop")
 
 import bus  # noqa: E402
+from measure import end, memory_mb, processor_ms, switches, switches_since  # noqa: E402
 from private_desktop import PrivateDesktop  # noqa: E402
 
 SETTINGS = ".config/zol-mini-apps/dev.quent.ostrel.json"
 TICK = 3.0  # seconds, at the fast profile
 CONKY = """conky.config = { out_to_console = true, out_to_x = false, update_interval = 3 }
 conky.text = [[ ${cpu} ${memperc} ${swapperc} ${loadavg 1} ]]"""
-
-
-def processor_ms(pid: int) -> float:
-    """Processor time of all threads that live, in milliseconds."""
-    total = 0
-    for task in os.listdir(f"/proc/{pid}/task"):
-        with open(f"/proc/{pid}/task/{task}/schedstat", encoding="ascii") as file:
-            total += int(file.read().split()[0])
-    return total / 1e6
-
-
-def field(pid: int, name: str, key: str) -> int:
-    """A number from a file of /proc/PID with lines "key: number"; the sum when there are several."""
-    with open(f"/proc/{pid}/{name}", encoding="ascii") as file:
-        return sum(int(line.split()[1]) for line in file if line.startswith(key + ":"))
-
-
-def switches(pid: int) -> int:
-    return sum(field(pid, f"task/{task}/status", "voluntary_ctxt_switches")
-               for task in os.listdir(f"/proc/{pid}/task"))
 
 
 def wall_ms(command: list, env: dict, runs: int) -> float:
@@ -54,15 +34,6 @@ def wall_ms(command: list, env: dict, runs: int) -> float:
         subprocess.run(command, env=env, stdout=subprocess.DEVNULL, check=True)
         times.append((time.monotonic() - begin) * 1000)
     return statistics.median(times)
-
-
-def end(process: subprocess.Popen) -> None:
-    process.send_signal(signal.SIGTERM)
-    try:
-        process.wait(5)
-    except subprocess.TimeoutExpired:
-        process.kill()
-        process.wait()
 
 
 def start_ms(desktop: PrivateDesktop, command: list, ready, runs: int) -> float:
@@ -90,8 +61,8 @@ def background(desktop: PrivateDesktop, commands: dict, seconds: float) -> None:
     print(f"in the background for {lasted:.0f} s   CPU per {TICK:.0f} s   switches/s   PSS MB   own dirty MB")
     for name, one in running.items():
         cpu = processor_ms(one.pid) - before[name][0]
-        woken = switches(one.pid) - before[name][1]
-        pss, dirty = (field(one.pid, "smaps_rollup", key) / 1024 for key in ("Pss", "Private_Dirty"))
+        woken = switches_since(one.pid, before[name][1])
+        pss, dirty = memory_mb(one.pid)
         print(f"  {name:26} {cpu / lasted * TICK:8.2f} ms {woken / lasted:12.2f} {pss:8.1f} {dirty:18.1f}")
     for one in running.values():
         end(one)

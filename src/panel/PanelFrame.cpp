@@ -73,6 +73,9 @@ QWidget* PanelFrame::makeContent()
 {
     focusToRestore_ = root_ ? FocusMemory::of(*root_) : std::nullopt;
     scrollToRestore_ = scroll_ ? std::optional(scroll_->verticalScrollBar()->value()) : std::nullopt;
+    // The frame goes with its owner; what may have asked a question waits for the answer.
+    if (scroll_)
+        retired_->retire(scroll_->takeWidget());
     const auto escape = [this](std::string_view reason) {
         if (!dismissHelpOverlay(true))
             actions_.close(reason);

@@ -2,7 +2,6 @@
 #include "panel/ThemeSwitch.h"
 
 #include "design/Appearance.h"
-#include "design/Fonts.h"
 #include "design/OstrelStyle.h"
 
 #include <utility>
@@ -27,8 +26,6 @@ void ThemeSwitch::loadTheme()
 {
     ZOLThemePolicy::apply(OstrelStyle::theme(defaults_));
     ui_.setMode(OstrelStyle::mode(defaults_));
-    // So that the faces are there before the first drawing.
-    (void)OstrelStyle::mono(11, QFont::Normal);
 }
 
 void ThemeSwitch::selectTheme(std::string_view identifier)

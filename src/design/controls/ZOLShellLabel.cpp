@@ -123,6 +123,16 @@ int ZOLShellLabel::lineHeight() const
     return static_cast<int>(std::ceil(QFontMetricsF(font()).height()));
 }
 
+double ZOLShellLabel::widestLine() const
+{
+    const QString shown = text();
+    if (!widest_ || measured_ != shown) {
+        measured_ = shown;
+        widest_ = widest(shown, font());
+    }
+    return *widest_;
+}
+
 ZOLShellLabel::Lines ZOLShellLabel::broken(int width) const
 {
     const QString whole = text();
@@ -167,7 +177,7 @@ QSize ZOLShellLabel::sizeHint() const
 {
     const QMargins around = contentsMargins();
     const int beside = around.left() + around.right();
-    int width = static_cast<int>(std::ceil(widest(text(), font()))) + beside;
+    int width = static_cast<int>(std::ceil(widestLine())) + beside;
     if (wordWrap()) {
         const double letter = QFontMetricsF(font()).averageCharWidth();
         width = std::min(width, static_cast<int>(std::ceil(letter * comfortableLetters)) + beside);
@@ -201,6 +211,8 @@ void ZOLShellLabel::changeEvent(QEvent* event)
     QLabel::changeEvent(event);
     if (event->type() == QEvent::PaletteChange)
         showColor();
+    if (event->type() == QEvent::FontChange)
+        widest_.reset();
 }
 
 bool ZOLShellLabel::event(QEvent* event)

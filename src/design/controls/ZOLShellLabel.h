@@ -8,6 +8,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <optional>
+
 namespace ostrel {
 
 /// What makes a tooltip show the text as it is, never as markup.
@@ -48,10 +50,14 @@ private:
     };
     [[nodiscard]] Lines broken(int width) const;
     [[nodiscard]] int lineHeight() const;
+    [[nodiscard]] double widestLine() const;
     void showColor();
 
     ThemedColor color_;
     int maximumLines_ = 0;
+    // A layout asks several times how wide the text is, and to know costs more than all else of a label.
+    mutable QString measured_;
+    mutable std::optional<double> widest_; ///< of `measured_` in the present font, in points
 };
 
 } // namespace ostrel
