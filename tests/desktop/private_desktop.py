@@ -176,8 +176,8 @@ class PrivateDesktop:
         return dict(self.env, HOME=home)
 
     def start_tray(self, name: str = "") -> None:
-        """Starts the tray, or another one from now on, and waits until it takes items and has its strip of the
-        screen."""
+        """Starts the tray, or another one from now on, and waits until it takes items and has its strip of
+        the screen."""
         if name:
             self.tray = TRAYS[name]
             require(self.tray.packages)
