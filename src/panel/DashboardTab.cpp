@@ -77,6 +77,7 @@ ZOLShellLabel* captionLabel(std::string_view caption, std::string_view key, Live
 {
     auto* label = wrappingLabel(utf16(caption), 9, QFont::Normal, OstrelStyle::muted, graphWidth);
     label->setMaximumLines(captionLines);
+    label->setAlignment(Qt::AlignLeft | Qt::AlignTop);
     label->setFixedHeight(captionLines * label->minimumSizeHint().height());
     live.add(fmt::format("history-caption-{}", key), label);
     return label;
