@@ -59,20 +59,22 @@ void LocalAnalyst::applyDiagnosisOutput(const CollectorResult& result)
 
 void LocalAnalyst::execDiagAction(std::size_t at)
 {
-    if (at < diagnosis_.actions.size())
-        executeDiagAction(diagnosis_.actions[at]);
+    if (at >= diagnosis_.actions.size())
+        return;
+    // A copy in a turn of its own: until then and while the alert stands another run may replace the
+    // suggestions, and the control that asks may go.
+    platform_.mainQueue.post(
+        life_.guard([this, action = diagnosis_.actions[at]] { executeDiagAction(action); }));
 }
 
 void LocalAnalyst::executeDiagAction(const DiagAction& action)
 {
-    // A copy: while the alert stands, another run may replace the suggestions.
-    const std::string label = action.label;
-    (void)platform_.alerts.runModal({ .title = label,
+    (void)platform_.alerts.runModal({ .title = action.label,
         .text = action.reason
             + "\n\nInspection only. No process was terminated and no app was closed. RSS is an observed "
               "footprint, not a guaranteed saving.",
         .buttons = { "OK" } });
-    maintenance_.report(fmt::format("{} inspected {}; 0 processes terminated", maintenance_.nowStr(), label));
+    maintenance_.report(fmt::format("{} inspected {}; 0 processes terminated", maintenance_.nowStr(), action.label));
 }
 
 void LocalAnalyst::renderBody()

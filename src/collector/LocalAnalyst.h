@@ -37,7 +37,7 @@ public:
 
     /// Forgets the last result and runs the analyst over the snapshot; nothing while it runs.
     void runDiagnosis();
-    /// Explains the suggestion at that place; nothing where there is none.
+    /// Explains the suggestion at that place, in the next turn; nothing where there is none.
     void execDiagAction(std::size_t at);
     /// The panel has closed: the run that was on its way is forgotten.
     void panelDidClose() { diagnosisRunning_ = false; }

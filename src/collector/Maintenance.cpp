@@ -64,6 +64,13 @@ void Maintenance::trimLogs() { runMaintenance(historyCommand, false); }
 
 void Maintenance::deepClean()
 {
+    // In a turn of its own: the control that asks may go meanwhile, and who pressed it by assistive technology
+    // would wait for the answer.
+    platform_.mainQueue.post(life_.guard([this] { confirmDeepClean(); }));
+}
+
+void Maintenance::confirmDeepClean()
+{
     const std::size_t answer = platform_.alerts.runModal({ .title = "Compact OSTREL history?",
         .text
         = "Keep the latest 120 samples and retain a full backup. No processes, session files, swap or "

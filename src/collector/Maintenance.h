@@ -49,7 +49,7 @@ public:
     void runClean();
     /// Previews the compaction.
     void trimLogs();
-    /// Compacts after a confirmation.
+    /// Asks in the next turn, and compacts after a confirmation.
     void deepClean();
 
     /// Appends a line to the report; where that is on screen, it shows at once.
@@ -66,6 +66,7 @@ public:
     [[nodiscard]] const std::deque<std::string>& cleanupReport() const { return cleanupReport_; }
 
 private:
+    void confirmDeepClean();
     void runMaintenance(std::string_view command, bool apply);
     void receive(std::string_view key, std::string_view command, std::int64_t generation,
         const CollectorResult& result);

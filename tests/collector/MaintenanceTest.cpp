@@ -130,9 +130,12 @@ TEST(Maintenance, CompactsOnlyAfterTheSecondButton)
 {
     Bench bench;
     bench.maintenance.deepClean();
+    EXPECT_TRUE(bench.alerts.asked.empty()) << "not within the press";
+    bench.deliver();
     EXPECT_TRUE(bench.report().empty()) << "closing the question cancels";
     bench.alerts.answers = { 1 };
     bench.maintenance.deepClean();
+    bench.time.runPosted();
     EXPECT_EQ(bench.alerts.asked.at(1).buttons, (Calls { "Cancel", "Compact own history" }));
     EXPECT_TRUE(bench.maintenance.cleanupRunning().contains("deep-clean"));
     bench.deliver();
@@ -227,9 +230,11 @@ TEST(LocalAnalyst, ASuggestionExplainsItselfAndLeavesOneLine)
     bench.analyst.runDiagnosis();
     bench.deliver();
     bench.analyst.execDiagAction(1);
+    bench.time.runPosted();
     EXPECT_TRUE(bench.alerts.asked.empty()) << "there is no second one";
     bench.alerts.meanwhile = [&] { bench.analyst.runDiagnosis(); };
     bench.analyst.execDiagAction(0);
+    bench.time.runPosted();
     ASSERT_EQ(bench.alerts.asked.size(), 1U);
     EXPECT_EQ(bench.alerts.asked[0].title, "look at x");
     EXPECT_EQ(bench.alerts.asked[0].text,

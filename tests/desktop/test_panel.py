@@ -35,6 +35,16 @@ class PanelCase(DesktopCase):
         self.wait_for("drawn panel", drawn)
         return window
 
+    def names(self, process: subprocess.Popen) -> dict[str, bool]:
+        """What shows, by name, and whether it is the selected one of its kind."""
+        told = self.desktop.run([sys.executable, ACCESSIBLE, "names", str(process.pid)]).stdout
+        return dict(json.loads(told or "[]"))
+
+    def press(self, process: subprocess.Popen, name: str) -> None:
+        """Presses the button of that name as a screen reader does, once it is there."""
+        command = [sys.executable, ACCESSIBLE, "press", str(process.pid), name]
+        self.wait_for(f"button {name}", lambda: self.desktop.run(command).returncode == 0)
+
 
 class Panel(PanelCase):
     DESKTOP = {"accessible": True}
@@ -148,16 +158,6 @@ class Panel(PanelCase):
         for title in ("CPU ACTIVITY · 2 H", "SWAP RESIDENCY · 2 H"):
             name = re.compile(rf"{title} · \d+ minutes · {restored} restored, [1-9]\d* this run")
             self.wait_for(title, lambda name=name: any(map(name.fullmatch, self.names(again))))
-
-    def names(self, process: subprocess.Popen) -> dict[str, bool]:
-        """What shows, by name, and whether it is the selected one of its kind."""
-        told = self.desktop.run([sys.executable, ACCESSIBLE, "names", str(process.pid)]).stdout
-        return dict(json.loads(told or "[]"))
-
-    def press(self, process: subprocess.Popen, name: str) -> None:
-        """Presses the button of that name as a screen reader does, once it is there."""
-        command = [sys.executable, ACCESSIBLE, "press", str(process.pid), name]
-        self.wait_for(f"button {name}", lambda: self.desktop.run(command).returncode == 0)
 
     def test_a_click_on_the_figure_scatters_it_and_it_falls_together_to_the_same_picture(self):
         # Without the run that it plays when it appears, it is at rest from its first picture on.
