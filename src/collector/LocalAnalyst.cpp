@@ -74,7 +74,8 @@ void LocalAnalyst::executeDiagAction(const DiagAction& action)
             + "\n\nInspection only. No process was terminated and no app was closed. RSS is an observed "
               "footprint, not a guaranteed saving.",
         .buttons = { "OK" } });
-    maintenance_.report(fmt::format("{} inspected {}; 0 processes terminated", maintenance_.nowStr(), action.label));
+    maintenance_.report(
+        fmt::format("{} inspected {}; 0 processes terminated", maintenance_.nowStr(), action.label));
 }
 
 void LocalAnalyst::renderBody()

@@ -64,8 +64,8 @@ void Maintenance::trimLogs() { runMaintenance(historyCommand, false); }
 
 void Maintenance::deepClean()
 {
-    // In a turn of its own: the control that asks may go meanwhile, and who pressed it by assistive technology
-    // would wait for the answer.
+    // In a turn of its own: the control that asks may go meanwhile, and who pressed it by assistive
+    // technology would wait for the answer.
     platform_.mainQueue.post(life_.guard([this] { confirmDeepClean(); }));
 }
 
