@@ -26,6 +26,7 @@ def switches_since(pid: int, before: dict[str, int]) -> int:
 
 def memory_mb(pid: int) -> tuple[float, float]:
     """Its memory with a share of what others use as well, and what it alone has written to, in megabytes."""
+    os.sync()  # pages of a program that was just built count as written to until the disk has them
     pss, dirty = (_field(pid, "smaps_rollup", key) / 1024 for key in ("Pss", "Private_Dirty"))
     return pss, dirty
 

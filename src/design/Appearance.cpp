@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "design/Appearance.h"
 
-#include "design/Fonts.h"
 #include "design/OstrelStyle.h"
 #include "design/Paint.h"
 #include "design/ZOLAppShellStyle.h"
@@ -17,8 +16,6 @@
 namespace ostrel {
 
 namespace {
-
-constexpr double tooltipSize = 11;
 
 /// Paints the plate before the view paints itself.
 class PlateFilter final : public QObject {
@@ -100,9 +97,8 @@ void apply(Mode mode)
     for (const auto role : { QPalette::WindowText, QPalette::Text, QPalette::ButtonText })
         menus.setColor(QPalette::Disabled, role, qColor(OstrelStyle::muted.in(mode)));
     QApplication::setPalette(menus, "QMenu");
-    // Tooltips have a palette and a font of the desktop's own.
+    // Tooltips have a palette of the desktop's own.
     QToolTip::setPalette(palette);
-    QToolTip::setFont(OstrelStyle::mono(tooltipSize));
 }
 
 void plate(QWidget& view)

@@ -7,6 +7,7 @@
 #include <QFontDatabase>
 #include <QResource>
 #include <QStringList>
+#include <QToolTip>
 
 #include <algorithm>
 #include <cstddef>
@@ -17,6 +18,8 @@ static void initializeFontResources() { Q_INIT_RESOURCE(fonts); }
 namespace ostrel {
 
 namespace {
+
+constexpr double tooltipSize = 11;
 
 /// Where the glyphs come from that the family lacks. Both are lower than it, so a line keeps its height.
 const QStringList& fallbackFamilies()
@@ -72,7 +75,10 @@ QFont plexMono(double size, QFont::Weight weight)
 {
     static const PlexFaces faces = [] {
         initializeFontResources();
-        return PlexFaces::registered(":/fonts");
+        const PlexFaces registered = PlexFaces::registered(":/fonts");
+        // Tooltips have a font of the desktop's own.
+        QToolTip::setFont(registered.font(tooltipSize, QFont::Normal));
+        return registered;
     }();
     return faces.font(size, weight);
 }

@@ -26,8 +26,8 @@ private:
     std::array<QString, weights.size()> families_;
 };
 
-/// The bundled family at that size in points; the files are registered on the first call. Main thread, with
-/// an application object.
+/// The bundled family at that size in points. The first call registers the files, which costs a megabyte, and
+/// gives tooltips the family's face. Main thread, with an application object.
 [[nodiscard]] QFont plexMono(double size, QFont::Weight weight = QFont::Normal);
 
 namespace OstrelStyle {

@@ -8,6 +8,7 @@
 #include <QFontMetricsF>
 #include <QRawFont>
 #include <QTextLayout>
+#include <QToolTip>
 #include <QtEndian>
 
 #include <fstream>
@@ -49,6 +50,7 @@ TEST(OstrelStyle, EachWeightTakesItsOwnFaceAndNoTextIsBelowTenPoints)
         EXPECT_EQ(font.pixelSize(), pixels);
     }
     EXPECT_EQ(plexMono(8).pixelSize(), 8);
+    EXPECT_EQ(faceName(QToolTip::font()), "IBMPlexMono") << "tooltips follow";
 }
 
 TEST(PlexFaces, WithoutItsFilesTheSystemsMonospacedFontStandsIn)
