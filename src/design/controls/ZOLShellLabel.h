@@ -46,12 +46,30 @@ private:
         QStringList texts;
         bool cut = false;
     };
-    [[nodiscard]] Lines broken(int width) const;
+    /// What the lines were made for: layouts and painting ask again and again.
+    struct LinesKey {
+        QString text;
+        QFont font;
+        int width = -1;
+        int maximumLines = 0;
+        bool wraps = false;
+
+        bool operator==(const LinesKey&) const = default;
+    };
+
+    [[nodiscard]] const Lines& broken(int width) const;
+    [[nodiscard]] Lines breakIn(int width) const;
+    /// Of the widest line as it was written.
+    [[nodiscard]] double naturalWidth() const;
     [[nodiscard]] int lineHeight() const;
     void showColor();
 
     ThemedColor color_;
     int maximumLines_ = 0;
+    mutable LinesKey brokenFor_;
+    mutable Lines broken_;
+    mutable LinesKey measuredFor_;
+    mutable double measured_ = 0;
 };
 
 } // namespace ostrel
