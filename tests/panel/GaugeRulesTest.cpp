@@ -61,8 +61,9 @@ TEST(GaugeMotion, ReachesItsValueInTwentySixPicturesAndNeverTurnsBack)
         EXPECT_LT(motion.displayed(), before);
         EXPECT_GT(motion.displayed(), 20);
         before = motion.displayed();
-        if (pictures == 12)
+        if (pictures == 12) {
             EXPECT_NEAR(before, 80 - 60 * 4 * std::pow(12 / 25.2, 3), 1e-9);
+        }
     }
     EXPECT_EQ(pictures, 26) << "0.42 s at sixty a second";
     EXPECT_EQ(motion.displayed(), 20);
