@@ -18,7 +18,7 @@ namespace ostrel {
 namespace {
 
 constexpr double width = 960;
-constexpr double height = 4000;
+constexpr double height = 5000;
 constexpr double margin = 24;
 constexpr double gap = 20;
 constexpr double captionHeight = 18;

@@ -37,7 +37,8 @@ void addRetry(QVBoxLayout& body, std::function<void()> retry)
 {
     body.addSpacing(spacing);
     body.addWidget(ostrelTip(new OstrelButton("retry snapshot", retryWidth, std::move(retry)),
-        "read the process snapshot again; nothing is stopped or changed"));
+                       "read the process snapshot again; nothing is stopped or changed"),
+        0, Qt::AlignLeft);
     body.addSpacing(spacing);
 }
 

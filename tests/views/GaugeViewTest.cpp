@@ -152,11 +152,12 @@ TEST(GaugeView, TheTextsStandInTheMiddleOneAboveTheOther)
 {
     Gauge gauge;
     gauge.update(38);
-    QImage image = rendered(*gauge.view, 2);
+    const QImage image = rendered(*gauge.view, 2);
+    // Within the ring.
     const auto inked = [&](const ThemedColor& color, int from, int to) {
         QRect all;
         for (int y = from; y < to; ++y)
-            for (int x = 50; x < 118; ++x) // inside the ring
+            for (int x = 46; x < 122; ++x)
                 if (near(image.pixel(x, y), color.in(Mode::light), 12))
                     all |= QRect(x, y, 1, 1);
         return all;

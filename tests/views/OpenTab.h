@@ -37,7 +37,8 @@ struct OpenTab : AppBench {
         workspace.setReduceMotion(true);
         start();
         fetch(snapshot);
-        delegate.frame().switchMode(mode);
+        if (mode != delegate.frame().mode())
+            delegate.frame().switchMode(mode);
         settle();
     }
 

@@ -346,6 +346,7 @@ TEST(PanelFrame, SaysWhatIsMissingAndOffersToRetry)
         if (!retry)
             continue;
         EXPECT_EQ(retry->toolTip(), "read the process snapshot again; nothing is stopped or changed");
+        EXPECT_EQ(retry->mapTo(&panel.root(), QPoint()).x(), 16) << "where the text above begins";
         const auto runs = panel.children.requests.size();
         retry->click();
         panel.deliver();

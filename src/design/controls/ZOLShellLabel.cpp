@@ -123,17 +123,27 @@ int ZOLShellLabel::lineHeight() const
     return static_cast<int>(std::ceil(QFontMetricsF(font()).height()));
 }
 
-double ZOLShellLabel::widestLine() const
+const ZOLShellLabel::Lines& ZOLShellLabel::broken(int width) const
 {
-    const QString shown = text();
-    if (!widest_ || measured_ != shown) {
-        measured_ = shown;
-        widest_ = widest(shown, font());
+    LinesKey key { text(), font(), width, maximumLines_, wordWrap() };
+    if (key != brokenFor_) {
+        broken_ = breakIn(width);
+        brokenFor_ = std::move(key);
     }
-    return *widest_;
+    return broken_;
 }
 
-ZOLShellLabel::Lines ZOLShellLabel::broken(int width) const
+double ZOLShellLabel::naturalWidth() const
+{
+    LinesKey key { text(), font() };
+    if (key != measuredFor_) {
+        measured_ = widest(key.text, key.font);
+        measuredFor_ = std::move(key);
+    }
+    return measured_;
+}
+
+ZOLShellLabel::Lines ZOLShellLabel::breakIn(int width) const
 {
     const QString whole = text();
     // One line more than are shown tells whether the last of them is cut.
@@ -175,9 +185,13 @@ ZOLShellLabel::Lines ZOLShellLabel::broken(int width) const
 
 QSize ZOLShellLabel::sizeHint() const
 {
+    if (minimumSize() == maximumSize())
+        return minimumSize();
+    if (wordWrap() && minimumWidth() == maximumWidth())
+        return { minimumWidth(), heightForWidth(minimumWidth()) };
     const QMargins around = contentsMargins();
     const int beside = around.left() + around.right();
-    int width = static_cast<int>(std::ceil(widestLine())) + beside;
+    int width = static_cast<int>(std::ceil(naturalWidth())) + beside;
     if (wordWrap()) {
         const double letter = QFontMetricsF(font()).averageCharWidth();
         width = std::min(width, static_cast<int>(std::ceil(letter * comfortableLetters)) + beside);
@@ -211,8 +225,6 @@ void ZOLShellLabel::changeEvent(QEvent* event)
     QLabel::changeEvent(event);
     if (event->type() == QEvent::PaletteChange)
         showColor();
-    if (event->type() == QEvent::FontChange)
-        widest_.reset();
 }
 
 bool ZOLShellLabel::event(QEvent* event)

@@ -8,8 +8,6 @@
 #include <QString>
 #include <QStringList>
 
-#include <optional>
-
 namespace ostrel {
 
 /// What makes a tooltip show the text as it is, never as markup.
@@ -48,16 +46,30 @@ private:
         QStringList texts;
         bool cut = false;
     };
-    [[nodiscard]] Lines broken(int width) const;
+    /// What the lines were made for: layouts and painting ask again and again.
+    struct LinesKey {
+        QString text;
+        QFont font;
+        int width = -1;
+        int maximumLines = 0;
+        bool wraps = false;
+
+        bool operator==(const LinesKey&) const = default;
+    };
+
+    [[nodiscard]] const Lines& broken(int width) const;
+    [[nodiscard]] Lines breakIn(int width) const;
+    /// Of the widest line as it was written.
+    [[nodiscard]] double naturalWidth() const;
     [[nodiscard]] int lineHeight() const;
-    [[nodiscard]] double widestLine() const;
     void showColor();
 
     ThemedColor color_;
     int maximumLines_ = 0;
-    // A layout asks several times how wide the text is, and to know costs more than all else of a label.
-    mutable QString measured_;
-    mutable std::optional<double> widest_; ///< of `measured_` in the present font, in points
+    mutable LinesKey brokenFor_;
+    mutable Lines broken_;
+    mutable LinesKey measuredFor_;
+    mutable double measured_ = 0;
 };
 
 } // namespace ostrel
