@@ -13,6 +13,7 @@
 
 #include <QApplication>
 #include <QByteArray>
+#include <QEvent>
 #include <QString>
 
 namespace ostrel {
@@ -58,6 +59,8 @@ int runApplication(
     if (delegate.applicationDidFinishLaunching(wish)) {
         code = QApplication::exec();
         delegate.applicationWillTerminate();
+        // No loop turns any more that would drop what was put off.
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
     platform.mainQueue().detach();
     return code;
