@@ -47,14 +47,6 @@ std::vector<DiagAction> actions(const json::Value* entries, bool told)
     return kept;
 }
 
-/// Upper case, of which ASCII is enough: the level is one of a few words.
-std::string uppered(std::string text)
-{
-    std::ranges::transform(text, text.begin(),
-        [](char letter) { return letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 32) : letter; });
-    return text;
-}
-
 std::string findings(const json::Value* entries)
 {
     std::vector<std::string> blocks;
@@ -62,8 +54,8 @@ std::string findings(const json::Value* entries)
         return {};
     for (const json::Value& entry : *entries)
         if (const auto title = json::text(entry, "title"))
-            blocks.push_back(fmt::format("{} · {}\n{}", uppered(json::textOr(entry, "level", "info")), *title,
-                json::textOr(entry, "body", "")));
+            blocks.push_back(fmt::format("{} · {}\n{}", upperCased(json::textOr(entry, "level", "info")),
+                *title, json::textOr(entry, "body", "")));
     return joined(blocks, "\n\n");
 }
 

@@ -31,7 +31,7 @@ public:
         platform::Alerts& alerts;
     };
 
-    /// What runs, by the words of `running`.
+    /// What runs, by the words of `cleanupRunning`.
     static constexpr std::string_view auditKey = "orphan-mcp";
     static constexpr std::string_view previewKey = "trim-logs";
     static constexpr std::string_view compactKey = "deep-clean";

@@ -28,6 +28,15 @@ std::string_view trimmed(std::string_view text)
     return text.substr(first, text.find_last_not_of(blanks) - first + 1);
 }
 
+std::string upperCased(std::string_view text)
+{
+    std::string upper(text);
+    for (char& letter : upper)
+        if (letter >= 'a' && letter <= 'z')
+            letter = static_cast<char>(letter - 'a' + 'A');
+    return upper;
+}
+
 std::string lowered(std::string_view text)
 {
     utf8proc_uint8_t* mapped = nullptr;

@@ -17,6 +17,9 @@ namespace ostrel {
 /// Lower case of any script. Bytes that aren't valid UTF-8 stay as they are, and only ASCII is lowered then.
 [[nodiscard]] std::string lowered(std::string_view text);
 
+/// Upper case of ASCII, of which our own words are; all else stays as it is.
+[[nodiscard]] std::string upperCased(std::string_view text);
+
 /// Whether the bytes are well-formed UTF-8.
 [[nodiscard]] bool isValidUtf8(std::string_view bytes);
 

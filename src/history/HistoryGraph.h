@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "core/LocalTime.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -24,12 +26,6 @@ struct Point {
     double y = 0;
 
     bool operator==(const Point&) const = default;
-};
-
-/// A time of day on this machine.
-struct ClockTime {
-    int hour = 0;
-    int minute = 0;
 };
 
 /// Turns a minute since 1970 in UTC into the local time of day; nothing for one that the calendar doesn't

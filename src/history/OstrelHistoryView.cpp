@@ -8,7 +8,6 @@
 #include "design/Paint.h"
 #include "design/Utf8.h"
 
-#include <QDateTime>
 #include <QFontMetricsF>
 #include <QPainter>
 #include <QPen>
@@ -16,6 +15,7 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <cmath>
 #include <utility>
 
@@ -33,15 +33,14 @@ constexpr double noteSize = 10;
 constexpr double noteX = 8;
 constexpr double noteRise = 6; ///< from the middle up to the note's top
 
-/// Far beyond any clock, and near enough for the calendar's own arithmetic.
-constexpr std::int64_t furthestMinute = 10'000'000'000;
+/// As far as the clock reaches that counts nanoseconds: 285 years to either side.
+constexpr std::int64_t furthestMinute = 150'000'000;
 
-std::optional<HistoryGraph::ClockTime> localTime(std::int64_t minute)
+std::optional<ClockTime> localTime(std::int64_t minute)
 {
     if (minute < -furthestMinute || minute > furthestMinute)
         return std::nullopt;
-    const QTime time = QDateTime::fromSecsSinceEpoch(minute * 60).time();
-    return HistoryGraph::ClockTime { time.hour(), time.minute() };
+    return localClockTime(std::chrono::system_clock::time_point(std::chrono::minutes(minute)));
 }
 
 /// A sample that isn't a number equals another such one, else it would be drawn anew for ever.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "panel/DashboardText.h"
 
+#include "core/Text.h"
 #include "panel/LiveText.h"
 #include "panel/ReadoutText.h"
 #include "panel/SourcedRow.h"
@@ -13,15 +14,6 @@ namespace {
 
 constexpr std::string_view cpuSource = "host_cpu tick delta";
 constexpr std::string_view sessionSource = "live Claude and Codex CLI";
-
-std::string upperCased(std::string_view word)
-{
-    std::string upper(word);
-    for (char& letter : upper)
-        if (letter >= 'a' && letter <= 'z')
-            letter = static_cast<char>(letter - 'a' + 'A');
-    return upper;
-}
 
 std::string metricToolTip(std::string_view source, std::string_view age)
 {

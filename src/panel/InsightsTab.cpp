@@ -7,6 +7,7 @@
 #include "design/controls/TabLayout.h"
 #include "design/controls/ZOLShellLabel.h"
 #include "panel/InsightsText.h"
+#include "panel/LineBox.h"
 #include "panel/MaintenanceSection.h"
 #include "panel/PanelSize.h"
 #include "panel/SourcedViews.h"
@@ -34,13 +35,6 @@ void addNote(QVBoxLayout& body, std::string_view text)
     body.addWidget(wrappingLabel(utf16(text), 10, QFont::Normal, OstrelStyle::muted, contentWidth));
 }
 
-void addTextBox(QVBoxLayout& body, std::string_view text, double size)
-{
-    auto* box = new PanelBox(contentWidth);
-    box->add(wrappingLabel(utf16(text), size, QFont::Normal, OstrelStyle::ink, box->contentWidth()));
-    body.addWidget(box);
-}
-
 void addVerdict(QVBoxLayout& body, const OstrelData& data, const PanelState& state)
 {
     body.addWidget(section("verdict of the snapshot collector", contentWidth));
@@ -53,32 +47,25 @@ void addVerdict(QVBoxLayout& body, const OstrelData& data, const PanelState& sta
 
 void addCollector(QVBoxLayout& body, const SnapshotCycle& snapshots)
 {
-    auto* box = new PanelBox(contentWidth);
-    const int width = box->contentWidth();
-    box->add(wrappingLabel("LOCAL COLLECTOR", 8, QFont::DemiBold, OstrelStyle::muted, width));
-    bool first = true;
-    for (const std::string& line :
-        collectorLines(snapshots.backendState(), snapshots.backendLastSource(), snapshots.pyPath())) {
-        box->add(wrappingLabel(utf16(line), first ? 11 : 10.5, QFont::Normal,
-            first ? OstrelStyle::ink : OstrelStyle::muted, width));
-        first = false;
-    }
-    body.addWidget(box);
+    const LineBox box(body);
+    box.title("LOCAL COLLECTOR");
+    const auto lines
+        = collectorLines(snapshots.backendState(), snapshots.backendLastSource(), snapshots.pyPath());
+    box.add(lines[0], 11, OstrelStyle::ink);
+    for (std::size_t at = 1; at < lines.size(); ++at)
+        box.add(lines[at], 10.5, OstrelStyle::muted);
     body.addSpacing(12);
 }
 
 void addFacts(QVBoxLayout& body, const OstrelData& data)
 {
-    auto* box = new PanelBox(contentWidth);
-    const int width = box->contentWidth();
-    box->add(wrappingLabel("CURRENT FACTS BEFORE ANALYZE", 8, QFont::DemiBold, OstrelStyle::muted, width));
+    const LineBox box(body);
+    box.title("CURRENT FACTS BEFORE ANALYZE");
     const auto facts = currentFacts(data);
-    for (std::size_t at = 0; at < facts.size(); ++at) {
-        const double size = at + 1 == facts.size() ? 9 : 10.5;
-        box->add(wrappingLabel(
-            utf16(facts[at]), size, QFont::Normal, at == 0 ? OstrelStyle::ink : OstrelStyle::muted, width));
-    }
-    body.addWidget(box);
+    box.add(facts[0], 10.5, OstrelStyle::ink);
+    box.add(facts[1], 10.5, OstrelStyle::muted);
+    box.add(facts[2], 10.5, OstrelStyle::muted);
+    box.add(facts[3], 9, OstrelStyle::muted);
     body.addSpacing(12);
 }
 
@@ -88,7 +75,7 @@ void addResult(QVBoxLayout& body, LocalAnalyst& analyst)
     addNote(body, diagnosis.summary);
     body.addSpacing(4);
     if (!diagnosis.text.empty()) {
-        addTextBox(body, diagnosis.text, 10.5);
+        LineBox(body).add(diagnosis.text, 10.5, OstrelStyle::ink);
         body.addSpacing(6);
     }
     for (std::size_t at = 0; at < diagnosis.actions.size(); ++at) {
@@ -123,7 +110,7 @@ void addAnalysis(QVBoxLayout& body, LocalAnalyst& analyst)
     case AnalysisView::raw:
         addNote(body, "couldn't parse actions – raw output:");
         body.addSpacing(4);
-        return addTextBox(body, analyst.diagnosis().text, 11);
+        return LineBox(body).add(analyst.diagnosis().text, 11, OstrelStyle::ink);
     case AnalysisView::idle:
         return addNote(body, "not run yet – press local analyst; it does not spawn Claude or MCP");
     }

@@ -3,6 +3,7 @@
 
 #include "collector/Maintenance.h"
 #include "core/Text.h"
+#include "panel/ReadoutText.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -21,11 +22,8 @@ constexpr std::size_t mostReportLines = 14;
 constexpr std::array<std::string_view, 7> readings { "ram", "swap", "load", "mcp", "sessions", "chromium",
     "duplicates" };
 
-std::int64_t fanCount(const OstrelData& data, std::string_view key)
-{
-    const auto entry = std::ranges::find(data.fan, key, &OstrelData::FanEntry::key);
-    return entry == data.fan.end() ? 0 : entry->count;
-}
+/// 0 for a family that the snapshot doesn't name.
+std::int64_t countOf(const OstrelData& data, std::string_view key) { return fanCount(data, key).value_or(0); }
 
 std::string swapText(const OstrelData::Swap& swap)
 {
@@ -57,8 +55,8 @@ std::array<std::string, 4> currentFacts(const OstrelData& data)
 {
     return { fmt::format("{} · trend over {} saved samples: {}", swapText(data.swap), data.trend.samples,
                  data.trend.summary),
-        fmt::format("mcp total {} · codex {} · claude {} · other {}", fanCount(data, "mcp"),
-            fanCount(data, "codex_mcp"), fanCount(data, "claude_mcp"), fanCount(data, "other_mcp")),
+        fmt::format("mcp total {} · codex {} · claude {} · other {}", countOf(data, "mcp"),
+            countOf(data, "codex_mcp"), countOf(data, "claude_mcp"), countOf(data, "other_mcp")),
         fmt::format("launchd storm {} · interval jobs {} · shell-first {}", data.launchd.runAtLoadInterval,
             data.launchd.intervalJobs, data.launchd.shellFirst),
         sources(data) };
@@ -108,7 +106,7 @@ std::string maintenanceOrder(const OstrelData& data, std::string_view backendLas
             heavy.push_back(
                 fmt::format("{} {} / {}%", offender.label, memLabel(offender.rss), rounded(offender.cpu)));
     return fmt::format("current: Codex duplicate groups {} · collector {} · observed heavy app: {}",
-        fanCount(data, "codex_mcp_duplicates"), backendLastSource,
+        countOf(data, "codex_mcp_duplicates"), backendLastSource,
         heavy.empty() ? std::string("none obvious") : joined(heavy, " · "));
 }
 

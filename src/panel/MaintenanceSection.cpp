@@ -7,6 +7,7 @@
 #include "design/controls/TabLayout.h"
 #include "design/controls/ZOLShellLabel.h"
 #include "panel/InsightsText.h"
+#include "panel/LineBox.h"
 #include "panel/PanelSize.h"
 
 #include <QVBoxLayout>
@@ -19,30 +20,9 @@ namespace {
 
 constexpr int buttonHeight = 30;
 
-/// A box that lines are added to.
-class Box {
-public:
-    explicit Box(QVBoxLayout& body)
-        : box_(new PanelBox(contentWidth))
-    {
-        body.addWidget(box_);
-    }
-
-    void add(std::string_view text, double size, const ThemedColor& color,
-        QFont::Weight weight = QFont::Normal) const
-    {
-        box_->add(wrappingLabel(utf16(text), size, weight, color, box_->contentWidth()));
-    }
-
-    void title(std::string_view text) const { add(text, 8, OstrelStyle::muted, QFont::DemiBold); }
-
-private:
-    PanelBox* box_;
-};
-
 void addPressure(QVBoxLayout& body, const OstrelData& data)
 {
-    const Box box(body);
+    const LineBox box(body);
     box.title("PRESSURE READ");
     const PressureRead pressure = pressureRead(data);
     box.add(
@@ -54,7 +34,7 @@ void addPressure(QVBoxLayout& body, const OstrelData& data)
 
 void addOrder(QVBoxLayout& body, const OstrelData& data, std::string_view backendLastSource)
 {
-    const Box box(body);
+    const LineBox box(body);
     box.title("ORDER");
     box.add(
         "MCP audit reports candidates without terminating them. History compaction keeps 120 samples with a "
@@ -92,7 +72,7 @@ void addLastResult(QVBoxLayout& body, std::string_view result)
     if (result.empty())
         return;
     body.addSpacing(4);
-    const Box box(body);
+    const LineBox box(body);
     box.title("LAST RESULT");
     box.add(result, 11, OstrelStyle::ink, QFont::DemiBold);
     body.addSpacing(6);
@@ -112,7 +92,7 @@ void renderCleanup(
     addButtons(body, maintenance);
     addLastResult(body, maintenance.cleanupLastResult());
     body.addWidget(section("report · what changed", contentWidth));
-    const Box report(body);
+    const LineBox report(body);
     for (const std::string& line : reportLines(maintenance.cleanupReport()))
         report.add(line, 10.5, OstrelStyle::ink);
     body.addSpacing(8);

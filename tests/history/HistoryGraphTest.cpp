@@ -101,11 +101,10 @@ TEST(HistoryGraph, ThePointerMeetsTheNearestSample)
 TEST(HistoryGraph, UnderThePointerItTellsTheValueAndTheLocalTimeOfThatMinute)
 {
     // Two hours east, in a calendar that ends somewhere.
-    const auto local = [](std::int64_t minute) -> std::optional<HistoryGraph::ClockTime> {
+    const auto local = [](std::int64_t minute) -> std::optional<ClockTime> {
         if (minute > 1'000'000'000)
             return std::nullopt;
-        return HistoryGraph::ClockTime { static_cast<int>((minute / 60 + 2) % 24),
-            static_cast<int>(minute % 60) };
+        return ClockTime { static_cast<int>((minute / 60 + 2) % 24), static_cast<int>(minute % 60) };
     };
     const std::vector<double> samples { 12.5, 140, -3, nan, 7, 8 };
     const std::vector<std::int64_t> minutes { 725, 1319, 1320, 1321, INT64_MAX };
