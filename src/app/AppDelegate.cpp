@@ -6,6 +6,7 @@
 #include "design/Fonts.h"
 #include "design/controls/ZOLFooterLine.h"
 #include "design/controls/ZOLHintCard.h"
+#include "panel/PanelScreen.h"
 
 #include <cstdio>
 #include <string>
@@ -59,6 +60,7 @@ AppDelegate::AppDelegate(const PlatformServices& services)
               services.mainQueue, services.clock },
           { .hasBarItem = [this] { return barItem_.exists(); },
               .barItemFrame = [this] { return barItem_.frame(); },
+              .willShow = [this](bool opening) { hints_.panelWillShow(opening); },
               .placed = [this](std::string_view text) { panelPlaced(text); },
               .opened = [this] { snapshots_.startPanelPolling(); },
               .applyBarLength = [this] { barItem_.applyPendingLength(); },
@@ -78,10 +80,17 @@ AppDelegate::AppDelegate(const PlatformServices& services)
           .showAbout = [this] { aboutWindow_.show(); },
           .quit = services.quit })
     , routes_(panel_)
+    , hintStage_({ services.runLoop, services.mainQueue, services.workspace, services.occlusion },
+          services.floatingWindows)
+    , hints_({ services.defaults, services.mainQueue, services.clock, services.screens, tick_, settings_, panel_,
+          frame_, hintStage_, [this] { return hintAnchor(); } })
     , liveValues_(panelState_, liveRegistry_, frame_, [this] { return barItem_.title(); })
 {
     tick_.connect(*this, snapshots_);
-    theme_.addListener([this](ZOLThemePolicy::Mode mode) { aboutWindow_.applyTheme(mode); });
+    theme_.addListener([this](ZOLThemePolicy::Mode mode) {
+        aboutWindow_.applyTheme(mode);
+        hints_.applyTheme(mode);
+    });
     snapshots_.connect(frame_, frame_);
     snapshots_.setBusy(
         [this] { return analyst_.diagnosisRunning() || !maintenance_.cleanupRunning().empty(); });
@@ -168,9 +177,16 @@ void AppDelegate::recordMinute(const MinuteReading& reading)
 
 void AppDelegate::updateStatusButton() { barItem_.updateStatusButton(); }
 
-void AppDelegate::considerCompanion()
+void AppDelegate::considerCompanion() { hints_.considerCompanion(); }
+
+std::optional<platform::Rect> AppDelegate::hintAnchor() const
 {
-    // Hints speak from here.
+    if (!barItem_.exists() || settings_.barDisplayMode != BarDisplayMode::hidden)
+        return barItem_.frame();
+    // Where the panel hangs from.
+    const auto place = PanelScreen::current(services_.screens, std::nullopt);
+    return PanelScreen::hiddenModeAnchor(
+        services_.screens, place ? std::optional(place->screen.visible) : std::nullopt);
 }
 
 bool AppDelegate::panelShown() const { return frame_.shown(); }

@@ -15,6 +15,8 @@
 #include "collector/Maintenance.h"
 #include "collector/SnapshotCycle.h"
 #include "core/LifeToken.h"
+#include "hints/HintController.h"
+#include "hints/QtHintStage.h"
 #include "history/OstrelHistory.h"
 #include "panel/LiveRegistry.h"
 #include "panel/LiveValues.h"
@@ -25,6 +27,7 @@
 #include "readings/NativeTick.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -56,6 +59,7 @@ public:
     [[nodiscard]] PanelController& panel() { return panel_; }
     [[nodiscard]] ThemeSwitch& theme() { return theme_; }
     [[nodiscard]] BarItem& barItem() { return barItem_; }
+    [[nodiscard]] HintController& hints() { return hints_; }
     [[nodiscard]] const OstrelHistory& history() const { return history_; }
 
 private:
@@ -65,6 +69,7 @@ private:
     [[nodiscard]] bool panelShown() const override;
     void refreshPanel() override;
     void panelDidClose();
+    [[nodiscard]] std::optional<platform::Rect> hintAnchor() const;
     void panelPlaced(std::string_view text);
     /// Whether this process has to go; what there is to say has been printed then.
     [[nodiscard]] bool leavesToElder(const LaunchWish& wish);
@@ -91,6 +96,8 @@ private:
     BarItem barItem_;
     ServiceMenu serviceMenu_;
     Routes routes_;
+    QtHintStage hintStage_;
+    HintController hints_;
     std::unique_ptr<platform::Observation> testbedObservation_;
     LiveValues liveValues_;
     LifeToken life_;

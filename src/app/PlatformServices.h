@@ -8,6 +8,7 @@
 #include "platform/DistributedNotificationCenter.h"
 #include "platform/EventMonitor.h"
 #include "platform/FileManager.h"
+#include "platform/FloatingWindows.h"
 #include "platform/GlobalQueue.h"
 #include "platform/Kernel.h"
 #include "platform/MainQueue.h"
@@ -47,6 +48,7 @@ struct PlatformServices {
     platform::EventMonitor& events;
     platform::Screens& screens;
     platform::Alerts& alerts;
+    platform::FloatingWindows& floatingWindows;
     platform::UrlEvents& urlEvents;
     platform::RunningInstances& instances;
     std::function<void()> quit; ///< ends the event loop

@@ -43,6 +43,7 @@ PlatformServices RealPlatform::services()
         .events = events_,
         .screens = screens_,
         .alerts = alerts_,
+        .floatingWindows = floatingWindows_,
         .urlEvents = urlEvents_,
         .instances = instances_,
         .quit = [] { QCoreApplication::quit(); } };

@@ -13,6 +13,7 @@
 #include "platform/linux/LinuxUserDefaults.h"
 #include "platform/qt/QtAlerts.h"
 #include "platform/qt/QtDistributedNotificationCenter.h"
+#include "platform/qt/QtFloatingWindows.h"
 #include "platform/qt/QtMainQueue.h"
 #include "platform/qt/QtPopover.h"
 #include "platform/qt/QtRunLoop.h"
@@ -54,6 +55,7 @@ private:
     platform::QtPopovers popovers_;
     platform::X11EventMonitor events_;
     platform::QtAlerts alerts_;
+    platform::QtFloatingWindows floatingWindows_;
     platform::QtUrlEvents urlEvents_;
     platform::LinuxRunningInstances instances_;
 };

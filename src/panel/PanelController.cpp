@@ -56,6 +56,7 @@ void PanelController::showPopover(bool testbed)
         dismissTestbedAnchor();
     if (!hooks_.hasBarItem())
         return;
+    hooks_.willShow(!shown());
     if (!popover_)
         buildPopover();
     ++showGeneration_;

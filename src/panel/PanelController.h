@@ -43,6 +43,7 @@ public:
     struct Hooks {
         std::function<bool()> hasBarItem; ///< without one the panel doesn't open
         std::function<std::optional<platform::Rect>()> barItemFrame; ///< nothing while it has no window
+        std::function<void(bool opening)> willShow; ///< not `opening` while it is on screen already
         std::function<void(std::string_view)> placed; ///< display and anchor of the opening at hand
         std::function<void()> opened; ///< the panel has come on screen, or was asked to once more
         std::function<void()> applyBarLength; ///< the bar may change its width again

@@ -62,6 +62,7 @@ struct PanelBench : StateBench, PanelContent {
     PanelController panel { *this, settings, { popovers, mouse, workspace, screens, defaults, time, time },
         { .hasBarItem = [this] { return hasItem; },
             .barItemFrame = [this] { return itemFrame; },
+            .willShow = [this](bool opening) { popovers.calls.emplace_back(opening ? "opening" : "again"); },
             .placed = [this](std::string_view text) { placed = text; },
             .opened = [this] { popovers.calls.emplace_back("opened"); },
             .applyBarLength = [this] { popovers.calls.emplace_back("length"); },
@@ -80,16 +81,16 @@ TEST(PanelController, BuildsOnceDrawsBeforeItShowsAndTakesTheKeyboard)
     bench.panel.show();
     EXPECT_EQ(bench.steps(),
         (Steps {
-            "make", "build", "view", "transient true", "render", "show below", "key", "keys", "opened" }));
+            "opening", "make", "build", "view", "transient true", "render", "show below", "key", "keys", "opened" }));
     bench.panel.show();
-    EXPECT_EQ(bench.steps(), (Steps { "render", "key", "keys", "opened" })) << "an open one comes forward";
+    EXPECT_EQ(bench.steps(), (Steps { "again", "render", "key", "keys", "opened" })) << "an open one comes forward";
     bench.later(0.3);
     EXPECT_EQ(bench.steps(), Steps {});
     bench.panel.close("esc");
     EXPECT_EQ(bench.steps(), (Steps { "perform close", "length", "closed", "drop help" }));
     bench.popovers.key = false;
     bench.panel.show();
-    EXPECT_EQ(bench.steps(), (Steps { "render", "show below", "key", "keys", "opened" }));
+    EXPECT_EQ(bench.steps(), (Steps { "opening", "render", "show below", "key", "keys", "opened" }));
     bench.later(0.3);
     EXPECT_EQ(bench.steps(), (Steps { "key", "keys" })) << "the window manager passed it over";
     bench.panel.show();

@@ -4,6 +4,7 @@
 #include "app/PlatformServices.h"
 
 #include "support/FakeAlerts.h"
+#include "support/FakeFloatingWindows.h"
 #include "support/FakeMachine.h"
 #include "support/FakeOcclusion.h"
 #include "support/FakePopovers.h"
@@ -51,7 +52,7 @@ struct FakePlatform : FakeMachine {
     [[nodiscard]] ostrel::PlatformServices services()
     {
         return { kernel, machine, children, defaults, files, bundle, time, time, time, globalQueue, statusBar,
-            notifications, workspace, occlusion, popovers, mouse, screens, alerts, urlEvents, instances,
+            notifications, workspace, occlusion, popovers, mouse, screens, alerts, floatingWindows, urlEvents, instances,
             [this] { ++quits; } };
     }
 
@@ -64,6 +65,7 @@ struct FakePlatform : FakeMachine {
     FakeSurfaceHosts mouse;
     FakeScreens screens;
     FakeAlerts alerts;
+    FakeFloatingWindows floatingWindows;
     FakeUrlEvents urlEvents;
     FakeRunningInstances instances;
     int quits = 0;

@@ -170,6 +170,8 @@ void ZOLHintCard::update(const std::optional<QString>& title, const std::optiona
         fact_ = *fact;
         factLabel_->setText(fact_);
     }
+    if (auto* const panel = dynamic_cast<Panel*>(parentWidget()))
+        panel->setMessage(title_, fact_);
     relayout();
 }
 

@@ -58,8 +58,9 @@ public:
 
     static constexpr Color surface
         = alwaysLight(ThemedColor::Layer::component, "hint-background", "#ffffff").light;
-    static constexpr Color border
-        = alwaysLight(ThemedColor::Layer::component, "hint-border", "#e8e9ed").light;
+    static constexpr ThemedColor themedBorder
+        = alwaysLight(ThemedColor::Layer::component, "hint-border", "#e8e9ed");
+    static constexpr Color border = themedBorder.light;
     static constexpr ThemedColor ink = alwaysLight(ThemedColor::Layer::component, "hint-text", "#202124");
     static constexpr ThemedColor muted
         = alwaysLight(ThemedColor::Layer::semantic, "text-secondary", "#6b6e75");

@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "design/controls/FloatingPanel.h"
 #include "platform/Geometry.h"
 
 #include <QPoint>
-#include <QRect>
 #include <QVariantAnimation>
-#include <QWidget>
 
 #include <optional>
 
@@ -14,13 +13,9 @@ namespace ostrel {
 
 class ZOLHintCard;
 
-/// Where the toolkit puts a window's upper left corner: its y grows downward through all screens, while the
-/// frame's grows upward from the lower left corner of the primary one.
-[[nodiscard]] QPoint topLeftOf(const platform::Rect& frame, const QRect& primaryScreen);
-
-/// The window of a hint card: without a frame, above all others, as large as the card, with round corners. It
-/// leaves the keyboard where it is until somebody presses into it. Main thread.
-class ZOLHintCardPanel final : public QWidget {
+/// The window of a hint card. It leaves the keyboard where it is until somebody presses into it, and can rise
+/// into its place. Main thread.
+class ZOLHintCardPanel final : public FloatingPanel {
 public:
     /// The card becomes its child.
     explicit ZOLHintCardPanel(ZOLHintCard& card);
@@ -28,10 +23,7 @@ public:
     /// Null once the card was destroyed.
     [[nodiscard]] ZOLHintCard* contentView() const;
 
-    /// Puts its lower left corner there, in global points with y upward.
-    void setFrameOrigin(const platform::Point& point);
-    /// Shows it above all others, without the keyboard.
-    void orderFrontRegardless();
+    void setFrameOrigin(const platform::Point& point) override;
 
     /// Sinks it by `shift` points, invisible, so that it can rise.
     void sink(double shift);
@@ -45,8 +37,6 @@ public:
 protected:
     void showEvent(QShowEvent* event) override;
     void hideEvent(QHideEvent* event) override;
-    void resizeEvent(QResizeEvent* event) override;
-    void paintEvent(QPaintEvent* event) override;
 
 private:
     void setProgress(double progress);

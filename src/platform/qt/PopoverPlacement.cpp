@@ -54,21 +54,4 @@ Rect popoverFrame(const Rect& anchor, const QSizeF& size, Edge preferredEdge, co
     return frame;
 }
 
-std::optional<std::size_t> displayOf(const Rect& anchor, std::span<const Screen> displays)
-{
-    const double x = anchor.x + anchor.width / 2, y = anchor.y + anchor.height / 2;
-    std::optional<std::size_t> nearest;
-    double least = std::numeric_limits<double>::infinity();
-    for (std::size_t at = 0; at < displays.size(); ++at) {
-        const Rect& frame = displays[at].frame;
-        const double distance = std::hypot(x - std::clamp(x, frame.x, frame.x + frame.width),
-            y - std::clamp(y, frame.y, frame.y + frame.height));
-        if (distance < least) {
-            least = distance;
-            nearest = at;
-        }
-    }
-    return nearest;
-}
-
 } // namespace platform

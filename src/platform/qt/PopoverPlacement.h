@@ -2,11 +2,6 @@
 #pragma once
 
 #include "platform/Popover.h"
-#include "platform/Screens.h"
-
-#include <cstddef>
-#include <optional>
-#include <span>
 
 #include <QSizeF>
 
@@ -18,8 +13,5 @@ namespace platform {
 /// bottom. Global coordinates.
 [[nodiscard]] Rect popoverFrame(
     const Rect& anchor, const QSizeF& size, Edge preferredEdge, const Rect& visible);
-
-/// The display that the middle of the anchor is on, or the one nearest to it; nothing when there is none.
-[[nodiscard]] std::optional<std::size_t> displayOf(const Rect& anchor, std::span<const Screen> displays);
 
 } // namespace platform

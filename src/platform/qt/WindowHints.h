@@ -10,4 +10,7 @@ namespace platform {
 /// an X display.
 void keepOutOfTaskbar(QWidget& window);
 
+/// The same, and on every workspace, above the other windows.
+void floatEverywhere(QWidget& window);
+
 } // namespace platform

@@ -1,0 +1,11 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "platform/FloatingWindows.h"
+
+/// Counts the windows that were prepared.
+struct FakeFloatingWindows final : platform::FloatingWindows {
+    void prepare(QWidget&) override { ++prepared; }
+
+    int prepared = 0;
+};
