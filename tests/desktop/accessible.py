@@ -6,6 +6,7 @@ names PID        prints a JSON array of [name, selected] for all that is showing
 press PID NAME   presses the button of that name; 1 when there is none
 listen PID       prints a name and 1 or 0 for each view that becomes the selected one, or ceases to be
 follow PID       prints each new text of a view whose text changes
+alerts PID       prints name and description of each message that comes on screen
 
 It runs as a process of its own on the desktop, since the library binds to one accessibility bus for good.
 """
@@ -65,5 +66,13 @@ def follow(pid):
                   lambda event: print(event.source.name, flush=True))
 
 
+def alerts(pid):
+    def told(event):
+        if event.detail1 and event.source.getRole() == pyatspi.ROLE_ALERT:
+            print(f"{event.source.name} | {event.source.description}", flush=True)
+
+    return events(pid, "object:state-changed:showing", told)
+
+
 command, process, *rest = sys.argv[1:]
-sys.exit({"names": names, "press": press, "listen": listen, "follow": follow}[command](int(process), *rest))
+sys.exit({"names": names, "press": press, "listen": listen, "follow": follow, "alerts": alerts}[command](int(process), *rest))

@@ -1,0 +1,131 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "design/OstrelStyle.h"
+#include "design/Paint.h"
+#include "design/controls/FloatingPanel.h"
+#include "design/controls/ZOLHintCard.h"
+#include "design/voxel/VoxelView.h"
+#include "design/voxel/ZOLVoxelView.h"
+#include "hints/QtHintStage.h"
+
+#include "support/DesignBench.h"
+#include "support/FakeFloatingWindows.h"
+#include "support/QtEnvironment.h"
+
+#include <QAbstractButton>
+#include <QAccessible>
+#include <QApplication>
+#include <QLabel>
+
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace ostrel;
+
+[[maybe_unused]] auto* const qt = testing::AddGlobalTestEnvironment(new QtEnvironment);
+
+struct Bench : DesignBench {
+    [[nodiscard]] HintAnswers answers()
+    {
+        return { .inspect = [this] { told.emplace_back("inspect"), window.reset(); },
+            .snooze = [this] { told.emplace_back("snooze"), window.reset(); },
+            .dismissed = [this](std::string_view reason) { told.emplace_back(reason); } };
+    }
+    /// The card's window, wherever the stage keeps it.
+    [[nodiscard]] static FloatingPanel* panel()
+    {
+        for (QWidget* widget : QApplication::topLevelWidgets())
+            if (auto* panel = dynamic_cast<FloatingPanel*>(widget); panel && panel->isVisible())
+                return panel;
+        return nullptr;
+    }
+    /// The pixel of the card's ground, next to its left edge.
+    [[nodiscard]] static QColor ground()
+    {
+        return panel()->grab().toImage().pixelColor(4, panel()->height() / 2);
+    }
+
+    FakeFloatingWindows windows;
+    QtHintStage stage { services, windows };
+    std::unique_ptr<HintWindow> window;
+    std::vector<std::string> told;
+};
+
+TEST(HintCards, BothAreOneWindowWithoutTheKeyboardThatTellsItsMessage)
+{
+    for (const bool legacy : { true, false }) {
+        Bench bench;
+        bench.window = legacy ? bench.stage.legacyCard(legacyHintText(false, 4), true, bench.answers())
+                              : bench.stage.sharedCard(
+                                    sharedHintText(false, 4), true, platform::Seconds(12), bench.answers());
+        bench.window->present({ 100, 100 });
+        FloatingPanel* const panel = Bench::panel();
+        ASSERT_TRUE(panel);
+        EXPECT_EQ(bench.windows.prepared, 1);
+        EXPECT_EQ(panel->size(), QSize(legacy ? 338 : 400, static_cast<int>(bench.window->height())));
+        EXPECT_TRUE(panel->testAttribute(Qt::WA_ShowWithoutActivating));
+        EXPECT_TRUE(panel->windowFlags() & Qt::WindowDoesNotAcceptFocus);
+        EXPECT_FALSE(panel->mask().contains(QPoint(0, 0))) << "round corners";
+        QAccessibleInterface* const said = QAccessible::queryAccessibleInterface(panel);
+        EXPECT_EQ(said->role(), QAccessible::AlertMessage);
+        EXPECT_EQ(said->text(QAccessible::Name), QString::fromUtf8("OS pressure · critical"));
+        EXPECT_TRUE(said->text(QAccessible::Description).contains("elevated"));
+        for (const QLabel* label : panel->findChildren<QLabel*>())
+            EXPECT_TRUE(panel->rect().contains(QRect(label->mapTo(panel, QPoint()), label->size())));
+
+        std::vector<QAbstractButton*> buttons;
+        for (QAbstractButton* button : panel->findChildren<QAbstractButton*>())
+            buttons.push_back(button);
+        ASSERT_EQ(buttons.size(), 2u);
+        buttons[legacy ? 1 : 0]->click();
+        EXPECT_EQ(bench.told.front(), legacy ? "snooze" : "inspect") << "and the card may go meanwhile";
+        EXPECT_FALSE(Bench::panel());
+    }
+}
+
+TEST(HintCards, TheLegacyCardFollowsTheThemeAndTheSharedOneStaysLight)
+{
+    for (const bool legacy : { true, false }) {
+        Bench bench;
+        bench.window = legacy ? bench.stage.legacyCard(legacyHintText(true, 0), false, bench.answers())
+                              : bench.stage.sharedCard(
+                                    sharedHintText(true, 0), false, platform::Seconds(12), bench.answers());
+        bench.window->applyTheme(ZOLThemePolicy::Mode::light);
+        bench.window->present({ 100, 100 });
+        const QColor light = Bench::ground();
+        bench.window->applyTheme(ZOLThemePolicy::Mode::dark);
+        EXPECT_EQ(Bench::ground() == light, !legacy);
+        if (legacy) {
+            EXPECT_EQ(Bench::ground(), qColor(OstrelStyle::bg.in(ZOLThemePolicy::Mode::dark)));
+        }
+    }
+}
+
+TEST(HintCards, OnlyTheSharedCardsFigureFlashesAndEndsByItself)
+{
+    Bench bench;
+    bench.window
+        = bench.stage.sharedCard(sharedHintText(false, 2), false, platform::Seconds(12), bench.answers());
+    bench.window->present({ 100, 100 });
+    const auto* const panel = dynamic_cast<ZOLHintCardPanel*>(Bench::panel());
+    ASSERT_TRUE(panel);
+    const ZOLVoxelView& mark = panel->contentView()->markView();
+    EXPECT_FALSE(mark.assemblesOnAppear()) << "motion is off";
+    EXPECT_TRUE(mark.toolTip().contains("pressure warning")) << mark.toolTip().toStdString();
+    const auto places = [&mark] {
+        std::vector<int> all;
+        for (const ZOLVoxel& cube : mark.figure().cubes())
+            all.insert(all.end(), { cube.x, cube.y, cube.z, static_cast<int>(cube.c) });
+        return all;
+    };
+    const auto before = places();
+    bench.window->flash();
+    EXPECT_FALSE(places() == before) << "its gesture shows";
+    bench.time.advance(platform::Seconds(12));
+    EXPECT_EQ(bench.told, (std::vector<std::string> { "expired" }));
+}
+
+} // namespace

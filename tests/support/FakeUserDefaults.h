@@ -36,9 +36,14 @@ public:
     void remove(Key key) override { values.erase(std::string(key)); }
 
     std::map<std::string, Value, std::less<>> values;
+    int writes = 0; ///< so far, also those that changed nothing
 
 private:
-    void set(Key key, Value value) { values.insert_or_assign(std::string(key), std::move(value)); }
+    void set(Key key, Value value)
+    {
+        values.insert_or_assign(std::string(key), std::move(value));
+        ++writes;
+    }
 
     template <typename T>
     [[nodiscard]] std::optional<T> get(Key key) const

@@ -1,0 +1,206 @@
+# SPDX-License-Identifier: Apache-2.0
+"""Pressure hints on the real program: what the kernel says of memory is put in its place by a mount of its own."""
+import base64
+import contextlib
+import json
+import os
+import subprocess
+import sys
+import time
+import unittest
+
+import screen
+from desktop_case import SETTINGS_FILE, DesktopCase
+
+POLICY = "ostrel.hintPolicy"
+CALM = (0.0, 0.80)  # stalls in percent, share of memory that can be had
+CRITICAL = (40.0, 0.10)
+TOTAL = 1_000_000  # kB
+COMES_WITHIN = 60.0  # seconds: twenty of pressure, and ticks three apart
+# Files over those of /proc, for the program and its children alone.
+COVER = ('mount --bind "$1/meminfo" /proc/meminfo && mount --bind "$1/memory" /proc/pressure/memory && shift && '
+         'exec "$@"')
+SCREEN_READER = os.path.join(os.path.dirname(os.path.abspath(__file__)), "accessible.py")
+
+
+def covers() -> list[str]:
+    """The command that gives a program mounts of its own, with or without being the machine's owner; empty where
+    neither is allowed."""
+    for command in (["unshare", "-m"], ["unshare", "-Urm"]):
+        tried = subprocess.run([*command, "sh", "-c", "mount --bind /proc/version /proc/meminfo"], capture_output=True,
+                               check=False)
+        if tried.returncode == 0:
+            return command
+    return []
+
+
+class HintCase(DesktopCase):
+    """One program at a time under a kernel that says what the test wants."""
+    DESKTOP = {"accessible": True}
+
+    def start_under(self, kernel: tuple[float, float], **settings) -> subprocess.Popen:
+        self.cover = f"{self.desktop.folder}/kernel"
+        os.makedirs(self.cover, exist_ok=True)
+        self.say(kernel)
+        private = covers()
+        if not private:
+            self.skipTest("this machine allows no mounts of one's own")
+        real = os.environ["OSTREL_PROGRAM"]
+        script = f"{self.desktop.folder}/covered"
+        with open(script, "w", encoding="utf-8") as file:
+            file.write(f"#!/bin/sh\nexec {' '.join(private)} sh -c '{COVER}' sh {self.cover} "
+                       f"{os.path.abspath(real)} \"$@\"\n")
+        os.chmod(script, 0o755)
+        os.environ["OSTREL_PROGRAM"] = script
+        self.addCleanup(os.environ.__setitem__, "OSTREL_PROGRAM", real)
+        return self.start("--background", refresh="fast", **settings)
+
+    def say(self, kernel: tuple[float, float]) -> None:
+        """Makes the kernel say that, from the next reading on; the files stay the same ones."""
+        stall, share = kernel
+        free = int(TOTAL * share)
+        for name, text in (("meminfo", f"MemTotal: {TOTAL:9} kB\nMemFree: {free:9} kB\nMemAvailable: {free:9} kB\n"),
+                           ("memory", "".join(f"{kind} avg10={stall:5.2f} avg60=0.00 avg300=0.00 total=1\n"
+                                              for kind in ("some", "full")))):
+            with open(f"{self.cover}/{name}", "r+" if os.path.exists(f"{self.cover}/{name}") else "w",
+                      encoding="ascii") as file:
+                file.write(text)
+
+    def policy(self) -> dict:
+        with contextlib.suppress(OSError, KeyError):
+            stored = self.settings()[POLICY]
+            return json.loads(base64.b64decode(next(iter(stored.values())) if isinstance(stored, dict) else stored))
+        return {}
+
+    def receipts(self) -> list[str]:
+        return [receipt["state"] for receipt in self.policy().get("receipts", [])]
+
+    def card(self, title: str = "OS pressure · critical") -> int:
+        """The window of the card with that title, if it is on screen."""
+        found = self.desktop.run(["xdotool", "search", "--onlyvisible", "--name", f"^{title}$"]).stdout.split()
+        return int(found[0]) if found else 0
+
+    def shown_card(self) -> int:
+        return self.wait_for("card", self.card, limit=COMES_WITHIN)
+
+    def card_has_gone(self) -> None:
+        self.wait_for("card off the screen", lambda: not self.card(), limit=30)
+
+    def ended(self, *states: str) -> None:
+        """The card goes, and exactly these receipts stand."""
+        self.card_has_gone()
+        self.wait_for(f"receipts {states}", lambda: self.receipts() == list(states))
+
+    def place(self, window: int) -> tuple[int, int, int, int]:
+        """Left, top, width and height."""
+        shell = self.desktop.run(["xdotool", "getwindowgeometry", "--shell", str(window)]).stdout
+        values = dict(line.split("=") for line in shell.split())
+        return tuple(int(values[key]) for key in ("X", "Y", "WIDTH", "HEIGHT"))
+
+    def press_in(self, window: int, left: int, top: int) -> None:
+        x, y, _, _ = self.place(window)
+        screen.click(self.desktop, x + left, y + top)
+
+    def press_named(self, process: subprocess.Popen, name: str) -> None:
+        self.wait_for(f"button {name}", lambda: self.desktop.run(
+            [sys.executable, SCREEN_READER, "press", str(process.pid), name]).returncode == 0)
+
+    def bystander(self) -> None:
+        """Shows a window of somebody else's that has the keyboard."""
+        self.desktop.start("bystander", ["xmessage", "-name", "bystander", "somebody writes here"])
+        window = self.wait_for("bystander", lambda: self.desktop.run(
+            ["xdotool", "search", "--onlyvisible", "--class", "xmessage"]).stdout.split())
+        self.desktop.run(["xdotool", "windowfocus", "--sync", window[0]])
+
+    def keyboard(self) -> int:
+        return int(self.desktop.run(["xdotool", "getwindowfocus"]).stdout or 0)
+
+    def again(self, process: subprocess.Popen) -> subprocess.Popen:
+        """The next run, as if the last hint had been long ago."""
+        self.end(process)
+        self.say(CRITICAL)
+        settings = self.settings()
+        settings.pop(POLICY, None)
+        with open(f"{self.home}/{SETTINGS_FILE}", "w", encoding="utf-8") as file:
+            json.dump(settings, file)
+        return self.start_again("--background")
+
+
+class Hints(HintCase):
+    def test_the_legacy_card_comes_once_keeps_off_the_keyboard_and_each_end_has_its_receipt(self):
+        process = self.start_under(CRITICAL)
+        self.item(process)
+        listener = subprocess.Popen([sys.executable, SCREEN_READER, "alerts", str(process.pid)],
+                                    env=self.desktop.env, stdout=subprocess.PIPE, text=True)
+        self.addCleanup(listener.wait)
+        self.addCleanup(listener.kill)
+        self.addCleanup(listener.stdout.close)
+        self.assertEqual(listener.stdout.readline(), "listening\n")
+        self.bystander()
+        before = self.keyboard()
+        card = self.shown_card()
+        left, top, width, height = self.place(card)
+        self.assertEqual((width, height), (338, 174))
+        self.assertEqual(left, self.desktop.size[0] - 338 - 8, "against the right margin, near the item")
+        self.assertLess(top, 60)
+        self.assertEqual(self.keyboard(), before)
+        self.press_in(card, 40, 150)
+        self.assertEqual(self.keyboard(), before, "not even when it is pressed")
+        self.assertEqual(listener.stdout.readline(),
+                         "OS pressure · critical | Pressure has stayed elevated. Inspect workloads before choosing an "
+                         "action.\n")
+        # Time-out; and no second one in this episode.
+        self.ended("presented", "expired")
+        self.assertTrue(self.policy()["episodePresented"])
+
+        # The next run knows the episode, and its end.
+        self.end(process)
+        process = self.start_again("--background")
+        self.item(process)
+        time.sleep(4)  # a tick and more
+        self.assertEqual(self.receipts(), ["presented", "expired"])
+        self.assertTrue(self.policy()["episodePresented"])
+        self.say(CALM)
+        self.wait_for("end of the episode", lambda: not self.policy()["episodePresented"])
+        self.assertIn("lastPresented", self.policy(), "the cool-down goes on")
+
+        process = self.again(process)
+        self.shown_card()
+        self.press_named(process, "30m")
+        self.ended("presented", "snoozed")
+        self.assertIn("snoozedUntil", self.policy())
+
+        process = self.again(process)
+        self.shown_card()
+        self.press_named(process, "inspect")
+        self.ended("presented", "acknowledged")
+        self.panel()
+
+
+class SharedHints(HintCase):
+    def test_the_shared_card_takes_keys_after_a_press_and_goes_with_panel_and_pressure(self):
+        process = self.start_under(CRITICAL, **{"ostrel.dashboardDog": False})
+        self.item(process)
+        self.bystander()
+        before = self.keyboard()
+        card = self.shown_card()
+        self.assertEqual(self.keyboard(), before)
+        self.press_in(card, 300, 20)
+        self.wait_for("keyboard of the card", lambda: self.keyboard() == card)
+        screen.press(self.desktop, "Escape")
+        self.ended("presented", "dismissed")
+
+        process = self.again(process)
+        self.shown_card()
+        self.say(CALM)
+        self.ended("presented", "suppressed")
+
+        process = self.again(process)
+        self.shown_card()
+        self.route("ostrel://show")
+        self.panel()
+        self.ended("presented", "suppressed")
+
+
+if __name__ == "__main__":
+    unittest.main()
