@@ -82,8 +82,8 @@ AppDelegate::AppDelegate(const PlatformServices& services)
     , routes_(panel_)
     , hintStage_({ services.runLoop, services.mainQueue, services.workspace, services.occlusion },
           services.floatingWindows)
-    , hints_({ services.defaults, services.mainQueue, services.clock, services.screens, tick_, settings_, panel_,
-          frame_, hintStage_, [this] { return hintAnchor(); } })
+    , hints_({ services.defaults, services.mainQueue, services.clock, services.screens, tick_, settings_,
+          panel_, frame_, hintStage_, [this] { return hintAnchor(); } })
     , liveValues_(panelState_, liveRegistry_, frame_, [this] { return barItem_.title(); })
 {
     tick_.connect(*this, snapshots_);

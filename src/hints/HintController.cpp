@@ -72,7 +72,8 @@ void HintController::showCompanion(bool preview)
                 finishHint("expired");
         }));
     } else {
-        hintPanel_ = owner_.stage.sharedCard(sharedHintText(preview, level()), moves, autoHide, answers(card));
+        hintPanel_
+            = owner_.stage.sharedCard(sharedHintText(preview, level()), moves, autoHide, answers(card));
     }
     hintPanel_->present(
         hintPlace(hintPanel_->width(), hintPanel_->height(), *item, displays[*display].visible));

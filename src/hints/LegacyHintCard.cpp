@@ -57,7 +57,8 @@ LegacyHintCard::LegacyHintCard(
     across->addStretch();
     column->addStretch();
     column->addWidget(lineLabel(utf16(text.title), titleSize, QFont::DemiBold, OstrelStyle::ink));
-    column->addWidget(wrappingLabel(utf16(text.fact), factSize, QFont::Normal, OstrelStyle::muted, factWidth));
+    column->addWidget(
+        wrappingLabel(utf16(text.fact), factSize, QFont::Normal, OstrelStyle::muted, factWidth));
     auto* const buttons = new QHBoxLayout;
     buttons->setSpacing(buttonSpacing);
     buttons->addWidget(answerButton(text.buttons[0], answers.inspect));

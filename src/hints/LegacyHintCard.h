@@ -18,7 +18,8 @@ public:
     static constexpr double radius = 16; ///< of its corners, in points
 
     /// `moves`: whether the creature may.
-    LegacyHintCard(const HintText& text, bool moves, const MotionServices& services, const HintAnswers& answers);
+    LegacyHintCard(
+        const HintText& text, bool moves, const MotionServices& services, const HintAnswers& answers);
 
     [[nodiscard]] VoxelView& hintVoxel() const { return *hintVoxel_; }
 

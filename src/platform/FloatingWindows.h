@@ -10,8 +10,8 @@ class FloatingWindows {
 public:
     virtual ~FloatingWindows() = default;
 
-    /// On every workspace, and in no list of windows. Call it before each showing, since hiding a window clears
-    /// what was asked. Does nothing where there is nobody to tell.
+    /// On every workspace, and in no list of windows. Call it before each showing, since hiding a window
+    /// clears what was asked. Does nothing where there is nobody to tell.
     virtual void prepare(QWidget& window) = 0;
 };
 

@@ -56,8 +56,8 @@ CompanionPolicy snoozed(double until)
 
 const std::vector<Walk> walks {
     { "twenty seconds exactly are enough", {}, { { 0, 2 }, { 10, 2 }, { 19.9, 2 }, { 20, 2, true } }, true },
-    { "a change between warning and critical is the same run", {},
-        { { 0, 2 }, { 10, 4 }, { 20, 2, true } }, true },
+    { "a change between warning and critical is the same run", {}, { { 0, 2 }, { 10, 4 }, { 20, 2, true } },
+        true },
     { "the longest gap still belongs to the run", {}, { { 0, 2 }, { 12.5, 2 }, { 20, 2, true } }, true },
     { "a longer one begins it anew", {}, { { 0, 2 }, { 12.6, 2 }, { 22, 2 }, { 32.6, 2, true } }, true },
     { "a clock set back begins it anew", {},
@@ -80,8 +80,8 @@ const std::vector<Walk> walks {
         { { -15, 2 }, { -5, 2 }, { 5, 2 }, { 9.9, 2 }, { 10, 2, true } }, true },
     { "a hint that lies ahead holds the next one back", presented(1e9),
         { { 0, 2 }, { 10, 2 }, { 20, 2 }, { 30, 2 } } },
-    { "a snooze ends at its moment", snoozed(25), { { 0, 2 }, { 10, 2 }, { 20, 2 }, { 24.9, 2 }, { 25, 2, true } },
-        true },
+    { "a snooze ends at its moment", snoozed(25),
+        { { 0, 2 }, { 10, 2 }, { 20, 2 }, { 24.9, 2 }, { 25, 2, true } }, true },
 };
 
 TEST(CompanionPolicy, AnswersYesOnceForEachEpisodeThatLasts)

@@ -40,7 +40,8 @@ struct FakeStage final : HintStage {
     {
         return card("legacy", text, std::move(told));
     }
-    std::unique_ptr<HintWindow> sharedCard(const HintText& text, bool, Seconds time, HintAnswers told) override
+    std::unique_ptr<HintWindow> sharedCard(
+        const HintText& text, bool, Seconds time, HintAnswers told) override
     {
         EXPECT_EQ(time, Seconds(12));
         return card("shared", text, std::move(told));
@@ -139,9 +140,9 @@ TEST(HintController, EachWayToEndAHintLeavesExactlyItsReceipt)
 
 TEST(HintController, TheSharedCardTellsItsOwnEndAndOnlyOfItself)
 {
-    for (const auto& [reason, state] : std::vector<std::pair<const char*, Texts>> {
-             { "expired", { "presented", "expired" } }, { "escape", { "presented", "dismissed" } },
-             { "action:inspect", { "presented" } } }) {
+    for (const auto& [reason, state] :
+        std::vector<std::pair<const char*, Texts>> { { "expired", { "presented", "expired" } },
+            { "escape", { "presented", "dismissed" } }, { "action:inspect", { "presented" } } }) {
         Bench bench;
         bench.settings.dashboardDogEnabled = false;
         bench.pass(25, 4);
@@ -160,7 +161,8 @@ TEST(HintController, SaysWhatHappenedAndFlashesByItsLevel)
     Bench bench;
     bench.pass(25, 4);
     EXPECT_EQ(bench.calls(),
-        (Texts { "legacy OS pressure · critical | Pressure has stayed elevated. Inspect workloads before choosing an "
+        (Texts { "legacy OS pressure · critical | Pressure has stayed elevated. Inspect workloads before "
+                 "choosing an "
                  "action. | inspect 30m" }));
     bench.time.advance(Seconds(0.84));
     EXPECT_EQ(bench.calls(), Texts {});
@@ -178,7 +180,8 @@ TEST(HintController, SaysWhatHappenedAndFlashesByItsLevel)
         (Texts { "shared Companion preview | This is a preview. Inspect opens workloads. | inspect close" }));
     bench.hints.showCompanion(false);
     EXPECT_EQ(bench.calls(),
-        (Texts { "gone", "shared OS pressure · critical | Pressure stayed elevated. Inspect workloads. | inspect 30m" }))
+        (Texts { "gone",
+            "shared OS pressure · critical | Pressure stayed elevated. Inspect workloads. | inspect 30m" }))
         << "never two at once";
     bench.hints.finishHint("dismissed");
     bench.time.advance(Seconds(5));
@@ -240,12 +243,12 @@ TEST(HintController, WaitsForThePanelAndWritesOnlyWhatChanged)
     EXPECT_EQ(bench.defaults.writes, writes) << "a quiet tick touches no file";
 
     // The next run of the program.
-    HintController again { { bench.defaults, bench.time, bench.time, bench.screens, bench.tick, bench.settings,
-        bench.door, bench.body, bench.stage, [&bench] { return bench.item; } } };
+    HintController again { { bench.defaults, bench.time, bench.time, bench.screens, bench.tick,
+        bench.settings, bench.door, bench.body, bench.stage, [&bench] { return bench.item; } } };
     EXPECT_EQ(again.hintPolicy().encoded(), *stored);
     bench.defaults.setBytes(HintController::policyKey, "{\"receipts\":[]}");
-    HintController fresh { { bench.defaults, bench.time, bench.time, bench.screens, bench.tick, bench.settings,
-        bench.door, bench.body, bench.stage, [&bench] { return bench.item; } } };
+    HintController fresh { { bench.defaults, bench.time, bench.time, bench.screens, bench.tick,
+        bench.settings, bench.door, bench.body, bench.stage, [&bench] { return bench.item; } } };
     EXPECT_EQ(fresh.hintPolicy(), CompanionPolicy {});
     EXPECT_EQ(bench.defaults.bytes(HintController::policyKey), "{\"receipts\":[]}") << "until the next save";
 }
@@ -271,15 +274,16 @@ TEST(HintPlace, HangsFromTheItemWithinTheFreeAreaAndStandsOnBarsBelow)
         Rect item, visible;
         platform::Point place;
     };
-    for (const auto& [item, visible, place] : std::vector<Case> {
-             { { 1000, 875, 40, 25 }, { 0, 0, 1440, 875 }, { 851, 691 } }, // below, centred
-             { { 1400, 875, 40, 25 }, { 0, 0, 1440, 875 }, { 1094, 691 } }, // against the right margin
-             { { 0, 875, 40, 25 }, { 0, 0, 1440, 875 }, { 8, 691 } }, // the left one
-             { { 100, 875, 40, 25 }, { 0, 0, 300, 875 }, { -46, 691 } }, // too narrow: the right one wins
-             { { 1000, 885, 40, 10 }, { 0, 0, 1440, 870 }, { 851, 696 } }, // an item that doesn't fill its bar
-             { { 1000, 0, 40, 30 }, { 0, 30, 1440, 870 }, { 851, 40 } }, // a bar below
-             { { -900, 900, 40, 24 }, { -1280, 200, 1280, 700 }, { -1049, 716 } }, // a second display
-         }) {
+    for (const auto& [item, visible, place] :
+        std::vector<Case> {
+            { { 1000, 875, 40, 25 }, { 0, 0, 1440, 875 }, { 851, 691 } }, // below, centred
+            { { 1400, 875, 40, 25 }, { 0, 0, 1440, 875 }, { 1094, 691 } }, // against the right margin
+            { { 0, 875, 40, 25 }, { 0, 0, 1440, 875 }, { 8, 691 } }, // the left one
+            { { 100, 875, 40, 25 }, { 0, 0, 300, 875 }, { -46, 691 } }, // too narrow: the right one wins
+            { { 1000, 885, 40, 10 }, { 0, 0, 1440, 870 }, { 851, 696 } }, // an item that doesn't fill its bar
+            { { 1000, 0, 40, 30 }, { 0, 30, 1440, 870 }, { 851, 40 } }, // a bar below
+            { { -900, 900, 40, 24 }, { -1280, 200, 1280, 700 }, { -1049, 716 } }, // a second display
+        }) {
         EXPECT_EQ(hintPlace(338, 174, item, visible), place) << item.x << ' ' << item.y;
     }
 }

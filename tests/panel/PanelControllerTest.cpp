@@ -80,10 +80,11 @@ TEST(PanelController, BuildsOnceDrawsBeforeItShowsAndTakesTheKeyboard)
     bench.hasItem = true;
     bench.panel.show();
     EXPECT_EQ(bench.steps(),
-        (Steps {
-            "opening", "make", "build", "view", "transient true", "render", "show below", "key", "keys", "opened" }));
+        (Steps { "opening", "make", "build", "view", "transient true", "render", "show below", "key", "keys",
+            "opened" }));
     bench.panel.show();
-    EXPECT_EQ(bench.steps(), (Steps { "again", "render", "key", "keys", "opened" })) << "an open one comes forward";
+    EXPECT_EQ(bench.steps(), (Steps { "again", "render", "key", "keys", "opened" }))
+        << "an open one comes forward";
     bench.later(0.3);
     EXPECT_EQ(bench.steps(), Steps {});
     bench.panel.close("esc");

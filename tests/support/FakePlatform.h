@@ -52,8 +52,8 @@ struct FakePlatform : FakeMachine {
     [[nodiscard]] ostrel::PlatformServices services()
     {
         return { kernel, machine, children, defaults, files, bundle, time, time, time, globalQueue, statusBar,
-            notifications, workspace, occlusion, popovers, mouse, screens, alerts, floatingWindows, urlEvents, instances,
-            [this] { ++quits; } };
+            notifications, workspace, occlusion, popovers, mouse, screens, alerts, floatingWindows, urlEvents,
+            instances, [this] { ++quits; } };
     }
 
     Machine machine;

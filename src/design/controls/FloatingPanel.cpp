@@ -59,10 +59,7 @@ FloatingPanel::FloatingPanel(QWidget& card, double radius, const ThemedColor& ed
     resize(card.size());
 }
 
-QWidget* FloatingPanel::card() const
-{
-    return findChild<QWidget*>(QString(), Qt::FindDirectChildrenOnly);
-}
+QWidget* FloatingPanel::card() const { return findChild<QWidget*>(QString(), Qt::FindDirectChildrenOnly); }
 
 void FloatingPanel::setMessage(const QString& title, const QString& fact)
 {
@@ -99,9 +96,6 @@ void FloatingPanel::resizeEvent(QResizeEvent*)
     setMask(roundRegion(size(), radius_));
 }
 
-void FloatingPanel::paintEvent(QPaintEvent*)
-{
-    QPainter(this).fillRect(rect(), resolved(edge_, *this));
-}
+void FloatingPanel::paintEvent(QPaintEvent*) { QPainter(this).fillRect(rect(), resolved(edge_, *this)); }
 
 } // namespace ostrel

@@ -14,8 +14,9 @@ namespace ostrel {
 /// frame's grows upward from the lower left corner of the primary one.
 [[nodiscard]] QPoint topLeftOf(const platform::Rect& frame, const QRect& primaryScreen);
 
-/// The window of a card: without a frame, above all others, as large as the card, with round corners. It takes
-/// no keyboard, and assistive technology is told of it as of a message, once for each coming. Main thread.
+/// The window of a card: without a frame, above all others, as large as the card, with round corners. It
+/// takes no keyboard, and assistive technology is told of it as of a message, once for each coming. Main
+/// thread.
 class FloatingPanel : public QWidget {
 public:
     /// The card becomes its child. `edge` is what the corners have beyond the card's own smooth ones.
