@@ -75,4 +75,5 @@ def alerts(pid):
 
 
 command, process, *rest = sys.argv[1:]
-sys.exit({"names": names, "press": press, "listen": listen, "follow": follow, "alerts": alerts}[command](int(process), *rest))
+commands = {"names": names, "press": press, "listen": listen, "follow": follow, "alerts": alerts}
+sys.exit(commands[command](int(process), *rest))

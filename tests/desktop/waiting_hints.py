@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Pressure hints on the real program: what the kernel says of memory is put in its place by a mount of its own."""
+"""Pressure hints on the real program, which reads what the test says in place of the kernel's memory figures."""
 import base64
 import contextlib
 import json
@@ -18,17 +18,17 @@ CRITICAL = (40.0, 0.10)
 TOTAL = 1_000_000  # kB
 COMES_WITHIN = 60.0  # seconds: twenty of pressure, and ticks three apart
 # Files over those of /proc, for the program and its children alone.
-COVER = ('mount --bind "$1/meminfo" /proc/meminfo && mount --bind "$1/memory" /proc/pressure/memory && shift && '
-         'exec "$@"')
+COVER = ('mount --bind "$1/meminfo" /proc/meminfo && mount --bind "$1/memory" /proc/pressure/memory && '
+         'shift && exec "$@"')
 SCREEN_READER = os.path.join(os.path.dirname(os.path.abspath(__file__)), "accessible.py")
 
 
 def covers() -> list[str]:
-    """The command that gives a program mounts of its own, with or without being the machine's owner; empty where
-    neither is allowed."""
+    """The command that gives a program mounts of its own, with or without being the machine's owner; empty
+    where neither is allowed."""
     for command in (["unshare", "-m"], ["unshare", "-Urm"]):
-        tried = subprocess.run([*command, "sh", "-c", "mount --bind /proc/version /proc/meminfo"], capture_output=True,
-                               check=False)
+        tried = subprocess.run([*command, "mount", "--bind", "/proc/version", "/proc/meminfo"],
+                               capture_output=True, check=False)
         if tried.returncode == 0:
             return command
     return []
@@ -59,9 +59,10 @@ class HintCase(DesktopCase):
         """Makes the kernel say that, from the next reading on; the files stay the same ones."""
         stall, share = kernel
         free = int(TOTAL * share)
-        for name, text in (("meminfo", f"MemTotal: {TOTAL:9} kB\nMemFree: {free:9} kB\nMemAvailable: {free:9} kB\n"),
-                           ("memory", "".join(f"{kind} avg10={stall:5.2f} avg60=0.00 avg300=0.00 total=1\n"
-                                              for kind in ("some", "full")))):
+        memory = f"MemTotal: {TOTAL:9} kB\nMemFree: {free:9} kB\nMemAvailable: {free:9} kB\n"
+        stalls = "".join(f"{kind} avg10={stall:5.2f} avg60=0.00 avg300=0.00 total=1\n"
+                         for kind in ("some", "full"))
+        for name, text in (("meminfo", memory), ("memory", stalls)):
             with open(f"{self.cover}/{name}", "r+" if os.path.exists(f"{self.cover}/{name}") else "w",
                       encoding="ascii") as file:
                 file.write(text)
@@ -69,7 +70,8 @@ class HintCase(DesktopCase):
     def policy(self) -> dict:
         with contextlib.suppress(OSError, KeyError):
             stored = self.settings()[POLICY]
-            return json.loads(base64.b64decode(next(iter(stored.values())) if isinstance(stored, dict) else stored))
+            text = next(iter(stored.values())) if isinstance(stored, dict) else stored
+            return json.loads(base64.b64decode(text))
         return {}
 
     def receipts(self) -> list[str]:
@@ -77,8 +79,8 @@ class HintCase(DesktopCase):
 
     def card(self, title: str = "OS pressure · critical") -> int:
         """The window of the card with that title, if it is on screen."""
-        found = self.desktop.run(["xdotool", "search", "--onlyvisible", "--name", f"^{title}$"]).stdout.split()
-        return int(found[0]) if found else 0
+        search = ["xdotool", "search", "--onlyvisible", "--name", f"^{title}$"]
+        return int((self.desktop.run(search).stdout.split() or ["0"])[0])
 
     def shown_card(self) -> int:
         return self.wait_for("card", self.card, limit=COMES_WITHIN)
@@ -147,8 +149,8 @@ class Hints(HintCase):
         self.press_in(card, 40, 150)
         self.assertEqual(self.keyboard(), before, "not even when it is pressed")
         self.assertEqual(listener.stdout.readline(),
-                         "OS pressure · critical | Pressure has stayed elevated. Inspect workloads before choosing an "
-                         "action.\n")
+                         "OS pressure · critical | Pressure has stayed elevated. "
+                         "Inspect workloads before choosing an action.\n")
         # Time-out; and no second one in this episode.
         self.ended("presented", "expired")
         self.assertTrue(self.policy()["episodePresented"])
