@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Pressure hints on the real program, which reads what the test says in place of the kernel's memory figures."""
+"""Pressure hints on the real program, with memory figures that the test puts over the kernel's."""
 import base64
 import contextlib
 import json
