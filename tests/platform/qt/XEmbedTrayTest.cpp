@@ -99,6 +99,7 @@ protected:
         item = std::make_unique<XEmbedTray>(own.get(), "ostrel", face, 1,
             XEmbedTray::Owner { .pressed = [this](const TrayPress& press) { presses.push_back(press); },
                 .hovered = [](bool) {} });
+        roundTrip(own.get()); // so that the tray finds its request
     }
 
     /// Lets the item see all that has happened on the display.
