@@ -46,7 +46,7 @@ public:
 protected:
     [[nodiscard]] Panel& prepared()
     {
-        windows_.prepare(*panel_);
+        windows_.prepare(*panel_, panel_->radius());
         return *panel_;
     }
     [[nodiscard]] Panel& panel() const { return *panel_; }

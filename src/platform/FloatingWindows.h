@@ -10,9 +10,10 @@ class FloatingWindows {
 public:
     virtual ~FloatingWindows() = default;
 
-    /// On every workspace, and in no list of windows. Call it before each showing, since hiding a window
-    /// clears what was asked. Does nothing where there is nobody to tell.
-    virtual void prepare(QWidget& window) = 0;
+    /// On every workspace, in no list of windows, and with corners that are round to the pixel, where the
+    /// toolkit's own are round to the point. `cornerRadius` in points. Call it before each showing, since
+    /// hiding a window clears what was asked. Does nothing where there is nobody to tell.
+    virtual void prepare(QWidget& window, double cornerRadius) = 0;
 };
 
 } // namespace platform

@@ -151,8 +151,14 @@ class Hints(HintCase):
         self.assertEqual(listener.stdout.readline(),
                          "OS pressure · critical | Pressure has stayed elevated. "
                          "Inspect workloads before choosing an action.\n")
+        states = screen.window_property(self.desktop, card, "_NET_WM_STATE")
+        for state in ("SKIP_TASKBAR", "SKIP_PAGER", "ABOVE", "STICKY"):
+            self.assertIn(f"_NET_WM_STATE_{state}", states)
+        self.assertEqual("4294967295", screen.window_property(self.desktop, card, "_NET_WM_DESKTOP"))
         # Time-out; and no second one in this episode.
         self.ended("presented", "expired")
+        listener.kill()
+        self.assertEqual(listener.stdout.read(), "", "it was told once")
         self.assertTrue(self.policy()["episodePresented"])
 
         # The next run knows the episode, and its end.

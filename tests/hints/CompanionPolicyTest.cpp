@@ -160,7 +160,12 @@ TEST(CompanionPolicy, ReadsDatesAsSecondsOfThisCenturyAndTakesNothingThatIsNotWh
     for (int n = 0; n < 10000; ++n)
         many += (n ? "," : "") + std::string(R"({"at":)") + std::to_string(n) + R"(,"state":""})";
     const auto full = CompanionPolicy::decoded(R"({"episodePresented":false,"receipts":[)" + many + "]}");
-    EXPECT_TRUE(!full || full->receipts.size() == 30) << "never more than are kept";
+    ASSERT_TRUE(full);
+    ASSERT_EQ(full->receipts.size(), 30u) << "never more than are kept";
+    EXPECT_EQ(full->receipts.front().at.time_since_epoch(), Seconds(978307200 + 9970)) << "the newest";
+    many.append(300000, ' ');
+    EXPECT_FALSE(CompanionPolicy::decoded(R"({"episodePresented":false,"receipts":[)" + many + "]}"))
+        << "nothing of ours is that long";
 
     // A date that no clock reaches is a date all the same, and never overflows.
     auto odd = CompanionPolicy::decoded(R"({"episodePresented":false,"receipts":[],"snoozedUntil":-1e308})");

@@ -253,6 +253,22 @@ TEST(HintController, WaitsForThePanelAndWritesOnlyWhatChanged)
     EXPECT_EQ(bench.defaults.bytes(HintController::policyKey), "{\"receipts\":[]}") << "until the next save";
 }
 
+TEST(HintController, ACardThatSleepsOrSeesTheClockSetStaysForTheRestOfItsTime)
+{
+    for (const double jump : { 36000.0, -36000.0 }) {
+        Bench bench;
+        bench.pass(25, 2);
+        bench.time.advance(Seconds(1));
+        bench.time.jump(Seconds(jump));
+        bench.tick.tickNative();
+        bench.hints.considerCompanion();
+        EXPECT_TRUE(bench.hints.hintShown()) << jump;
+        bench.time.advance(Seconds(jump < 0 ? 12 - jump : 12));
+        EXPECT_FALSE(bench.hints.hintShown()) << jump;
+        EXPECT_EQ(bench.receipts(), (Texts { "presented", "expired" })) << jump;
+    }
+}
+
 TEST(HintController, HintsThatAreSwitchedOffMidwaySpendTheEpisode)
 {
     Bench bench;

@@ -57,8 +57,8 @@ TEST(RecordedPressure, HintsSpeakOfShortageAndNotOfWork)
              // A stall of a fifth of the time, but four fifths of the memory can be had back.
              Expected { "copy", "1", 0 },
              Expected { "build", "1", 0 },
-             // Full without a stall: it comes only near the end, and the end comes fast.
-             Expected { "leak", "1 2 4 1", 0 },
+             // Full without a stall, so only the headroom tells, in time before the end.
+             Expected { "leak", "1 2 4 1", 1 },
              // What thrashes, and, in the same record, its recovery.
              Expected { "thrash", "1 2 4 1", 1 },
          }) {

@@ -5,7 +5,7 @@
 
 /// Counts the windows that were prepared.
 struct FakeFloatingWindows final : platform::FloatingWindows {
-    void prepare(QWidget&) override { ++prepared; }
+    void prepare(QWidget&, double) override { ++prepared; }
 
     int prepared = 0;
 };

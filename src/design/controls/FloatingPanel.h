@@ -26,6 +26,8 @@ public:
     virtual void setFrameOrigin(const platform::Point& point);
     /// Shows it above all others, without the keyboard.
     void orderFrontRegardless();
+    /// Of its corners, in points.
+    [[nodiscard]] double radius() const { return radius_; }
     /// What the message is, for those who can't see it.
     void setMessage(const QString& title, const QString& fact);
 

@@ -8,7 +8,7 @@ namespace platform {
 /// Through the window manager's hints.
 class QtFloatingWindows final : public FloatingWindows {
 public:
-    void prepare(QWidget& window) override;
+    void prepare(QWidget& window, double cornerRadius) override;
 };
 
 } // namespace platform
