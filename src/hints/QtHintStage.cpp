@@ -93,6 +93,7 @@ public:
     SharedWindow(std::unique_ptr<ZOLHintCard> card, platform::FloatingWindows& windows)
         : CardWindow(ZOLHintCard::makePanel(std::move(card)).release(), windows)
     {
+        panel().setActivation([&windows, &panel = panel()] { windows.takeKeyboard(panel); });
     }
 
     void present(const platform::Point& lowerLeft) override

@@ -14,6 +14,9 @@ public:
     /// toolkit's own are round to the point. `cornerRadius` in points. Call it before each showing, since
     /// hiding a window clears what was asked. Does nothing where there is nobody to tell.
     virtual void prepare(QWidget& window, double cornerRadius) = 0;
+
+    /// Takes the keyboard, in answer to a press into the window.
+    virtual void takeKeyboard(QWidget& window) = 0;
 };
 
 } // namespace platform

@@ -3,9 +3,12 @@
 
 #include "platform/FloatingWindows.h"
 
-/// Counts the windows that were prepared.
+/// Counts what it was asked for.
 struct FakeFloatingWindows final : platform::FloatingWindows {
     void prepare(QWidget&, double) override { ++prepared; }
 
+    void takeKeyboard(QWidget&) override { ++taken; }
+
     int prepared = 0;
+    int taken = 0; ///< how often the keyboard
 };

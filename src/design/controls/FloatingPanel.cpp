@@ -56,7 +56,7 @@ FloatingPanel::FloatingPanel(QWidget& card, double radius, const ThemedColor& ed
     card.move(0, 0);
     card.show();
     card.installEventFilter(this);
-    resize(card.size());
+    fit(card);
 }
 
 QWidget* FloatingPanel::card() const { return findChild<QWidget*>(QString(), Qt::FindDirectChildrenOnly); }
@@ -84,14 +84,15 @@ void FloatingPanel::orderFrontRegardless()
 bool FloatingPanel::eventFilter(QObject* watched, QEvent* event)
 {
     if (event->type() == QEvent::Resize && watched == card())
-        resize(card()->size());
+        fit(*card());
     return false;
 }
 
 void FloatingPanel::showEvent(QShowEvent*) { windowHandle()->setFlag(Qt::WindowDoesNotAcceptFocus); }
 
-void FloatingPanel::resizeEvent(QResizeEvent*)
+void FloatingPanel::fit(const QWidget& card)
 {
+    resize(card.size());
     // A window that lets what is behind it through needs a desktop that can blend; a shape doesn't.
     setMask(roundRegion(size(), radius_));
 }

@@ -35,13 +35,14 @@ public:
 
 protected:
     void showEvent(QShowEvent* event) override;
-    void resizeEvent(QResizeEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
     /// Null once the card was destroyed.
     [[nodiscard]] QWidget* card() const;
 
 private:
+    void fit(const QWidget& card);
+
     double radius_;
     ThemedColor edge_;
 };

@@ -85,7 +85,7 @@ void ZOLHintCardPanel::takeKeyboard()
 {
     // Through the window itself: the toolkit's way of changing a flag takes the view off the screen.
     windowHandle()->setFlag(Qt::WindowDoesNotAcceptFocus, false);
-    activateWindow();
+    activate_();
     if (auto* const card = contentView(); card && !card->isAncestorOf(focusWidget()))
         card->setFocus(Qt::MouseFocusReason);
 }

@@ -7,7 +7,9 @@
 #include <QPoint>
 #include <QVariantAnimation>
 
+#include <functional>
 #include <optional>
+#include <utility>
 
 namespace ostrel {
 
@@ -24,6 +26,8 @@ public:
     [[nodiscard]] ZOLHintCard* contentView() const;
 
     void setFrameOrigin(const platform::Point& point) override;
+    /// How the window asks for the keyboard when it is pressed; by the toolkit's own way unless told.
+    void setActivation(std::function<void()> activate) { activate_ = std::move(activate); }
 
     /// Sinks it by `shift` points, invisible, so that it can rise.
     void sink(double shift);
@@ -43,6 +47,7 @@ private:
     void takeKeyboard();
 
     std::optional<QPoint> place_; ///< of the upper left corner once it has risen; none while it isn't sunk
+    std::function<void()> activate_ = [this] { activateWindow(); };
     double shift_ = 0;
     QVariantAnimation rise_ { this };
 };

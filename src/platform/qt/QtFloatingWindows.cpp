@@ -23,4 +23,18 @@ void QtFloatingWindows::prepare(QWidget& window, double cornerRadius)
         roundedStripes(pixels(window.width()), pixels(window.height()), pixels(cornerRadius)));
 }
 
+void QtFloatingWindows::takeKeyboard(QWidget& window)
+{
+    xcb_connection_t* const connection = toolkitXConnection();
+    if (!connection) {
+        window.activateWindow();
+        return;
+    }
+    // A window that said at its coming that it takes no keyboard may take it by itself when it is pressed.
+    // Window managers that guard the keyboard refuse such a one when it asks.
+    xcb_set_input_focus(
+        connection, XCB_INPUT_FOCUS_PARENT, static_cast<xcb_window_t>(window.winId()), XCB_CURRENT_TIME);
+    xcb_flush(connection);
+}
+
 } // namespace platform

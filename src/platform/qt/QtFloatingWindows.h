@@ -9,6 +9,7 @@ namespace platform {
 class QtFloatingWindows final : public FloatingWindows {
 public:
     void prepare(QWidget& window, double cornerRadius) override;
+    void takeKeyboard(QWidget& window) override;
 };
 
 } // namespace platform

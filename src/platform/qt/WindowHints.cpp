@@ -33,6 +33,8 @@ void setStates(QWidget& window, bool everywhere)
             "_NET_WM_STATE_STICKY", "_NET_WM_DESKTOP" });
     std::vector<std::uint32_t> states { atoms[1], atoms[2] };
     if (everywhere) {
+        // Some window managers go by the state alone, others by the number alone. With the number and without
+        // the state, Xfce's never shows the window at all.
         states.insert(states.end(), { atoms[3], atoms[4] });
         replace(connection, window, atoms[5], XCB_ATOM_CARDINAL, { everyWorkspace });
     }
