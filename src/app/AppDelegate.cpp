@@ -7,7 +7,9 @@
 #include "design/controls/ZOLFooterLine.h"
 #include "design/controls/ZOLHintCard.h"
 
+#include <array>
 #include <cstdio>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -31,6 +33,21 @@ std::string iconFolder(const platform::Bundle& bundle)
     return path ? path->substr(0, path->size() - mark.size() + folder.size()) : std::string();
 }
 
+/// The tab that a finding opens by that name; nothing for another name.
+std::optional<OstrelMode> findingTarget(std::string_view name)
+{
+    constexpr std::array<std::pair<std::string_view, OstrelMode>, 4> targets { {
+        { "system", OstrelMode::system },
+        { "processes", OstrelMode::processes },
+        { "sessions", OstrelMode::sessions },
+        { "cleanup", OstrelMode::cleanup },
+    } };
+    for (const auto& [target, mode] : targets)
+        if (target == name)
+            return mode;
+    return std::nullopt;
+}
+
 std::string catalogueUrl() { return "https://" + std::string(ZOLFooterLine::catalogueHost) + "/"; }
 
 } // namespace
@@ -49,6 +66,9 @@ AppDelegate::AppDelegate(const PlatformServices& services)
           snapshots_)
     , analyst_(
           { services.mainQueue, services.globalQueue, services.alerts }, collector_, snapshots_, maintenance_)
+    , janitor_({ { services.mainQueue, services.globalQueue, services.files, services.bundle, services.clock,
+                     services.children, services.processSignals },
+          services.defaults, services.alerts, services.workspace })
     , panelState_ { tick_, snapshots_, history_, settings_, historyFilePath_ }
     , frame_(panelState_,
           { services.clock, { services.runLoop, services.mainQueue, services.workspace, services.occlusion },
@@ -87,6 +107,11 @@ AppDelegate::AppDelegate(const PlatformServices& services)
         [this] { return analyst_.diagnosisRunning() || !maintenance_.cleanupRunning().empty(); });
     maintenance_.connect(frame_);
     analyst_.connect(frame_);
+    janitor_.connect(frame_);
+    janitor_.setOnOpenTab([this](std::string_view target) {
+        if (const auto mode = findingTarget(target))
+            frame_.switchMode(*mode);
+    });
     frame_.setActions({ .close = [this](std::string_view reason) { panel_.close(reason); },
         .setPinned = [this](bool pinned) { panel_.setPinned(pinned); },
         .setTheme = [this](ZOLThemePolicy::Mode mode) { theme_.setTheme(mode); },

@@ -16,6 +16,7 @@
 #include "collector/SnapshotCycle.h"
 #include "core/LifeToken.h"
 #include "history/OstrelHistory.h"
+#include "janitor/JanitorTab.h"
 #include "panel/LiveRegistry.h"
 #include "panel/LiveValues.h"
 #include "panel/PanelController.h"
@@ -55,6 +56,7 @@ public:
     [[nodiscard]] PanelFrame& frame() { return frame_; }
     [[nodiscard]] PanelController& panel() { return panel_; }
     [[nodiscard]] ThemeSwitch& theme() { return theme_; }
+    [[nodiscard]] JanitorTab& janitorTab() { return janitor_; }
     [[nodiscard]] BarItem& barItem() { return barItem_; }
     [[nodiscard]] const OstrelHistory& history() const { return history_; }
 
@@ -80,6 +82,7 @@ private:
     SnapshotCycle snapshots_;
     Maintenance maintenance_;
     LocalAnalyst analyst_;
+    JanitorTab janitor_;
     LiveRegistry liveRegistry_;
     PanelState panelState_;
     PanelFrame frame_;

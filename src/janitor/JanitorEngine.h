@@ -17,7 +17,6 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -81,11 +80,9 @@ public:
     [[nodiscard]] const JanitorReceipts& receipts() const { return receipts_; }
 
 private:
-    /// Runs the script, reads its answer off the main thread with `read`, which gets no object when there was
-    /// no answer, and why.
-    template <typename Answer>
-    void call(std::vector<std::string> arguments, platform::Seconds timeout,
-        std::function<Answer(const std::optional<json::Value>&, const std::string&)> read,
+    /// Runs the script and reads its answer off the main thread: `read` gets the reply, or none and why.
+    template <typename Answer, typename Read>
+    void call(std::vector<std::string> arguments, platform::Seconds timeout, Read read,
         std::function<void(Answer)> completion);
     /// What tells the script of the user's changes to the protection list.
     [[nodiscard]] std::vector<std::string> withSettings(std::vector<std::string> arguments) const;

@@ -81,6 +81,9 @@ struct JanitorProcess {
     [[nodiscard]] static JanitorProcess parse(const json::Value& object);
 };
 
+/// Their memory in MiB; held within 64 bits.
+[[nodiscard]] std::int64_t rssMBOf(const std::vector<JanitorProcess>& processes);
+
 /// Which processes may be stopped, and which not. Both empty when no answer came.
 struct JanitorKillPreview {
     std::vector<JanitorProcess> allowed; ///< the largest first
@@ -89,7 +92,7 @@ struct JanitorKillPreview {
     [[nodiscard]] static JanitorKillPreview parse(const json::Value& object);
     /// Those allowed.
     [[nodiscard]] std::size_t count() const { return allowed.size(); }
-    /// Memory of those allowed, in MiB; held within 64 bits.
+    /// Memory of those allowed, in MiB.
     [[nodiscard]] std::int64_t rssMB() const;
 };
 
@@ -113,6 +116,8 @@ struct JanitorCleanResult {
 struct CacheCandidate {
     std::string name;
     double sizeMB = 0;
+
+    [[nodiscard]] static CacheCandidate parse(const json::Value& object);
 };
 
 /// The cleanup groups that the script knows.

@@ -83,6 +83,7 @@ public:
         std::int64_t pid, const std::string& name, std::function<void(const std::string&)> onDone);
 
 private:
+    using Names = std::vector<std::string>;
     using Processes = std::vector<JanitorProcess>;
 
     void loadOnce();
@@ -90,10 +91,12 @@ private:
     void loadReceipts();
     /// After an action: the receipts and the findings anew.
     void reloadAll();
+    /// Draws the tabs that show the two status lines, if one of them is there.
     void rebuild();
     void rebuildSettings();
+    void say(std::string lastAction);
     [[nodiscard]] std::string now() const;
-    [[nodiscard]] std::vector<std::string> selectionFor(std::string_view group) const;
+    [[nodiscard]] Names selectionFor(std::string_view group) const;
 
     /// Begins the flow of that name; false when it is under way.
     [[nodiscard]] bool begin(const std::string& flow);
@@ -101,30 +104,29 @@ private:
     /// Asks now, or after the question that stands.
     void ask(std::function<void()> question);
 
-    void filesListed(const std::string& group, JanitorPreview preview);
-    void confirmClean(const std::string& group, const JanitorPreview& preview);
-    void cleaned(const std::string& group, const JanitorCleanResult& result);
+    void filesListed(const std::string& group, const Names& selected, JanitorPreview preview);
+    void confirmClean(const std::string& group, const Names& selected, const JanitorPreview& preview);
+    void askUnprotect(const std::string& name);
 
+    /// Those to which the signal went out.
+    [[nodiscard]] Processes stopAll(const std::vector<StopTarget>& targets);
     void processesListed(const std::string& depth, JanitorKillPreview preview);
     void confirmStopMCP(const std::string& depth, const JanitorKillPreview& preview);
     void stopMCP(const std::string& depth, const Processes& listed, const JanitorKillPreview& second);
-
-    void confirmStopFinding(const std::vector<std::int64_t>& pids, const std::string& title);
+    void confirmStop(const std::vector<std::int64_t>& pids, const std::string& title);
     void findingChecked(const std::string& title, const JanitorKillPreview& preview);
     void askStopFinding(
         const std::string& title, const JanitorKillPreview& preview, const std::vector<StopTarget>& targets);
+    void askStopOne(const std::string& name, const StopTarget& target,
+        const std::function<void(const std::string&)>& onDone);
 
-    void askUnprotect(const std::string& name);
-
-    platform::UserDefaults& defaults_;
-    platform::Alerts& alerts_;
-    platform::Workspace& workspace_;
-    JanitorEngine::Platform platform_;
+    Platform platform_;
     ProtectionList protection_;
     JanitorEngine engine_;
     JanitorState state_;
     PanelBody* body_ = nullptr;
     std::function<void(std::string_view)> onOpenTab_;
+    std::uint64_t readings_ = 0; ///< of the findings, so far
     std::set<std::string> flows_; ///< under way
     bool asking_ = false;
     std::deque<std::function<void()>> questions_; ///< that wait for the one that stands

@@ -3,6 +3,7 @@
 
 #include "janitor/JanitorRecords.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <map>
@@ -42,6 +43,19 @@ struct JanitorState {
 [[nodiscard]] std::string shownTitle(const JanitorState& state, std::string_view group);
 /// A text of a script's on one line: line breaks and other control characters become blanks.
 [[nodiscard]] std::string oneLine(std::string_view text);
+
+/// Whether a group is one of the agents' files, which have rows of their own.
+[[nodiscard]] bool isAgentsGroup(std::string_view group);
+/// "{count} files · {size}".
+[[nodiscard]] std::string filesText(const JanitorPreview& preview);
+/// "pid {pid} · {name} · {rss} mb", and the reason behind it.
+[[nodiscard]] std::string processLine(const JanitorProcess& process, bool withReason);
+/// The first elements, `most` at most.
+template <typename Element>
+[[nodiscard]] std::vector<Element> firstOf(const std::vector<Element>& all, std::size_t most)
+{
+    return { all.begin(), all.begin() + static_cast<std::ptrdiff_t>(std::min(most, all.size())) };
+}
 
 /// A button. An empty tooltip or identifier is none.
 struct JanitorButton {

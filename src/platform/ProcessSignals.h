@@ -25,14 +25,22 @@ struct Hold {
     int error = 0;
 };
 
+/// Whether a number and a start can't be those of a process that may be signalled, on any machine: 0 and
+/// below mean groups or everybody, 1 is the first process, and a start of 0 is none. What else is never
+/// signalled the machine has to tell.
+[[nodiscard]] constexpr bool neverSignalled(std::int64_t pid, std::int64_t start)
+{
+    return pid <= 1 || pid > INT32_MAX || start <= 0;
+}
+
 /// Signals to processes that aren't ours. Main thread.
 class ProcessSignals {
 public:
     virtual ~ProcessSignals() = default;
 
     /// Takes hold of the process of that number which started at that time, in clock ticks since the
-    /// machine's own start. Never held, with error 22: what can't be a process's number, the first process,
-    /// this one, kernel threads, and a start of 0, which is that of none.
+    /// machine's own start. Never held, with error 22: what is `neverSignalled`, this process, and
+    /// kernel threads.
     [[nodiscard]] virtual Hold hold(std::int64_t pid, std::int64_t start) = 0;
 };
 

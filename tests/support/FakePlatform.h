@@ -7,6 +7,7 @@
 #include "support/FakeMachine.h"
 #include "support/FakeOcclusion.h"
 #include "support/FakePopovers.h"
+#include "support/FakeProcessSignals.h"
 #include "support/FakeRunningInstances.h"
 #include "support/FakeScreens.h"
 #include "support/FakeStatusBar.h"
@@ -50,12 +51,13 @@ struct FakePlatform : FakeMachine {
 
     [[nodiscard]] ostrel::PlatformServices services()
     {
-        return { kernel, machine, children, defaults, files, bundle, time, time, time, globalQueue, statusBar,
-            notifications, workspace, occlusion, popovers, mouse, screens, alerts, urlEvents, instances,
-            [this] { ++quits; } };
+        return { kernel, machine, children, processSignals, defaults, files, bundle, time, time, time,
+            globalQueue, statusBar, notifications, workspace, occlusion, popovers, mouse, screens, alerts,
+            urlEvents, instances, [this] { ++quits; } };
     }
 
     Machine machine;
+    FakeProcessSignals processSignals;
     FakeStatusBar statusBar;
     Notifications notifications;
     FakeWorkspace workspace;
