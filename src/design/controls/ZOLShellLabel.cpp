@@ -84,7 +84,9 @@ double widest(const QString& text, const QFont& font)
 
 QString plainToolTip(const QString& text)
 {
-    return Qt::mightBeRichText(text) ? Qt::convertFromPlainText(text) : text;
+    // The toolkit breaks lines of markup alone.
+    const bool wide = text.size() > comfortableLetters;
+    return wide || Qt::mightBeRichText(text) ? Qt::convertFromPlainText(text) : text;
 }
 
 ZOLShellLabel::ZOLShellLabel(
