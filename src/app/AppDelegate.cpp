@@ -69,10 +69,12 @@ AppDelegate::AppDelegate(const PlatformServices& services)
     , janitor_({ { services.mainQueue, services.globalQueue, services.files, services.bundle, services.clock,
                      services.children, services.processSignals },
           services.defaults, services.alerts, services.workspace })
+    , workloads_({ services.mainQueue, services.alerts, janitor_, maintenance_, snapshots_ })
     , panelState_ { tick_, snapshots_, history_, settings_, historyFilePath_ }
     , frame_(panelState_,
           { services.clock, { services.runLoop, services.mainQueue, services.workspace, services.occlusion },
-              services.alerts, services.defaults, services.processInfo, analyst_, maintenance_ },
+              services.alerts, services.defaults, services.processInfo, analyst_, maintenance_, janitor_,
+              workloads_ },
           liveRegistry_)
     , panel_(frame_, settings_,
           { services.popovers, services.events, services.workspace, services.screens, services.defaults,
@@ -108,6 +110,7 @@ AppDelegate::AppDelegate(const PlatformServices& services)
     maintenance_.connect(frame_);
     analyst_.connect(frame_);
     janitor_.connect(frame_);
+    workloads_.connect(frame_);
     janitor_.setOnOpenTab([this](std::string_view target) {
         if (const auto mode = findingTarget(target))
             frame_.switchMode(*mode);

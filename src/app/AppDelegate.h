@@ -22,6 +22,7 @@
 #include "panel/PanelController.h"
 #include "panel/PanelFrame.h"
 #include "panel/ThemeSwitch.h"
+#include "panel/Workloads.h"
 #include "readings/CPUSampler.h"
 #include "readings/NativeTick.h"
 
@@ -83,6 +84,7 @@ private:
     Maintenance maintenance_;
     LocalAnalyst analyst_;
     JanitorTab janitor_;
+    Workloads workloads_;
     LiveRegistry liveRegistry_;
     PanelState panelState_;
     PanelFrame frame_;
