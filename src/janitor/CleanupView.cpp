@@ -65,7 +65,8 @@ void addGroup(const JanitorColumn& column, const GroupRow& group, JanitorTab& ja
                            janitorButton(group.clean,
                                [&janitor, name = group.group] { janitor.pressFiles(name); }) },
         column.width()));
-    column.gap(4);
+    if (!group.selected.empty() || !group.error.empty() || !group.lines.empty())
+        column.gap(4);
     column.text(group.selected, 10, OstrelStyle::muted, 2);
     column.text(group.error, 10, OstrelStyle::red, 2);
     addListed(column, group.lines);

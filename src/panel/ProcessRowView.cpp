@@ -53,7 +53,9 @@ ThemedColor colorOf(CpuColor color)
 ZOLShellLabel* figure(const std::string& text, double size, QFont::Weight weight, const ThemedColor& color,
     int width, Qt::Alignment alignment = Qt::AlignRight)
 {
-    auto* label = fixedLabel(utf16(text), size, weight, color, width);
+    // As high as the row, which centres its text.
+    auto* label = elidedLabel(utf16(text), size, weight, color);
+    label->setFixedWidth(width);
     label->setAlignment(alignment | Qt::AlignVCenter);
     return label;
 }

@@ -27,6 +27,9 @@ struct OpenInsights : OpenTab {
     explicit OpenInsights(const std::string& text = snapshot)
         : OpenTab(OstrelMode::diagnosis, text)
     {
+        // The janitor's first reading, which isn't this test's.
+        deliver();
+        settle();
     }
 
     void press(const char* name)
@@ -48,19 +51,23 @@ struct OpenInsights : OpenTab {
         return between("analysis · local CLI", "cleanup · audit first · owned data only").mid(1);
     }
 
+    /// Those below the findings.
     [[nodiscard]] QStringList captions()
     {
         QStringList all;
         for (const OstrelButton* button : ::all<OstrelButton>(page()))
             all.push_back(button->caption() + (button->isEnabled() ? "" : " (off)"));
-        return all;
+        return all.mid(all.indexOf("open cleanup") + 1);
     }
 };
 
 TEST(InsightsTab, SaysWhatItHasFromTheTopDown)
 {
     OpenInsights tab;
-    const QStringList expected { "verdict of the snapshot collector", "Two servers run twice.",
+    const QStringList expected { "findings", "collector unavailable · the janitor collector returned nothing",
+        "nothing to report: swap, duplicates, idle sessions, agent leftovers, orphan mcp and the disk are all "
+        "inside their thresholds",
+        "cleanup and its receipts have their own tab", "verdict of the snapshot collector", "Two servers run twice.",
         "src: collector verdict over one ps snapshot · 0s ago", "LOCAL COLLECTOR",
         "snapshot 100 ms · source local CLI",
         "snapshot: python3 ostrel.py json · analysis: python3 ostrel.py analyze", "collector: /opt/ostrel.py",
