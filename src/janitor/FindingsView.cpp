@@ -75,8 +75,8 @@ QWidget* findingsView(JanitorTab& janitor, int width)
     if (body.cards.empty())
         column.gap(10);
     auto* line = elidedLabel(utf16(body.cleanupLine), 11, QFont::Normal, OstrelStyle::muted);
-    column.add(
-        viewRow({ line, janitorButton(body.openCleanup, [&janitor] { janitor.openTab("cleanup"); }) }, width));
+    column.add(viewRow(
+        { line, janitorButton(body.openCleanup, [&janitor] { janitor.openTab("cleanup"); }) }, width));
     return column.view();
 }
 

@@ -44,11 +44,12 @@ QWidget* pressureRow(const DashboardText& text, PanelBody& panel)
     auto* pressure = lineLabel(
         utf16(text.pressure), 12, QFont::Medium, text.alarming ? OstrelStyle::red : OstrelStyle::ink);
     pressure->setToolTip(utf16(text.pressureToolTip));
-    return viewRow({ pressure, nullptr,
-        button("workloads", 112, "open the workloads tab: the processes behind the pressure",
-            [&panel] { panel.switchMode(OstrelMode::processes); }),
-        button("server", 96, "open the server tab: remote capacity and the tasks you send there",
-            [&panel] { panel.switchMode(OstrelMode::server); }) },
+    return viewRow(
+        { pressure, nullptr,
+            button("workloads", 112, "open the workloads tab: the processes behind the pressure",
+                [&panel] { panel.switchMode(OstrelMode::processes); }),
+            button("server", 96, "open the server tab: remote capacity and the tasks you send there",
+                [&panel] { panel.switchMode(OstrelMode::server); }) },
         contentWidth);
 }
 
@@ -99,10 +100,10 @@ QWidget* graphRow(const OstrelHistory& history, LiveRegistry& live)
 QWidget* serverRow(const DashboardText& text, SnapshotCycle& snapshots, PanelBody& panel)
 {
     return viewRow({ lineLabel(utf16(text.server), 11, QFont::Medium, OstrelStyle::ink), nullptr,
-        button(
-            "refresh", 76, "read the process snapshot again", [&snapshots] { snapshots.fetchPythonData(); }),
-        button(
-            "open server", 108, "open the server tab", [&panel] { panel.switchMode(OstrelMode::server); }) },
+                       button("refresh", 76, "read the process snapshot again",
+                           [&snapshots] { snapshots.fetchPythonData(); }),
+                       button("open server", 108, "open the server tab",
+                           [&panel] { panel.switchMode(OstrelMode::server); }) },
         contentWidth);
 }
 

@@ -42,13 +42,14 @@ bool FocusMemory::restore(const QWidget& tree) const
     for (QWidget* view : tree.findChildren<QWidget*>()) {
         if (!means(*view) || before++ != place)
             continue;
+        // For what reason counts: a ring is drawn for the keyboard's.
+        if (view->isEnabled())
+            view->setFocus(Qt::TabFocusReason);
+        // Only then: a field that gets the keyboard selects all of it.
         if (auto* field = qobject_cast<QLineEdit*>(view); field && typed) {
             field->setText(typed->text);
             field->setCursorPosition(typed->cursor);
         }
-        // For what reason counts: a ring is drawn for the keyboard's.
-        if (view->isEnabled())
-            view->setFocus(Qt::TabFocusReason);
         return view->isEnabled();
     }
     return false;

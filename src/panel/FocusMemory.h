@@ -10,8 +10,8 @@ class QWidget;
 namespace ostrel {
 
 /// Where the keyboard was in a tree of views that is about to be built anew, and what was typed there. A
-/// control is known again by its kind and its identifier, or, where it has none, by its accessible name; among
-/// several of those, by its place.
+/// control is known again by its kind and its identifier, or, where it has none, by its accessible name;
+/// among several of those, by its place.
 struct FocusMemory {
     /// A text field's content.
     struct Typed {

@@ -89,8 +89,8 @@ ProcessRowView::ProcessRowView(
     if (isProtected)
         setFocusPolicy(Qt::TabFocus);
     button_ = new OstrelButton(
-        utf16(row.button), buttonWidth,
-        [this] { workloads_.killProcess(proc_.pid, proc_.name, proc_.cmd); }, buttonHeight);
+        utf16(row.button), buttonWidth, [this] { workloads_.killProcess(proc_.pid, proc_.name, proc_.cmd); },
+        buttonHeight);
     ostrelTip(button_, utf16(row.buttonTip));
     button_->setObjectName(utf16("stop-" + row.pid));
     button_->setEnabled(!isProtected);
@@ -103,8 +103,7 @@ ProcessRowView::ProcessRowView(
     across->add(nameLabel(row), nameResistance);
     across->add(flexSpacer());
     across->add(tag);
-    across->add(
-        figure(row.cpu, 10, QFont::DemiBold, colorOf(row.cpuColor), cpuWidth, Qt::AlignLeft));
+    across->add(figure(row.cpu, 10, QFont::DemiBold, colorOf(row.cpuColor), cpuWidth, Qt::AlignLeft));
     across->add(figure(row.memory, 11, QFont::DemiBold, OstrelStyle::ink, memoryWidth));
     across->add(button_);
 }
@@ -122,8 +121,8 @@ void ProcessRowView::paintEvent(QPaintEvent*)
     const auto mode = appearanceOf(*this);
     const double line = hairline(painter);
     const QRectF whole = snapped(painter, QRectF(rect()));
-    drawRule(
-        painter, QRectF(whole.left(), whole.bottom() - line, whole.width(), line), OstrelStyle::hair.in(mode));
+    drawRule(painter, QRectF(whole.left(), whole.bottom() - line, whole.width(), line),
+        OstrelStyle::hair.in(mode));
     if (hasFocus())
         drawFocusRing(
             painter, QRectF(rect()), ringInset, OstrelStyle::radius - ringInset, OstrelStyle::ink.in(mode));
@@ -147,9 +146,8 @@ void ProcessRowView::showMenu(const QPoint& place)
 {
     // Owned by itself. The row may go while it is up, and with it all that the row holds.
     auto* menu = new PanelMenu(*this);
-    const auto stop = [&workloads = workloads_, proc = proc_] {
-        workloads.killProcess(proc.pid, proc.name, proc.cmd);
-    };
+    const auto stop
+        = [&workloads = workloads_, proc = proc_] { workloads.killProcess(proc.pid, proc.name, proc.cmd); };
     for (const ProcessMenuLine& line : processMenu(proc_, isProtected_)) {
         if (line.shown.empty()) {
             menu->addSeparator();

@@ -10,8 +10,8 @@ namespace ostrel {
 
 class OstrelButton;
 
-/// One process of the processes tab: its figures, the button that stops it, and the same in a menu of its own,
-/// for the pointer, the keyboard and assistive technology. Main thread.
+/// One process of the processes tab: its figures, the button that stops it, and the same in a menu of its
+/// own, for the pointer, the keyboard and assistive technology. Main thread.
 class ProcessRowView final : public QWidget {
 public:
     static constexpr int height = 44; ///< points

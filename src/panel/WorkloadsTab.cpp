@@ -62,8 +62,7 @@ void renderProcesses(QVBoxLayout& body, const OstrelData& data, Workloads& workl
         return body.addSpacing(8);
     }
     std::vector<OstrelData::Proc> shown;
-    for (const std::size_t at :
-        filteredProcesses(data.procs, workloads.processFilter(), workloads.rules()))
+    for (const std::size_t at : filteredProcesses(data.procs, workloads.processFilter(), workloads.rules()))
         shown.push_back(data.procs[at]);
     if (shown.empty())
         addNote(body, "No matches in the current top-process snapshot.", 11);

@@ -21,7 +21,8 @@ constexpr double hotCpu = 40;
 bool mentions(const Proc& proc, std::initializer_list<std::string_view> words)
 {
     const std::string hay = lowered(fmt::format("{} {}", proc.name, proc.cmd));
-    return std::ranges::any_of(words, [&](std::string_view word) { return hay.find(word) != std::string::npos; });
+    return std::ranges::any_of(
+        words, [&](std::string_view word) { return hay.find(word) != std::string::npos; });
 }
 
 /// Whether a filter shows a process.
@@ -88,8 +89,8 @@ std::array<ProcessMenuLine, 4> processMenu(const Proc& proc, bool isProtected)
             .quiet = true },
         {},
         { .title = isProtected ? "why protected?" : "stop process",
-            .shown = isProtected ? "why is this process protected?"
-                                 : "stop this process (SIGTERM, asks first)",
+            .shown
+            = isProtected ? "why is this process protected?" : "stop this process (SIGTERM, asks first)",
             .enabled = true },
     } };
 }

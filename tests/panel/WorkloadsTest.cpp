@@ -55,7 +55,8 @@ struct WorkloadsBench : StateBench {
     Workloads workloads { { time, alerts, janitor, maintenance, snapshots } };
 };
 
-constexpr const char* allowed = R"({"allowed":[{"pid":70,"name":"node","cmd":"node x","rss_mb":9,"start":5}]})";
+constexpr const char* allowed
+    = R"({"allowed":[{"pid":70,"name":"node","cmd":"node x","rss_mb":9,"start":5}]})";
 
 TEST(Workloads, AProtectedProcessIsExplainedInATurnOfItsOwnAndNothingElseHappens)
 {

@@ -70,7 +70,8 @@ TEST(WorkloadsText, ProcessorTimeIsColouredFromTheEdgesOn)
 {
     using enum CpuColor;
     const std::tuple<double, const char*, CpuColor> cases[] { { 0, "0%", muted }, { 14.9, "15%", muted },
-        { 15, "15%", amber }, { 39.9, "40%", amber }, { 40, "40%", redBright }, { 799.6, "800%", redBright } };
+        { 15, "15%", amber }, { 39.9, "40%", amber }, { 40, "40%", redBright },
+        { 799.6, "800%", redBright } };
     for (const auto& [cpu, text, color] : cases) {
         const ProcessRow row = processRow({ .cpu = cpu }, false);
         EXPECT_EQ(row.cpu, text);

@@ -65,10 +65,11 @@ TEST(InsightsTab, SaysWhatItHasFromTheTopDown)
 {
     OpenInsights tab;
     const QStringList expected { "findings", "collector unavailable · the janitor collector returned nothing",
-        "nothing to report: swap, duplicates, idle sessions, agent leftovers, orphan mcp and the disk are all "
+        "nothing to report: swap, duplicates, idle sessions, agent leftovers, orphan mcp and the disk are "
+        "all "
         "inside their thresholds",
-        "cleanup and its receipts have their own tab", "verdict of the snapshot collector", "Two servers run twice.",
-        "src: collector verdict over one ps snapshot · 0s ago", "LOCAL COLLECTOR",
+        "cleanup and its receipts have their own tab", "verdict of the snapshot collector",
+        "Two servers run twice.", "src: collector verdict over one ps snapshot · 0s ago", "LOCAL COLLECTOR",
         "snapshot 100 ms · source local CLI",
         "snapshot: python3 ostrel.py json · analysis: python3 ostrel.py analyze", "collector: /opt/ostrel.py",
         "no listening port · no localhost server · no browser surface", "CURRENT FACTS BEFORE ANALYZE",

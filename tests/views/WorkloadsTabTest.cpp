@@ -45,10 +45,7 @@ struct OpenWorkloads : OpenTab {
     [[nodiscard]] OstrelButton& stop(std::size_t row) { return *all<OstrelButton>(*rows().at(row)).at(0); }
     [[nodiscard]] QScrollBar& scrollBar() { return *root().findChild<QScrollArea*>()->verticalScrollBar(); }
     [[nodiscard]] QWidget* focused() { return root().window()->focusWidget(); }
-    [[nodiscard]] PanelMenu* menu()
-    {
-        return dynamic_cast<PanelMenu*>(QApplication::activePopupWidget());
-    }
+    [[nodiscard]] PanelMenu* menu() { return dynamic_cast<PanelMenu*>(QApplication::activePopupWidget()); }
 };
 
 constexpr const char* two
@@ -92,7 +89,8 @@ TEST(WorkloadsTab, FiltersAreButtonsAndAnEmptySnapshotWaitsUnderEachOfThem)
     for (const auto& [title, tip, said] : cases) {
         tab.button(title)->click();
         empty.button(title)->click();
-        for (const auto* button : all<OstrelButton>(tab.page()).at(0)->parentWidget()->findChildren<QAbstractButton*>())
+        for (const auto* button :
+            all<OstrelButton>(tab.page()).at(0)->parentWidget()->findChildren<QAbstractButton*>())
             if (button->width() == 108) {
                 EXPECT_EQ(dynamic_cast<const OstrelButton&>(*button).isActive(), button == tab.button(title));
             }
@@ -139,11 +137,11 @@ TEST(WorkloadsTab, TheKeyboardStaysOnItsProcessThoughTheListIsOrderedAnew)
     auto* chosen = tab.page().findChild<QWidget*>("stop-115");
     ASSERT_TRUE(chosen);
     chosen->setFocus();
-    std::string rows = R"({"rss":9000,"pid":"9","name":"new","cmd":"new"})";
+    std::string rows = R"({"rss":9000,"pid":"9","name":"n","grp":"g","cmd":"n","cpu":1})";
     for (int n = 0; n < 40; ++n)
-        rows += R"(,{"rss":)" + std::to_string(n == 15 ? 4000 : 3000 - n) + R"(,"pid":")" + std::to_string(100 + n)
-            + R"(","name":"p","cmd":"p"})";
-    printf("A %d\n",tab.scrollBar().value());tab.fetch(snapshotOf(rows));printf("B %d\n",tab.scrollBar().value());
+        rows += R"(,{"rss":)" + std::to_string(n == 15 ? 4000 : 3000 - n) + R"(,"pid":")"
+            + std::to_string(100 + n) + R"(","name":"n","grp":"g","cmd":"n","cpu":1})";
+    tab.fetch(snapshotOf(rows));
     tab.settle();
     EXPECT_EQ(tab.scrollBar().value(), 400) << "who reads stays where he reads";
     tab.scrollBar().setValue(0);
@@ -164,16 +162,18 @@ TEST(WorkloadsTab, ARowsMenuOpensForPointerKeyboardAndScreenReaderAndOutlivesThe
     const std::pair<const char*, Open> ways[] {
         { "pointer", send(QContextMenuEvent::Mouse) },
         { "key", send(QContextMenuEvent::Keyboard) },
-        { "shift and F10", [](ProcessRowView& row) {
-             QKeyEvent event(QEvent::KeyPress, Qt::Key_F10, Qt::ShiftModifier);
-             QCoreApplication::sendEvent(&row, &event);
-         } },
-        { "screen reader", [](ProcessRowView& row) {
-             auto* told = QAccessible::queryAccessibleInterface(&row)->actionInterface();
-             ASSERT_TRUE(told->actionNames().contains(QAccessibleActionInterface::showMenuAction()));
-             told->doAction(QAccessibleActionInterface::showMenuAction());
-             QCoreApplication::processEvents();
-         } },
+        { "shift and F10",
+            [](ProcessRowView& row) {
+                QKeyEvent event(QEvent::KeyPress, Qt::Key_F10, Qt::ShiftModifier);
+                QCoreApplication::sendEvent(&row, &event);
+            } },
+        { "screen reader",
+            [](ProcessRowView& row) {
+                auto* told = QAccessible::queryAccessibleInterface(&row)->actionInterface();
+                ASSERT_TRUE(told->actionNames().contains(QAccessibleActionInterface::showMenuAction()));
+                told->doAction(QAccessibleActionInterface::showMenuAction());
+                QCoreApplication::processEvents();
+            } },
     };
     const std::pair<std::size_t, QStringList> rows[] {
         { 0, { "process · node", "pid 70 · 1.5 gb rss", "", "stop this process (SIGTERM, asks first)" } },

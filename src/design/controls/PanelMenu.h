@@ -12,8 +12,8 @@
 
 namespace ostrel {
 
-/// A menu that opens over the panel, in its face and its colours. It deletes itself when it closes, and closes
-/// when its window does. Main thread.
+/// A menu that opens over the panel, in its face and its colours. It deletes itself when it closes, and
+/// closes when its window does. Main thread.
 class PanelMenu final : public QMenu {
 public:
     struct Row {
