@@ -61,10 +61,9 @@ void addGroup(const JanitorColumn& column, const GroupRow& group, JanitorTab& ja
 {
     auto* title = elidedLabel(utf16(group.title), 11.5, QFont::Medium, OstrelStyle::ink);
     auto* amount = lineLabel(utf16(group.amount), 11, QFont::DemiBold, OstrelStyle::ink);
-    column.add(viewRow(
-        { title, amount,
-            janitorButton(group.clean, [&janitor, name = group.group] { janitor.pressFiles(name); }) },
-        column.width()));
+    OstrelButton* clean
+        = janitorButton(group.clean, [&janitor, name = group.group] { janitor.pressFiles(name); });
+    column.add(namedRow(group.title, { title, amount, clean }, column.width()));
     if (!group.selected.empty() || !group.error.empty() || !group.lines.empty())
         column.gap(4);
     column.text(group.selected, 10, OstrelStyle::muted, 2);

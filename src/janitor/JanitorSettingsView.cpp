@@ -23,8 +23,8 @@ constexpr int rowSpacing = 8;
 void addRow(const JanitorColumn& column, const std::string& text, const ThemedColor& color, QWidget* button)
 {
     auto* label = elidedLabel(utf16(text), 11, QFont::Normal, color);
-    QWidget* row = button ? viewRow({ label, button }, column.width(), rowSpacing)
-                          : viewRow({ label }, column.width());
+    QWidget* row
+        = button ? namedRow(text, { label, button }, column.width()) : viewRow({ label }, column.width());
     row->setFixedHeight(fieldHeight);
     column.add(row);
 }

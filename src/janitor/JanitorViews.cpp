@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "janitor/JanitorViews.h"
 
+#include "design/Accessibility.h"
 #include "design/Utf8.h"
 #include "design/controls/OstrelButton.h"
 #include "design/controls/TabLayout.h"
@@ -26,6 +27,14 @@ OstrelButton* janitorButton(const JanitorButton& button, std::function<void()> h
     view->setToolTip(plainToolTip(utf16(button.tooltip)));
     view->setObjectName(utf16(button.identifier));
     return view;
+}
+
+QWidget* namedRow(std::string_view name, std::initializer_list<QWidget*> views, int width)
+{
+    QWidget* row = viewRow(views, width);
+    setAccessibleRole(*row, QAccessible::Grouping);
+    row->setAccessibleName(utf16(name));
+    return row;
 }
 
 JanitorColumn::JanitorColumn(int width)

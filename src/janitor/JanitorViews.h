@@ -8,6 +8,7 @@
 #include <QFont>
 
 #include <functional>
+#include <initializer_list>
 #include <string_view>
 
 class QVBoxLayout;
@@ -21,6 +22,10 @@ class ZOLShellLabel;
 /// A button of the janitor's. The handler may delete it.
 [[nodiscard]] OstrelButton* janitorButton(
     const JanitorButton& button, std::function<void()> handler, int height = 28);
+
+/// Views side by side that are about one thing, which is their name for assistive technology: their buttons
+/// may say the same as others.
+[[nodiscard]] QWidget* namedRow(std::string_view name, std::initializer_list<QWidget*> views, int width);
 
 /// Views below each other, all as wide as their body. What is added belongs to it. Main thread.
 class JanitorColumn {

@@ -130,19 +130,20 @@ void ProcessRowView::paintEvent(QPaintEvent*)
 
 void ProcessRowView::contextMenuEvent(QContextMenuEvent* event)
 {
-    showMenu(event->reason() == QContextMenuEvent::Mouse ? event->globalPos() : menuPlace());
+    const bool byPointer = event->reason() == QContextMenuEvent::Mouse;
+    showMenu(byPointer ? std::optional(event->globalPos()) : std::nullopt);
 }
 
 void ProcessRowView::keyPressEvent(QKeyEvent* event)
 {
     // Of keyboards without a key for menus.
     if (event->key() == Qt::Key_F10 && event->modifiers() == Qt::ShiftModifier)
-        showMenu(menuPlace());
+        showMenu(std::nullopt);
     else
         QWidget::keyPressEvent(event);
 }
 
-void ProcessRowView::showMenu(const QPoint& place)
+void ProcessRowView::showMenu(std::optional<QPoint> pointer)
 {
     // Owned by itself. The row may go while it is up, and with it all that the row holds.
     auto* menu = new PanelMenu(*this);
@@ -160,12 +161,8 @@ void ProcessRowView::showMenu(const QPoint& place)
             .color = line.quiet ? OstrelStyle::muted : OstrelStyle::ink,
             .handler = line.enabled ? stop : std::function<void()>() });
     }
-    menu->open(place);
-}
-
-QPoint ProcessRowView::menuPlace() const
-{
-    return mapToGlobal(QPoint(sideInset + pidWidth + spacing, height / 2));
+    const QPoint name = mapToGlobal(QPoint(sideInset + pidWidth + spacing, height / 2));
+    menu->open(pointer.value_or(name), pointer.has_value());
 }
 
 } // namespace ostrel

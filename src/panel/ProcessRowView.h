@@ -4,7 +4,10 @@
 #include "collector/OstrelData.h"
 #include "panel/Workloads.h"
 
+#include <QPoint>
 #include <QWidget>
+
+#include <optional>
 
 namespace ostrel {
 
@@ -29,9 +32,8 @@ protected:
     void keyPressEvent(QKeyEvent* event) override;
 
 private:
-    void showMenu(const QPoint& place);
-    /// Where a menu opens that no pointer asked for.
-    [[nodiscard]] QPoint menuPlace() const;
+    /// At a place of the screen, or, where no pointer asks for it, at the name.
+    void showMenu(std::optional<QPoint> pointer);
 
     OstrelData::Proc proc_;
     bool isProtected_;

@@ -95,9 +95,9 @@ TEST(JanitorViews, FindingsStandAboveTheVerdictAndEachLeadsWhereItSays)
     const QStringList said = tab.said();
     EXPECT_EQ(said.mid(0, said.indexOf("verdict of the snapshot collector")),
         (QStringList { "findings", said.at(1), "CRITICAL", "swap", "", "much", "source: meminfo",
-            "proposal: look", "WARNING", "servers", "2.0 gb · 2", "two", "source: ps", "proposal: stop", "INFO",
-            "files", "7", "old", "source: ages", "proposal: review", "INFO", "disk", "", "fine", "source: df",
-            "proposal: none", "cleanup and its receipts have their own tab" }))
+            "proposal: look", "WARNING", "servers", "2.0 gb · 2", "two", "source: ps", "proposal: stop",
+            "INFO", "files", "7", "old", "source: ages", "proposal: review", "INFO", "disk", "", "fine",
+            "source: df", "proposal: none", "cleanup and its receipts have their own tab" }))
         << said.join("\n").toStdString();
     EXPECT_TRUE(said.at(1).startsWith("4 findings · collected "));
     EXPECT_EQ(tab.color("CRITICAL"), qColor(OstrelStyle::red.light));
@@ -156,7 +156,8 @@ TEST(JanitorViews, WhatWasListedStaysBelowItsRowAndAnErrorIsRed)
 {
     std::string files;
     for (int n = 0; n < 500; ++n)
-        files += std::string(n ? "," : "") + R"({"path":"~/)" + std::string(300, 'p') + R"(","mb":2,"age_days":20})";
+        files += std::string(n ? "," : "") + R"({"path":"~/)" + std::string(300, 'p')
+            + R"(","mb":2,"age_days":20})";
     OpenJanitor tab(OstrelMode::cleanup,
         { { "groups", R"({"groups":["product-builds"],"titles":{"product-builds":"builds"}})" },
             { "preview", R"({"count":500,"size_mb":2048,"title":"old","files":[)" + files + "]}" } });
@@ -206,7 +207,8 @@ TEST(JanitorViews, TheSettingsProtectAndUnprotectAndPickCaches)
     EXPECT_EQ(tab.color("pip · 2.0 gb"), qColor(OstrelStyle::muted.light));
     tab.press("cache-pip");
     EXPECT_EQ(tab.color("pip · 2.0 gb"), qColor(OstrelStyle::ink.light)) << "picked";
-    EXPECT_EQ(dynamic_cast<OstrelButton&>(*tab.page().findChild<QAbstractButton*>("cache-pip")).caption(), "remove");
+    EXPECT_EQ(dynamic_cast<OstrelButton&>(*tab.page().findChild<QAbstractButton*>("cache-pip")).caption(),
+        "remove");
     EXPECT_EQ(tab.delegate.janitorTab().cacheTargets(), std::vector<std::string> { "pip" });
 }
 
@@ -236,8 +238,8 @@ TEST(JanitorViews, NothingIsWiderThanTheTabWhateverItIsTold)
 {
     const std::string word(4000, 'w');
     const auto text = [&](const char* key) { return "\"" + std::string(key) + "\":\"" + word + "\","; };
-    const std::string finding = "{" + text("title") + text("seen") + text("source") + text("proposal") + text("level")
-        + R"("action":{"kind":"open-tab","target":")" + word + R"("}})";
+    const std::string finding = "{" + text("title") + text("seen") + text("source") + text("proposal")
+        + text("level") + R"("action":{"kind":"open-tab","target":")" + word + R"("}})";
     const std::map<std::string, std::string> answers {
         { "findings", R"({"findings":[)" + finding + "]}" },
         { "groups", R"({"groups":[")" + word + R"("]})" },

@@ -19,6 +19,7 @@
 #include <algorithm>
 #include <functional>
 #include <string>
+#include <string_view>
 #include <tuple>
 #include <utility>
 #include <vector>
@@ -192,6 +193,7 @@ TEST(WorkloadsTab, ARowsMenuOpensForPointerKeyboardAndScreenReaderAndOutlivesThe
                 EXPECT_EQ(action->isEnabled() && !action->isSeparator(), action == menu->actions().last());
             }
             EXPECT_EQ(shown, expected);
+            EXPECT_EQ(menu->activeAction() == menu->actions().last(), std::string_view(way) != "pointer");
             tab.delegate.frame().renderBody();
             tab.settle();
             menu->actions().last()->trigger();

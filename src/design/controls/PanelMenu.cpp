@@ -11,6 +11,7 @@
 #include <QFontMetricsF>
 #include <QPainter>
 
+#include <algorithm>
 #include <cstddef>
 
 namespace ostrel {
@@ -45,7 +46,15 @@ void PanelMenu::add(const Row& row)
     rows_.back().text = std::move(shown);
 }
 
-void PanelMenu::open(const QPoint& place) { popup(place); }
+void PanelMenu::open(const QPoint& place, bool byPointer)
+{
+    popup(place);
+    const auto all = actions();
+    const auto first = std::find_if(all.begin(), all.end(),
+        [](const QAction* action) { return action->isEnabled() && !action->isSeparator(); });
+    if (!byPointer && first != all.end())
+        setActiveAction(*first);
+}
 
 void PanelMenu::paintEvent(QPaintEvent*)
 {

@@ -30,8 +30,9 @@ public:
     explicit PanelMenu(const QWidget& view);
 
     void add(const Row& row);
-    /// Opens at a place of the screen.
-    void open(const QPoint& place);
+    /// Opens at a place of the screen. Where no pointer asks for it, the first row that can be chosen is
+    /// ready to be: return takes it, and assistive technology reads it out.
+    void open(const QPoint& place, bool byPointer);
 
 protected:
     void paintEvent(QPaintEvent* event) override;
