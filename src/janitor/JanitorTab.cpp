@@ -83,16 +83,17 @@ void JanitorTab::collect()
     state_.running = true;
     state_.status = "reading this Mac: ps, vm_stat, df, file ages";
     // Of two readings at once the later one counts: the earlier may not have seen the last action.
-    engine_.findings([this, reading = ++readings_](std::vector<JanitorFinding> findings, std::string error) {
-        if (reading != readings_)
-            return;
-        state_.running = false;
-        state_.findings = std::move(findings);
-        state_.status = error.empty()
-            ? fmt::format("{} findings · collected {}", state_.findings.size(), now())
-            : fmt::format("collector unavailable · {}", oneLine(error));
-        rebuild();
-    });
+    engine_.findings(
+        [this, reading = ++readings_](std::vector<JanitorFinding> findings, const std::string& error) {
+            if (reading != readings_)
+                return;
+            state_.running = false;
+            state_.findings = std::move(findings);
+            state_.status = error.empty()
+                ? fmt::format("{} findings · collected {}", state_.findings.size(), now())
+                : fmt::format("collector unavailable · {}", oneLine(error));
+            rebuild();
+        });
 }
 
 void JanitorTab::loadReceipts()

@@ -233,6 +233,21 @@ TEST(JanitorTab, TheFirstBodyLoadsOnceAndOnlyItsOwnTabsAreDrawnAnew)
     EXPECT_FALSE(bench.tab.findingsBody().nothing.empty());
 }
 
+TEST(JanitorTab, AReadingFromBeforeAnActionDoesNotReplaceTheOneBehindIt)
+{
+    JanitorBench bench;
+    bench.tab.refreshFindings();
+    const auto late = std::move(bench.globalQueue.waiting.front());
+    bench.globalQueue.waiting.clear();
+    bench.press([&] { bench.tab.pressFiles("g"); },
+        { listing(1), R"({"removed":1})", answered, R"({"findings":[{"title":"new"}]})" }, 0);
+    bench.answer(R"({"findings":[{"title":"old"},{"title":"older"}]})");
+    late.second();
+    bench.settle();
+    ASSERT_EQ(bench.tab.state().findings.size(), 1U);
+    EXPECT_EQ(bench.tab.state().findings[0].title, "new");
+}
+
 TEST(JanitorTab, WhatWasListedStandsInItsRow)
 {
     JanitorBench bench;

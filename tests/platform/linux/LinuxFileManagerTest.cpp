@@ -257,6 +257,7 @@ TEST(LinuxFileManager, SeveralProcessesAddLinesAtOnceAndLoseNone)
     constexpr int writers = 4;
     constexpr int each = 500;
     std::vector<std::unique_ptr<ForkedProcess>> processes;
+    processes.reserve(writers);
     for (int writer = 0; writer < writers; ++writer)
         processes.push_back(std::make_unique<ForkedProcess>([&path, writer] {
             LinuxFileManager files;
