@@ -35,8 +35,11 @@ QWidget* cardView(const FindingCard& card, const JanitorFinding& finding, Janito
     column.view()->setAccessibleName(utf16(card.accessibilityLabel));
     auto* level = lineLabel(utf16(card.level), 8, QFont::DemiBold, colorOf(card.color));
     auto* title = elidedLabel(utf16(card.title), 12, QFont::DemiBold, OstrelStyle::ink);
-    auto* amount = lineLabel(utf16(card.amount), 11, QFont::DemiBold, OstrelStyle::ink);
-    column.add(viewRow({ level, title, amount }, width));
+    if (card.amount.empty())
+        column.add(viewRow({ level, title }, width));
+    else
+        column.add(viewRow(
+            { level, title, lineLabel(utf16(card.amount), 11, QFont::DemiBold, OstrelStyle::ink) }, width));
     column.gap(4);
     column.text(card.seen, 11, OstrelStyle::ink, 3);
     column.text(card.source, 10, OstrelStyle::muted, 2);

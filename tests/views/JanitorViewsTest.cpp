@@ -94,9 +94,9 @@ TEST(JanitorViews, FindingsStandAboveTheVerdictAndEachLeadsWhereItSays)
     OpenJanitor tab(OstrelMode::diagnosis, { { "findings", findings } });
     const QStringList said = tab.said();
     EXPECT_EQ(said.mid(0, said.indexOf("verdict of the snapshot collector")),
-        (QStringList { "findings", said.at(1), "CRITICAL", "swap", "", "much", "source: meminfo",
+        (QStringList { "findings", said.at(1), "CRITICAL", "swap", "much", "source: meminfo",
             "proposal: look", "WARNING", "servers", "2.0 gb · 2", "two", "source: ps", "proposal: stop",
-            "INFO", "files", "7", "old", "source: ages", "proposal: review", "INFO", "disk", "", "fine",
+            "INFO", "files", "7", "old", "source: ages", "proposal: review", "INFO", "disk", "fine",
             "source: df", "proposal: none", "cleanup and its receipts have their own tab" }))
         << said.join("\n").toStdString();
     EXPECT_TRUE(said.at(1).startsWith("4 findings · collected "));
