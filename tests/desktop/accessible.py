@@ -40,7 +40,8 @@ def names(pid):
 
 def press(pid, name, within=""):
     for node in views(pid):
-        if node.name == name and node.getRole() == pyatspi.ROLE_PUSH_BUTTON and (not within or node.parent.name == within):
+        named = node.name == name and (not within or node.parent.name == within)
+        if named and node.getRole() == pyatspi.ROLE_PUSH_BUTTON:
             return 0 if node.queryAction().doAction(0) else 1
     return 1
 
@@ -77,4 +78,5 @@ def follow(pid):
 
 
 command, process, *rest = sys.argv[1:]
-sys.exit({"names": names, "press": press, "menu": menu, "listen": listen, "follow": follow}[command](int(process), *rest))
+verbs = {"names": names, "press": press, "menu": menu, "listen": listen, "follow": follow}
+sys.exit(verbs[command](int(process), *rest))

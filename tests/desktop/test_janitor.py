@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
-"""The janitor on the real program, its real scripts, real children and real files: what it asks, what comes of
-each answer, and what is left alive and on the disk. No stop is confirmed whose question names a process that
-isn't the test's own."""
+"""The janitor on the real program, with its real scripts, real children and real files: what it asks, what
+comes of each answer, and what is left alive and on the disk. No stop is confirmed whose question names a
+process that isn't the test's own."""
 import json
 import os
 import re
@@ -151,8 +151,8 @@ class Janitor(PanelCase):
         os.kill(fourth, signal.SIGKILL)
         self.gone(fourth)
         self.press(process, "stop")
-        self.said(process, r"✓ 1 of 2 mcp processes stopped · \d+ mb · 1 gone or changed, left alone · receipts "
-                           "written")
+        self.said(process, r"✓ 1 of 2 mcp processes stopped · \d+ mb"
+                           " · 1 gone or changed, left alone · receipts written")
         self.gone(fifth)
         self.said(process, rf".* · stop {name} pid {fifth} · .* · sent")
         self.press(process, "review orphan mcp")
