@@ -23,6 +23,9 @@ constexpr const char* snapshot
     "verdict":{"level":"warn","cause":"Two servers run twice."},"fan":{"mcp":7,"codex_mcp":2},
     "groups":{"app":1536},"accuracy":{"ram":"meminfo"}})";
 
+constexpr const char* nothingFound = "nothing to report: swap, duplicates, idle sessions, agent leftovers, "
+                                     "orphan mcp and the disk are all inside their thresholds";
+
 struct OpenInsights : OpenTab {
     explicit OpenInsights(const std::string& text = snapshot)
         : OpenTab(OstrelMode::diagnosis, text)
@@ -65,10 +68,7 @@ TEST(InsightsTab, SaysWhatItHasFromTheTopDown)
 {
     OpenInsights tab;
     const QStringList expected { "findings", "collector unavailable · the janitor collector returned nothing",
-        "nothing to report: swap, duplicates, idle sessions, agent leftovers, orphan mcp and the disk are "
-        "all "
-        "inside their thresholds",
-        "cleanup and its receipts have their own tab", "verdict of the snapshot collector",
+        nothingFound, "cleanup and its receipts have their own tab", "verdict of the snapshot collector",
         "Two servers run twice.", "src: collector verdict over one ps snapshot · 0s ago", "LOCAL COLLECTOR",
         "snapshot 100 ms · source local CLI",
         "snapshot: python3 ostrel.py json · analysis: python3 ostrel.py analyze", "collector: /opt/ostrel.py",

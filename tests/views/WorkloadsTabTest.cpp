@@ -53,13 +53,15 @@ constexpr const char* two
     = R"({"rss":1536,"pid":"70","name":"node","grp":"runtime","cmd":"node <b>x</b>","cpu":40},
     {"rss":9,"pid":"71","name":"finder","grp":"app","cmd":"","cpu":15})";
 
+constexpr const char* heading = "observed processes · CPU % may exceed 100 across cores · stop… previews one "
+                                "process; protected sessions stay open";
+
 TEST(WorkloadsTab, SaysWhatRunsAndStopsOnlyWhatMayBeStopped)
 {
     OpenWorkloads tab(snapshotOf(two));
     EXPECT_EQ(tab.said(),
-        (QStringList { "observed processes · CPU % may exceed 100 across cores · stop… previews one process; "
-                       "protected sessions stay open",
-            "70", "node", "RUNTIME", "40%", "1.5 gb", "71", "finder", "PROT", "15%", "9 mb" }))
+        (QStringList {
+            heading, "70", "node", "RUNTIME", "40%", "1.5 gb", "71", "finder", "PROT", "15%", "9 mb" }))
         << tab.said().join("\n").toStdString();
     const ProcessRowView& row = *tab.rows().at(0);
     EXPECT_EQ(row.size(), QSize(728, 44));
