@@ -26,6 +26,10 @@ constexpr const char* snapshot
 constexpr const char* nothingFound = "nothing to report: swap, duplicates, idle sessions, agent leftovers, "
                                      "orphan mcp and the disk are all inside their thresholds";
 
+constexpr const char* order = "MCP audit reports candidates without terminating them. History compaction "
+                              "keeps 120 samples with a full "
+                              "backup. It does not free RAM.";
+
 struct OpenInsights : OpenTab {
     explicit OpenInsights(const std::string& text = snapshot)
         : OpenTab(OstrelMode::diagnosis, text)
@@ -80,10 +84,7 @@ TEST(InsightsTab, SaysWhatItHasFromTheTopDown)
         "cleanup · audit first · owned data only", "PRESSURE READ",
         "swap 3.40/4.0 gb (85%) · free 0.00 gb · apps 1.5 gb", "hot now: no hot process in snapshot",
         "Resident swap is historical allocation. This tool never purges swap or closes sessions.", "ORDER",
-        "MCP audit reports candidates without terminating them. History compaction keeps 120 samples with a "
-        "full "
-        "backup. It does not free RAM.",
-        "current: Codex duplicate groups 0 · collector local CLI · observed heavy app: none obvious",
+        order, "current: Codex duplicate groups 0 · collector local CLI · observed heavy app: none obvious",
         "report · what changed", "no runs yet – click an action above.",
         "Audit never terminates discovered processes. History compaction reports exact bytes.",
         "Use diagnosis to inspect active pressure. Keep control of other apps in those apps." };
