@@ -36,10 +36,41 @@ std::string fullDay()
     return history.serialized();
 }
 
+/// An object of that many alike elements, as a script prints it.
+std::string listText(const std::string& key, int count, const std::string& element)
+{
+    std::string all;
+    for (int at = 0; at < count; ++at)
+        all += (at > 0 ? "," : "") + element;
+    return "\"" + key + "\":[" + all + "]";
+}
+
+/// What the janitor's script says of a machine with much to do.
+std::string janitorAnswer(const std::string& command)
+{
+    if (command == "findings")
+        return "{"
+            + listText("findings", 12,
+                R"({"level":"warning","title":"t","seen":"s","source":"s","action":{"kind":"clean"}})")
+            + "}";
+    if (command == "preview")
+        return R"({"title":"old files","count":500,"size_mb":2048,)"
+            + listText("files", 500, R"({"path":"~/.claude/logs/one/of/many.log","mb":4,"age_days":20})")
+            + "}";
+    if (command == "receipts")
+        return "{" + listText("receipts", 12, R"({"ts":"now","kind":"stop","name":"node","pid":70})") + "}";
+    return command == "groups" ? R"({"groups":["agent-screenshots","app-caches","product-builds"]})" : "";
+}
+
 /// The application with its panel open on a snapshot of many rows, unless another start is wished for.
 struct OpenPanel : AppBench {
     explicit OpenPanel(const LaunchWish& wish = {})
     {
+        children.whileRunning = [this] {
+            const std::string reply = janitorAnswer(children.requests.back().arguments.at(1));
+            if (!reply.empty())
+                answer(reply);
+        };
         files.contents[OstrelHistory::defaultPath(files.home)] = fullDay();
         start(wish);
         fetch(snapshotText(processes));
@@ -84,6 +115,10 @@ void renderBody(benchmark::State& state, OstrelMode mode)
 {
     OpenPanel panel;
     panel.delegate.frame().switchMode(mode);
+    for (const auto group : agentGroups) {
+        panel.delegate.janitorTab().pressFiles(std::string(group));
+        panel.deliver();
+    }
     panel.settle();
     measure(
         state, [&] { panel.delegate.frame().renderBody(); }, [&] { panel.settle(); });
@@ -154,6 +189,17 @@ void liveTick(benchmark::State& state)
         });
 }
 
+/// The processes under the filter that has to judge each of them.
+void renderStoppable(benchmark::State& state)
+{
+    OpenPanel panel;
+    panel.delegate.frame().switchMode(OstrelMode::processes);
+    panel.root().findChild<QAbstractButton*>("stoppable")->click();
+    panel.settle();
+    measure(
+        state, [&] { panel.delegate.frame().renderBody(); }, [&] { panel.settle(); });
+}
+
 const bool registered = [] {
     for (const OstrelModeWords& words : ostrelModes())
         benchmark::RegisterBenchmark(("render body/" + std::string(words.title)).c_str(),
@@ -166,6 +212,7 @@ const bool registered = [] {
     using Measured = void (*)(benchmark::State&);
     for (const auto& [name, measured] : std::initializer_list<std::pair<const char*, Measured>> {
              { "open for the first time and paint", openFirst }, { "open again and paint", openAgain },
+             { "render body/processes that can stop", renderStoppable },
              { "switch tab and paint", switchTab }, { "live tick and paint", liveTick } })
         benchmark::RegisterBenchmark(name,
             [measured = measured](benchmark::State& state) {

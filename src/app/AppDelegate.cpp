@@ -8,7 +8,9 @@
 #include "design/controls/ZOLHintCard.h"
 #include "panel/PanelScreen.h"
 
+#include <array>
 #include <cstdio>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -32,6 +34,21 @@ std::string iconFolder(const platform::Bundle& bundle)
     return path ? path->substr(0, path->size() - mark.size() + folder.size()) : std::string();
 }
 
+/// The tab that a finding opens by that name; nothing for another name.
+std::optional<OstrelMode> findingTarget(std::string_view name)
+{
+    constexpr std::array<std::pair<std::string_view, OstrelMode>, 4> targets { {
+        { "system", OstrelMode::system },
+        { "processes", OstrelMode::processes },
+        { "sessions", OstrelMode::sessions },
+        { "cleanup", OstrelMode::cleanup },
+    } };
+    for (const auto& [target, mode] : targets)
+        if (target == name)
+            return mode;
+    return std::nullopt;
+}
+
 std::string catalogueUrl() { return "https://" + std::string(ZOLFooterLine::catalogueHost) + "/"; }
 
 } // namespace
@@ -50,10 +67,15 @@ AppDelegate::AppDelegate(const PlatformServices& services)
           snapshots_)
     , analyst_(
           { services.mainQueue, services.globalQueue, services.alerts }, collector_, snapshots_, maintenance_)
+    , janitor_({ { services.mainQueue, services.globalQueue, services.files, services.bundle, services.clock,
+                     services.children, services.processSignals },
+          services.defaults, services.alerts, services.workspace })
+    , workloads_({ services.mainQueue, services.alerts, janitor_, maintenance_, snapshots_ })
     , panelState_ { tick_, snapshots_, history_, settings_, historyFilePath_ }
     , frame_(panelState_,
           { services.clock, { services.runLoop, services.mainQueue, services.workspace, services.occlusion },
-              services.alerts, services.defaults, services.processInfo, analyst_, maintenance_ },
+              services.alerts, services.defaults, services.processInfo, analyst_, maintenance_, janitor_,
+              workloads_ },
           liveRegistry_)
     , panel_(frame_, settings_,
           { services.popovers, services.events, services.workspace, services.screens, services.defaults,
@@ -96,6 +118,12 @@ AppDelegate::AppDelegate(const PlatformServices& services)
         [this] { return analyst_.diagnosisRunning() || !maintenance_.cleanupRunning().empty(); });
     maintenance_.connect(frame_);
     analyst_.connect(frame_);
+    janitor_.connect(frame_);
+    workloads_.connect(frame_);
+    janitor_.setOnOpenTab([this](std::string_view target) {
+        if (const auto mode = findingTarget(target))
+            frame_.switchMode(*mode);
+    });
     frame_.setActions({ .close = [this](std::string_view reason) { panel_.close(reason); },
         .setPinned = [this](bool pinned) { panel_.setPinned(pinned); },
         .setTheme = [this](ZOLThemePolicy::Mode mode) { theme_.setTheme(mode); },

@@ -18,11 +18,13 @@
 #include "hints/HintController.h"
 #include "hints/QtHintStage.h"
 #include "history/OstrelHistory.h"
+#include "janitor/JanitorTab.h"
 #include "panel/LiveRegistry.h"
 #include "panel/LiveValues.h"
 #include "panel/PanelController.h"
 #include "panel/PanelFrame.h"
 #include "panel/ThemeSwitch.h"
+#include "panel/Workloads.h"
 #include "readings/CPUSampler.h"
 #include "readings/NativeTick.h"
 
@@ -58,6 +60,7 @@ public:
     [[nodiscard]] PanelFrame& frame() { return frame_; }
     [[nodiscard]] PanelController& panel() { return panel_; }
     [[nodiscard]] ThemeSwitch& theme() { return theme_; }
+    [[nodiscard]] JanitorTab& janitorTab() { return janitor_; }
     [[nodiscard]] BarItem& barItem() { return barItem_; }
     [[nodiscard]] HintController& hints() { return hints_; }
     [[nodiscard]] const OstrelHistory& history() const { return history_; }
@@ -85,6 +88,8 @@ private:
     SnapshotCycle snapshots_;
     Maintenance maintenance_;
     LocalAnalyst analyst_;
+    JanitorTab janitor_;
+    Workloads workloads_;
     LiveRegistry liveRegistry_;
     PanelState panelState_;
     PanelFrame frame_;

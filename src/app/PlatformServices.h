@@ -14,6 +14,7 @@
 #include "platform/MainQueue.h"
 #include "platform/Popover.h"
 #include "platform/ProcessInfo.h"
+#include "platform/ProcessSignals.h"
 #include "platform/RunningInstances.h"
 #include "platform/Screens.h"
 #include "platform/StatusItem.h"
@@ -33,6 +34,7 @@ struct PlatformServices {
     platform::Kernel& kernel;
     platform::ProcessInfo& processInfo;
     platform::ChildProcess& children;
+    platform::ProcessSignals& processSignals;
     platform::UserDefaults& defaults;
     platform::FileManager& files;
     platform::Bundle& bundle;

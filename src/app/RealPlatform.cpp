@@ -28,6 +28,7 @@ PlatformServices RealPlatform::services()
     return { .kernel = kernel_,
         .processInfo = processInfo_,
         .children = children_,
+        .processSignals = processSignals_,
         .defaults = defaults_,
         .files = files_,
         .bundle = bundle_,

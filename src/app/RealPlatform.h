@@ -9,6 +9,7 @@
 #include "platform/linux/LinuxGlobalQueue.h"
 #include "platform/linux/LinuxKernel.h"
 #include "platform/linux/LinuxProcessInfo.h"
+#include "platform/linux/LinuxProcessSignals.h"
 #include "platform/linux/LinuxRunningInstances.h"
 #include "platform/linux/LinuxUserDefaults.h"
 #include "platform/qt/QtAlerts.h"
@@ -40,6 +41,7 @@ private:
     platform::LinuxKernel kernel_;
     platform::LinuxProcessInfo processInfo_;
     platform::LinuxChildProcess children_;
+    platform::LinuxProcessSignals processSignals_;
     platform::LinuxUserDefaults defaults_;
     platform::LinuxBundle bundle_;
     platform::LinuxClock clock_;

@@ -7,14 +7,26 @@
 
 namespace ostrel {
 
-std::optional<ClockTime> localClockTime(std::chrono::system_clock::time_point instant)
+namespace {
+
+std::optional<std::tm> localParts(std::chrono::system_clock::time_point instant)
 {
     const auto second = std::chrono::floor<std::chrono::seconds>(instant);
     const std::time_t seconds = std::chrono::system_clock::to_time_t(second);
     std::tm parts {};
     if (!localtime_r(&seconds, &parts))
         return std::nullopt;
-    return ClockTime { parts.tm_hour, parts.tm_min, parts.tm_sec };
+    return parts;
+}
+
+} // namespace
+
+std::optional<ClockTime> localClockTime(std::chrono::system_clock::time_point instant)
+{
+    const auto parts = localParts(instant);
+    if (!parts)
+        return std::nullopt;
+    return ClockTime { parts->tm_hour, parts->tm_min, parts->tm_sec };
 }
 
 std::string localClockText(std::chrono::system_clock::time_point instant)
@@ -23,6 +35,14 @@ std::string localClockText(std::chrono::system_clock::time_point instant)
     if (!time)
         return "--:--:--";
     return fmt::format("{:02}:{:02}:{:02}", time->hour, time->minute, time->second);
+}
+
+std::string localDayText(std::chrono::system_clock::time_point instant)
+{
+    const auto parts = localParts(instant);
+    if (!parts)
+        return "----------";
+    return fmt::format("{:04}-{:02}-{:02}", parts->tm_year + 1900, parts->tm_mon + 1, parts->tm_mday);
 }
 
 } // namespace ostrel

@@ -22,4 +22,7 @@ struct ClockTime {
 /// The same as "HH:mm:ss"; "--:--:--" beyond the calendar.
 [[nodiscard]] std::string localClockText(std::chrono::system_clock::time_point instant);
 
+/// The local day as "yyyy-MM-dd"; "----------" beyond the calendar.
+[[nodiscard]] std::string localDayText(std::chrono::system_clock::time_point instant);
+
 } // namespace ostrel

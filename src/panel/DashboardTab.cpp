@@ -12,12 +12,10 @@
 #include "panel/MetricCard.h"
 #include "panel/PanelSize.h"
 
-#include <QHBoxLayout>
 #include <QVBoxLayout>
 
 #include <cstdint>
 #include <functional>
-#include <initializer_list>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -28,26 +26,13 @@ namespace ostrel {
 
 namespace {
 
-constexpr int rowSpacing = 8;
-constexpr int doorWidth = (contentWidth - rowSpacing) / 2;
+constexpr int doorSpacing = 8;
+constexpr int doorWidth = (contentWidth - doorSpacing) / 2;
 constexpr int graphSpacing = 24;
 constexpr int graphWidth = (contentWidth - graphSpacing) / 2;
 constexpr int graphHeight = 76;
 constexpr int graphBlockSpacing = 7;
 constexpr int captionLines = 2;
-
-/// Views side by side, each at its own width; null stands for the room that is left.
-QWidget* row(std::initializer_list<QWidget*> views, int spacing = rowSpacing)
-{
-    auto* holder = new QWidget;
-    holder->setFixedWidth(contentWidth);
-    auto* across = new QHBoxLayout(holder);
-    across->setContentsMargins(0, 0, 0, 0);
-    across->setSpacing(spacing);
-    for (QWidget* view : views)
-        across->addWidget(view ? view : flexSpacer());
-    return holder;
-}
 
 OstrelButton* button(const char* title, int width, const char* toolTip, std::function<void()> handler)
 {
@@ -59,11 +44,13 @@ QWidget* pressureRow(const DashboardText& text, PanelBody& panel)
     auto* pressure = lineLabel(
         utf16(text.pressure), 12, QFont::Medium, text.alarming ? OstrelStyle::red : OstrelStyle::ink);
     pressure->setToolTip(utf16(text.pressureToolTip));
-    return row({ pressure, nullptr,
-        button("workloads", 112, "open the workloads tab: the processes behind the pressure",
-            [&panel] { panel.switchMode(OstrelMode::processes); }),
-        button("server", 96, "open the server tab: remote capacity and the tasks you send there",
-            [&panel] { panel.switchMode(OstrelMode::server); }) });
+    return viewRow(
+        { pressure, nullptr,
+            button("workloads", 112, "open the workloads tab: the processes behind the pressure",
+                [&panel] { panel.switchMode(OstrelMode::processes); }),
+            button("server", 96, "open the server tab: remote capacity and the tasks you send there",
+                [&panel] { panel.switchMode(OstrelMode::server); }) },
+        contentWidth);
 }
 
 QWidget* door(const char* title, OstrelMode mode, PanelBody& panel)
@@ -105,18 +92,19 @@ QWidget* graphBlock(const char* title, const std::string& key, const OstrelHisto
 QWidget* graphRow(const OstrelHistory& history, LiveRegistry& live)
 {
     using Point = OstrelHistory::Point;
-    return row({ graphBlock("CPU ACTIVITY · 2 H", "cpu", history, &Point::cpu, live),
-                   graphBlock("SWAP RESIDENCY · 2 H", "swap", history, &Point::swap, live) },
-        graphSpacing);
+    return viewRow({ graphBlock("CPU ACTIVITY · 2 H", "cpu", history, &Point::cpu, live),
+                       graphBlock("SWAP RESIDENCY · 2 H", "swap", history, &Point::swap, live) },
+        contentWidth, graphSpacing);
 }
 
 QWidget* serverRow(const DashboardText& text, SnapshotCycle& snapshots, PanelBody& panel)
 {
-    return row({ lineLabel(utf16(text.server), 11, QFont::Medium, OstrelStyle::ink), nullptr,
-        button(
-            "refresh", 76, "read the process snapshot again", [&snapshots] { snapshots.fetchPythonData(); }),
-        button(
-            "open server", 108, "open the server tab", [&panel] { panel.switchMode(OstrelMode::server); }) });
+    return viewRow({ lineLabel(utf16(text.server), 11, QFont::Medium, OstrelStyle::ink), nullptr,
+                       button("refresh", 76, "read the process snapshot again",
+                           [&snapshots] { snapshots.fetchPythonData(); }),
+                       button("open server", 108, "open the server tab",
+                           [&panel] { panel.switchMode(OstrelMode::server); }) },
+        contentWidth);
 }
 
 DashboardFacts factsOf(const PanelState& state)
@@ -142,11 +130,13 @@ void renderOverview(
     live.add("snapshot-age", age);
     body.addWidget(age);
     body.addSpacing(14);
-    body.addWidget(row({ door("agents & terminals", OstrelMode::sessions, panel),
-        door("inspect / stop a process", OstrelMode::processes, panel) }));
+    body.addWidget(viewRow({ door("agents & terminals", OstrelMode::sessions, panel),
+                               door("inspect / stop a process", OstrelMode::processes, panel) },
+        contentWidth));
     body.addSpacing(8);
-    body.addWidget(row({ door("review cleanup", OstrelMode::cleanup, panel),
-        door("continue on server", OstrelMode::server, panel) }));
+    body.addWidget(viewRow({ door("review cleanup", OstrelMode::cleanup, panel),
+                               door("continue on server", OstrelMode::server, panel) },
+        contentWidth));
     body.addSpacing(14);
     body.addWidget(button("automations & refresh limits", 252,
                        "open the automations tab: every scheduler lane, its rhythm and its last result",

@@ -6,6 +6,7 @@
 #include "design/controls/OstrelButton.h"
 #include "design/controls/TabLayout.h"
 #include "design/controls/ZOLShellLabel.h"
+#include "janitor/FindingsView.h"
 #include "panel/InsightsText.h"
 #include "panel/LineBox.h"
 #include "panel/MaintenanceSection.h"
@@ -118,9 +119,11 @@ void addAnalysis(QVBoxLayout& body, LocalAnalyst& analyst)
 
 } // namespace
 
-void renderDiagnosis(QVBoxLayout& body, const OstrelData& data, const PanelState& state,
+void renderDiagnosis(QVBoxLayout& body, const OstrelData& data, const PanelState& state, JanitorTab& janitor,
     LocalAnalyst& analyst, Maintenance& maintenance)
 {
+    body.addWidget(findingsView(janitor, contentWidth));
+    addRule(body, 12, 12);
     addVerdict(body, data, state);
     addCollector(body, state.snapshots);
     if (analyst.diagnosis().empty() && !analyst.diagnosisRunning())

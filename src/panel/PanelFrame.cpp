@@ -16,6 +16,7 @@
 #include "design/controls/ZOLThemeButton.h"
 #include "design/voxel/ZOLVoxelModels.h"
 #include "design/voxel/ZOLVoxelView.h"
+#include "janitor/CleanupView.h"
 #include "panel/BodyScreen.h"
 #include "panel/DashboardTab.h"
 #include "panel/HelpOverlay.h"
@@ -23,11 +24,12 @@
 #include "panel/NoticeScreens.h"
 #include "panel/PanelRootView.h"
 #include "panel/PanelSize.h"
-#include "panel/ProcessesTab.h"
 #include "panel/ReadoutText.h"
 #include "panel/RetiredViews.h"
+#include "panel/SettingsTab.h"
 #include "panel/SlimScrollBar.h"
 #include "panel/SystemTab.h"
+#include "panel/WorkloadsTab.h"
 
 #include <QScrollArea>
 #include <QScrollBar>
@@ -183,7 +185,7 @@ void PanelFrame::renderBody()
         return;
     live_.clear();
     const int scrolledTo = scroll_->verticalScrollBar()->value();
-    const auto focus = FocusMemory::of(*scroll_->widget());
+    const auto focus = focusToKeep();
     scroll_->setUpdatesEnabled(false);
     auto* page = new QWidget;
     auto* body = new QVBoxLayout(page);
@@ -195,15 +197,22 @@ void PanelFrame::renderBody()
         root_->setFocus();
     retired_->retire(scroll_->takeWidget());
     scroll_->setWidget(page);
-    if (focus)
-        (void)focus->restore(*page);
     if (actions_.rendered)
         actions_.rendered();
     page->layout()->activate();
     scroll_->setUpdatesEnabled(true);
     scroll_->verticalScrollBar()->setValue(scrolledTo);
+    // Long lists hold what is in view.
+    focusToReturn_ = focus && !focus->restore(*page) ? focus : std::nullopt;
     if (const auto before = std::exchange(scrollToRestore_, std::nullopt))
         scrollBody(*before);
+}
+
+std::optional<FocusMemory> PanelFrame::focusToKeep() const
+{
+    if (const auto focus = FocusMemory::of(*scroll_->widget()))
+        return focus;
+    return root_->window()->focusWidget() == root_ ? focusToReturn_ : std::nullopt;
 }
 
 void PanelFrame::fillBody(QVBoxLayout& body)
@@ -222,12 +231,17 @@ void PanelFrame::fillBody(QVBoxLayout& body)
     case OstrelMode::system:
         return renderSystem(body, *data, state_, services_.processInfo, services_.motion, live_);
     case OstrelMode::diagnosis:
-        return renderDiagnosis(body, *data, state_, services_.analyst, services_.maintenance);
+        return renderDiagnosis(
+            body, *data, state_, services_.janitor, services_.analyst, services_.maintenance);
     case OstrelMode::processes:
-        return renderProcesses(body, *data);
-    case OstrelMode::server:
+        return renderProcesses(body, *data, services_.workloads);
+    case OstrelMode::cleanup:
+        return body.addWidget(cleanupView(services_.janitor, contentWidth));
     case OstrelMode::settings:
-        // These own the readout.
+        set(words(mode_).hint);
+        return renderSettings(body, services_.janitor);
+    case OstrelMode::server:
+        // Like the settings it owns the readout.
         set(words(mode_).hint);
         break;
     default:
@@ -247,6 +261,7 @@ void PanelFrame::switchMode(OstrelMode mode)
 {
     const bool forward = index(mode_) <= index(mode);
     mode_ = mode;
+    focusToReturn_.reset();
     if (strip_ && mode == OstrelMode::settings)
         strip_->selectNone();
     else if (strip_)

@@ -8,10 +8,12 @@
 #include "design/MotionServices.h"
 #include "design/ThemedColor.h"
 #include "design/ZOLThemePolicy.h"
+#include "janitor/JanitorTab.h"
 #include "panel/FocusMemory.h"
 #include "panel/LiveRegistry.h"
 #include "panel/PanelContent.h"
 #include "panel/PanelState.h"
+#include "panel/Workloads.h"
 #include "platform/Alerts.h"
 #include "platform/Clock.h"
 #include "platform/ProcessInfo.h"
@@ -46,6 +48,8 @@ public:
         const platform::ProcessInfo& processInfo;
         LocalAnalyst& analyst;
         Maintenance& maintenance;
+        JanitorTab& janitor;
+        Workloads& workloads;
     };
 
     /// What the frame's controls lead to. Each must be there before `makeContent`.
@@ -89,6 +93,8 @@ private:
     [[nodiscard]] QWidget* makeBody();
     [[nodiscard]] QWidget* makeFooter() const;
     void fillBody(QVBoxLayout& body);
+    /// The control that is to have the keyboard in the next body.
+    [[nodiscard]] std::optional<FocusMemory> focusToKeep() const;
     void scrollBody(int place);
     void showReadout(std::string_view text, const ThemedColor& color);
 
@@ -99,6 +105,8 @@ private:
     OstrelMode mode_ = OstrelMode::overview;
     platform::Instant lastBodyRenderAt_ = platform::distantPast;
     std::unique_ptr<RetiredViews> retired_;
+    // Of a control that the keyboard left because it couldn't be used for a while.
+    std::optional<FocusMemory> focusToReturn_;
     // Of the frame before the present one, until this one is drawn and has the keyboard.
     std::optional<FocusMemory> focusToRestore_;
     std::optional<int> scrollToRestore_;

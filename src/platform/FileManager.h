@@ -31,6 +31,12 @@ public:
     /// or the new, never a mixture. The file is readable by this user only (0600). False when nothing
     /// changed.
     virtual bool replace(const std::string& path, std::string_view contents) = 0;
+
+    /// Adds a line, which holds no line break itself, to the end of the file; makes the file for this user
+    /// only (0600) where there is none. It goes out in one write, so writers at the same time, other
+    /// processes too, lose nothing; a line that another writer couldn't finish is ended first. A link isn't
+    /// followed. False when the line doesn't stand there whole.
+    virtual bool appendLine(const std::string& path, std::string_view line) = 0;
 };
 
 /// What stands before the last slash of a path; empty when there is none.

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "core/Text.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <utility>
 
 #include <gtest/gtest.h>
@@ -42,12 +44,26 @@ TEST(Text, LowersLettersOfAnyScriptAndKeepsWhatIsNotText)
         { "e\u0301 stays apart", "e\u0301 stays apart" }, // no composing
         { "Ａ", "ａ" }, // a wide letter
         { "ß日本", "ß日本" },
-        { "ABC\xff\xfeÄ", "abc\xff\xfeÄ" },
+        { "ABC\xff\xfeÄ\xc3", "abc\xff\xfeä\xc3" },
         { "A\0B"s, "a\0b"s },
     };
     for (const auto& [text, lower] : cases)
         EXPECT_EQ(lowered(text), lower) << text;
     EXPECT_EQ(lowered(std::string_view()), "");
+}
+
+TEST(Text, CutsBetweenSignsAndTakesABrokenByteForOne)
+{
+    const std::tuple<std::string_view, std::size_t, std::string_view> cases[] { { "abc", 2, "ab" },
+        { "abc", 4, "abc" }, { "", 1, "" }, { "äöü", 2, "äö" }, { "a\xff\xc3", 2, "a\xff" },
+        { "😀b", 1, "😀" } };
+    for (const auto& [text, most, first] : cases)
+        EXPECT_EQ(firstSigns(text, most), first) << text;
+}
+
+TEST(Text, AFilesAddressEscapesWhatAnAddressWouldRead)
+{
+    EXPECT_EQ(fileUrl("/home/a b/50%#?x/Ä-_.~"), "file:///home/a%20b/50%25%23%3Fx/%C3%84-_.~");
 }
 
 TEST(Text, TellsWellFormedUtf8)

@@ -5,6 +5,7 @@
 
 #include <map>
 #include <string>
+#include <vector>
 
 /// Files in memory.
 class FakeFileManager final : public platform::FileManager {
@@ -20,7 +21,11 @@ public:
         return found->second;
     }
 
-    bool createDirectories(const std::string&) override { return true; }
+    bool createDirectories(const std::string& path) override
+    {
+        folders.push_back(path);
+        return !full;
+    }
 
     bool replace(const std::string& path, std::string_view text) override
     {
@@ -29,7 +34,17 @@ public:
         return true;
     }
 
+    bool appendLine(const std::string& path, std::string_view line) override
+    {
+        if (full)
+            return false;
+        contents[path].append(line).append("\n");
+        return true;
+    }
+
     std::string home = "/home/someone";
     std::map<std::string, std::string> contents;
+    std::vector<std::string> folders; ///< that were to be made
+    bool full = false; ///< neither folders nor lines can be added
     int writes = 0;
 };

@@ -8,6 +8,7 @@
 #include "support/FakeMachine.h"
 #include "support/FakeOcclusion.h"
 #include "support/FakePopovers.h"
+#include "support/FakeProcessSignals.h"
 #include "support/FakeRunningInstances.h"
 #include "support/FakeScreens.h"
 #include "support/FakeStatusBar.h"
@@ -51,12 +52,13 @@ struct FakePlatform : FakeMachine {
 
     [[nodiscard]] ostrel::PlatformServices services()
     {
-        return { kernel, machine, children, defaults, files, bundle, time, time, time, globalQueue, statusBar,
-            notifications, workspace, occlusion, popovers, mouse, screens, alerts, floatingWindows, urlEvents,
-            instances, [this] { ++quits; } };
+        return { kernel, machine, children, processSignals, defaults, files, bundle, time, time, time,
+            globalQueue, statusBar, notifications, workspace, occlusion, popovers, mouse, screens, alerts,
+            floatingWindows, urlEvents, instances, [this] { ++quits; } };
     }
 
     Machine machine;
+    FakeProcessSignals processSignals;
     FakeStatusBar statusBar;
     Notifications notifications;
     FakeWorkspace workspace;

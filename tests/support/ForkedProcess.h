@@ -38,6 +38,9 @@ public:
         wait();
     }
 
+    /// Its number; -1 after `wait`.
+    [[nodiscard]] pid_t pid() const { return pid_; }
+
     /// Waits for its end: the exit status, or the number of the signal that ended it, below zero.
     int wait()
     {

@@ -55,8 +55,13 @@ struct AskingBench : StateBench {
     FakePlatform::Machine processInfo;
     Maintenance maintenance { { queue, globalQueue, time, alerts }, runner, snapshots };
     LocalAnalyst analyst { { queue, globalQueue, alerts }, runner, snapshots, maintenance };
+    FakeProcessSignals signals;
+    JanitorTab janitor { { { queue, globalQueue, files, bundle, time, children, signals }, defaults, alerts,
+        workspace } };
+    Workloads workloads { { queue, alerts, janitor, maintenance, snapshots } };
     PanelFrame frame { { tick, snapshots, history, settings },
-        { time, { time, queue, workspace, occlusion }, alerts, defaults, processInfo, analyst, maintenance },
+        { time, { time, queue, workspace, occlusion }, alerts, defaults, processInfo, analyst, maintenance,
+            janitor, workloads },
         live };
     std::unique_ptr<QWidget> root;
 };

@@ -204,4 +204,25 @@ bool LinuxFileManager::replace(const std::string& path, std::string_view content
     return false;
 }
 
+bool LinuxFileManager::appendLine(const std::string& path, std::string_view line)
+{
+    // A pipe or a device in the file's place must not hold the caller.
+    const UniqueFd file(::open(
+        path.c_str(), O_RDWR | O_APPEND | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, 0600));
+    struct stat about { };
+    if (!file || ::fstat(file.get(), &about) != 0 || !S_ISREG(about.st_mode))
+        return false;
+    char last = '\n';
+    if (about.st_size > 0 && ::pread(file.get(), &last, 1, about.st_size - 1) != 1)
+        return false;
+    std::string text(last == '\n' ? "" : "\n");
+    text.append(line).append("\n");
+    ssize_t count = 0;
+    do
+        count = ::write(file.get(), text.data(), text.size());
+    while (count < 0 && errno == EINTR);
+    // What is missing of a line can't follow it: another writer's may stand there by now.
+    return count == static_cast<ssize_t>(text.size());
+}
+
 } // namespace platform

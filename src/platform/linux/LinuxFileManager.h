@@ -23,6 +23,7 @@ public:
     [[nodiscard]] std::optional<std::string> read(const std::string& path, std::size_t limit) const override;
     bool createDirectories(const std::string& path) override;
     bool replace(const std::string& path, std::string_view contents) override;
+    bool appendLine(const std::string& path, std::string_view line) override;
 
 private:
     std::atomic<std::uint64_t> next_ { 0 }; ///< two replacements of one file may overlap

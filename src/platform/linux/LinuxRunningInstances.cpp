@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/LinuxRunningInstances.h"
 
+#include "platform/linux/ProcFields.h"
 #include "platform/linux/SmallFile.h"
 #include "platform/linux/UniqueFd.h"
 
@@ -20,8 +21,7 @@ namespace platform {
 
 namespace {
 
-/// In /proc/{pid}/stat the state is the third field, the start the twenty-second.
-constexpr int fieldsToStart = 22 - 3;
+constexpr int startField = 22; ///< of /proc/{pid}/stat
 /// A number of 64 bits and a line break fit.
 constexpr std::size_t longestText = 24;
 constexpr mode_t othersMode = 077;
@@ -144,20 +144,11 @@ std::vector<RunningInstance> LinuxRunningInstances::others()
 
 std::optional<std::uint64_t> parseStartTicks(std::string_view stat)
 {
-    // The name in brackets may hold blanks and brackets itself.
-    const auto bracket = stat.rfind(") ");
-    if (bracket == std::string_view::npos)
+    const auto state = statField(stat, 3);
+    if (!state || state->empty() || state->front() == 'Z' || state->front() == 'X' || state->front() == 'x')
         return std::nullopt;
-    std::string_view rest = stat.substr(bracket + 2);
-    if (rest.empty() || rest.front() == 'Z' || rest.front() == 'X' || rest.front() == 'x')
-        return std::nullopt;
-    for (int field = 0; field < fieldsToStart; ++field) {
-        const auto blank = rest.find(' ');
-        if (blank == std::string_view::npos)
-            return std::nullopt;
-        rest.remove_prefix(blank + 1);
-    }
-    return wholeNumber<std::uint64_t>(rest.substr(0, rest.find(' ')));
+    const auto start = statField(stat, startField);
+    return start ? wholeNumber<std::uint64_t>(*start) : std::nullopt;
 }
 
 } // namespace platform

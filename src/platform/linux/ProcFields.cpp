@@ -159,4 +159,20 @@ std::optional<MemoryStall> parseMemoryStall(std::string_view text)
 
 double parseLeadingNumber(std::string_view text) { return leadingNumber(text).value_or(0); }
 
+std::optional<std::string_view> statField(std::string_view stat, int number)
+{
+    // The name in brackets may hold blanks and brackets itself.
+    const auto bracket = stat.rfind(") ");
+    if (bracket == std::string_view::npos)
+        return std::nullopt;
+    std::string_view rest = stat.substr(bracket + 2);
+    for (int field = 3; field < number; ++field) {
+        const auto blank = rest.find(' ');
+        if (blank == std::string_view::npos)
+            return std::nullopt;
+        rest.remove_prefix(blank + 1);
+    }
+    return rest.substr(0, rest.find(' '));
+}
+
 } // namespace platform

@@ -49,6 +49,10 @@ struct CpuTimes {
 /// fields.
 [[nodiscard]] std::optional<CpuTimes> parseCpuLine(std::string_view text);
 
+/// A field of /proc/{pid}/stat by its number in proc(5), from 3, the state, on; nothing where the text is
+/// shorter.
+[[nodiscard]] std::optional<std::string_view> statField(std::string_view stat, int number);
+
 /// /proc/pressure/memory. Nothing unless both lines carry a sound avg10.
 [[nodiscard]] std::optional<MemoryStall> parseMemoryStall(std::string_view text);
 

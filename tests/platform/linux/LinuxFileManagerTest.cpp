@@ -11,6 +11,8 @@
 #include <cstddef>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <memory>
 #include <optional>
 #include <string>
 #include <thread>
@@ -208,6 +210,75 @@ TEST(LinuxFileManager, TheNextReplacementRemovesLeftoversOfTheDeadAndNothingElse
     ::close(writer);
     EXPECT_TRUE(files.replace(folder.path() + "/f", "newer"));
     EXPECT_FALSE(stands("f.5.5.tmp"));
+}
+
+TEST(LinuxFileManager, ALineIsAddedToRegularFilesOnlyAndEndsATornOneFirst)
+{
+    const Kinds kinds;
+    kinds.write("whole", "one\n");
+    struct Case {
+        const char* name;
+        bool added;
+        std::optional<std::string> contents;
+    };
+    const Case cases[] { { "dangling", false, {} }, { "absent", true, "line\n" }, { "empty", true, "line\n" },
+        { "whole", true, "one\nline\n" }, { "file", true, "contents\nline\n" }, { "pipe", false, {} },
+        { "folder", false, {} }, { "link", false, "contents" }, { "no/such/folder", false, {} } };
+    LinuxFileManager files;
+    for (const Case& c : cases) {
+        EXPECT_EQ(files.appendLine(kinds.at(c.name), "line"), c.added) << c.name;
+        EXPECT_EQ(files.read(kinds.at(c.name), plenty), c.contents) << c.name;
+    }
+    EXPECT_EQ(fs::status(kinds.at("absent")).permissions(), fs::perms::owner_read | fs::perms::owner_write);
+}
+
+TEST(LinuxFileManager, ALineThatDoesNotFitIsToldAndTheNextOneStandsAlone)
+{
+    const TemporaryFolder folder;
+    const std::string path = folder.path() + "/lines";
+    ForkedProcess full([&] {
+        std::signal(SIGXFSZ, SIG_IGN);
+        LinuxFileManager files;
+        EXPECT_TRUE(files.appendLine(path, "one"));
+        const rlimit small { 8, RLIM_INFINITY };
+        ::setrlimit(RLIMIT_FSIZE, &small);
+        EXPECT_FALSE(files.appendLine(path, "longer"));
+    });
+    EXPECT_EQ(full.wait(), 0);
+    LinuxFileManager files;
+    EXPECT_TRUE(files.appendLine(path, "two"));
+    EXPECT_EQ(files.read(path, plenty), "one\nlong\ntwo\n");
+}
+
+TEST(LinuxFileManager, SeveralProcessesAddLinesAtOnceAndLoseNone)
+{
+    const TemporaryFolder folder;
+    const std::string path = folder.path() + "/lines";
+    constexpr int writers = 4;
+    constexpr int each = 500;
+    std::vector<std::unique_ptr<ForkedProcess>> processes;
+    processes.reserve(writers);
+    for (int writer = 0; writer < writers; ++writer)
+        processes.push_back(std::make_unique<ForkedProcess>([&path, writer] {
+            LinuxFileManager files;
+            for (int line = 0; line < each; ++line)
+                EXPECT_TRUE(files.appendLine(
+                    path, std::to_string(writer) + "." + std::to_string(line) + std::string(600, 'x')));
+        }));
+    for (const auto& process : processes)
+        EXPECT_EQ(process->wait(), 0);
+    std::ifstream file(path);
+    std::vector<int> next(writers, 0);
+    for (std::string line; std::getline(file, line);) {
+        // A line of another that was seen half there is ended for it.
+        if (line.empty())
+            continue;
+        const auto writer = static_cast<std::size_t>(line[0] - '0');
+        ASSERT_LT(writer, next.size());
+        ASSERT_EQ(
+            line, std::to_string(writer) + "." + std::to_string(next[writer]++) + std::string(600, 'x'));
+    }
+    EXPECT_EQ(next, std::vector<int>(writers, each));
 }
 
 } // namespace
