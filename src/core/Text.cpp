@@ -1,14 +1,35 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "core/Text.h"
 
+#include <array>
 #include <cmath>
-#include <cstdlib>
-#include <memory>
 
 #include <fmt/format.h>
 #include <utf8proc.h>
 
 namespace ostrel {
+
+namespace {
+
+/// What a text begins with: its code point, or -1 and one byte where that isn't valid UTF-8.
+struct Sign {
+    utf8proc_int32_t point = -1;
+    std::size_t length = 1;
+};
+
+Sign firstSign(std::string_view text)
+{
+    if (static_cast<unsigned char>(text.front()) < 0x80)
+        return { text.front(), 1 };
+    utf8proc_int32_t point = -1;
+    const auto used = utf8proc_iterate(reinterpret_cast<const utf8proc_uint8_t*>(text.data()),
+        static_cast<utf8proc_ssize_t>(text.size()), &point);
+    return used > 0 ? Sign { point, static_cast<std::size_t>(used) } : Sign {};
+}
+
+char asciiLowered(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+
+} // namespace
 
 std::int64_t rounded(double value)
 {
@@ -39,34 +60,52 @@ std::string upperCased(std::string_view text)
 
 std::string lowered(std::string_view text)
 {
-    utf8proc_uint8_t* mapped = nullptr;
-    const auto* bytes = reinterpret_cast<const utf8proc_uint8_t*>(text.data());
-    const auto lower = [](utf8proc_int32_t point, void*) { return utf8proc_tolower(point); };
-    const auto length = utf8proc_map_custom(
-        bytes, static_cast<utf8proc_ssize_t>(text.size()), &mapped, UTF8PROC_STABLE, lower, nullptr);
-    const std::unique_ptr<utf8proc_uint8_t, decltype(&std::free)> owner(mapped, &std::free);
-    if (length >= 0)
-        return std::string(reinterpret_cast<const char*>(mapped), static_cast<std::size_t>(length));
-    std::string ascii(text);
-    for (char& letter : ascii)
-        if (letter >= 'A' && letter <= 'Z')
-            letter = static_cast<char>(letter - 'A' + 'a');
-    return ascii;
+    std::string lower;
+    lower.reserve(text.size());
+    while (!text.empty()) {
+        const Sign sign = firstSign(text);
+        std::array<utf8proc_uint8_t, 4> bytes {};
+        if (sign.point < 0)
+            lower += text.front();
+        else if (sign.point < 0x80)
+            lower += asciiLowered(text.front());
+        else
+            lower.append(reinterpret_cast<const char*>(bytes.data()),
+                static_cast<std::size_t>(utf8proc_encode_char(utf8proc_tolower(sign.point), bytes.data())));
+        text.remove_prefix(sign.length);
+    }
+    return lower;
 }
 
 bool isValidUtf8(std::string_view bytes)
 {
-    const auto* next = reinterpret_cast<const utf8proc_uint8_t*>(bytes.data());
-    auto left = static_cast<utf8proc_ssize_t>(bytes.size());
-    while (left > 0) {
-        utf8proc_int32_t point = 0;
-        const auto used = utf8proc_iterate(next, left, &point);
-        if (used <= 0)
+    while (!bytes.empty()) {
+        const Sign sign = firstSign(bytes);
+        if (sign.point < 0)
             return false;
-        next += used;
-        left -= used;
+        bytes.remove_prefix(sign.length);
     }
     return true;
+}
+
+std::string_view firstSigns(std::string_view text, std::size_t most)
+{
+    std::size_t end = 0;
+    for (std::size_t count = 0; count < most && end < text.size(); ++count)
+        end += firstSign(text.substr(end)).length;
+    return text.substr(0, end);
+}
+
+std::string fileUrl(std::string_view path)
+{
+    constexpr std::string_view plain = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-._~/";
+    std::string url = "file://";
+    for (const char c : path)
+        if (plain.find(c) != std::string_view::npos)
+            url += c;
+        else
+            url += fmt::format("%{:02X}", static_cast<unsigned char>(c));
+    return url;
 }
 
 std::string joined(const std::vector<std::string>& pieces, std::string_view separator)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -14,7 +15,7 @@ namespace ostrel {
 /// Without blanks and line breaks at both ends.
 [[nodiscard]] std::string_view trimmed(std::string_view text);
 
-/// Lower case of any script. Bytes that aren't valid UTF-8 stay as they are, and only ASCII is lowered then.
+/// Lower case of any script, sign by sign. Bytes that aren't valid UTF-8 stay as they are.
 [[nodiscard]] std::string lowered(std::string_view text);
 
 /// Upper case of ASCII, of which our own words are; all else stays as it is.
@@ -22,6 +23,12 @@ namespace ostrel {
 
 /// Whether the bytes are well-formed UTF-8.
 [[nodiscard]] bool isValidUtf8(std::string_view bytes);
+
+/// The first signs of a text, `most` of them; a byte that isn't valid UTF-8 counts as one.
+[[nodiscard]] std::string_view firstSigns(std::string_view text, std::size_t most);
+
+/// The address of a file or folder, for the desktop: every byte that could mean something else is escaped.
+[[nodiscard]] std::string fileUrl(std::string_view path);
 
 /// The pieces with `separator` between them.
 [[nodiscard]] std::string joined(const std::vector<std::string>& pieces, std::string_view separator);

@@ -3,6 +3,8 @@
 
 #include <QAbstractButton>
 #include <QAccessibleWidget>
+#include <QContextMenuEvent>
+#include <QCoreApplication>
 #include <QString>
 #include <QVariant>
 
@@ -14,6 +16,7 @@ constexpr const char* roleProperty = "zolRole";
 constexpr const char* selectedProperty = "zolSelected";
 constexpr const char* valueProperty = "zolValue";
 constexpr const char* levelProperty = "zolLevel";
+constexpr const char* menuProperty = "zolMenu";
 
 class DescribedView final : public QAccessibleWidget, public QAccessibleValueInterface {
 public:
@@ -59,6 +62,8 @@ public:
         QStringList names = QAccessibleWidget::actionNames();
         if (button() && button()->isEnabled())
             names.prepend(pressAction());
+        if (widget()->property(menuProperty).toBool())
+            names.append(showMenuAction());
         return names;
     }
 
@@ -66,6 +71,10 @@ public:
     {
         if (name == pressAction() && button())
             button()->click();
+        else if (name == showMenuAction())
+            // In a turn of its own: who asks waits for the answer, and the menu takes its time.
+            QCoreApplication::postEvent(widget(),
+                new QContextMenuEvent(QContextMenuEvent::Other, {}, widget()->mapToGlobal(QPoint())));
         else
             QAccessibleWidget::doAction(name);
     }
@@ -106,6 +115,8 @@ void setAccessibleLevel(QWidget& view, double level, const QString& words)
     QAccessibleValueChangeEvent event(&view, level);
     QAccessible::updateAccessibility(&event);
 }
+
+void setAccessibleMenu(QWidget& view) { view.setProperty(menuProperty, true); }
 
 void setAccessibleSelected(QWidget& view, bool selected)
 {

@@ -18,6 +18,9 @@ void setAccessibleValue(QWidget& view, const QString& words);
 /// The same for a view that shows a level between 0 and 100.
 void setAccessibleLevel(QWidget& view, double level, const QString& words);
 
+/// The view has a menu of its own, which it opens at a context menu event. After it has been told its role.
+void setAccessibleMenu(QWidget& view);
+
 /// Whether the view is the chosen one of its kind.
 void setAccessibleSelected(QWidget& view, bool selected);
 

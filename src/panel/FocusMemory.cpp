@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "panel/FocusMemory.h"
 
+#include <QLineEdit>
 #include <QWidget>
 
 namespace ostrel {
@@ -11,18 +12,27 @@ QString kindOf(const QWidget& view) { return QString::fromLatin1(view.metaObject
 
 } // namespace
 
+bool FocusMemory::means(const QWidget& view) const
+{
+    if (kindOf(view) != kind || view.objectName() != identifier)
+        return false;
+    return !identifier.isEmpty() || view.accessibleName() == name;
+}
+
 std::optional<FocusMemory> FocusMemory::of(const QWidget& tree)
 {
     const QWidget* focused = tree.window()->focusWidget();
     if (!focused || !tree.isAncestorOf(focused))
         return std::nullopt;
-    FocusMemory memory { kindOf(*focused), focused->accessibleName(), 0 };
+    FocusMemory memory { kindOf(*focused), focused->objectName(), focused->accessibleName(), 0, {} };
     for (const QWidget* view : tree.findChildren<QWidget*>()) {
         if (view == focused)
             break;
-        if (kindOf(*view) == memory.kind && view->accessibleName() == memory.name)
+        if (memory.means(*view))
             ++memory.place;
     }
+    if (const auto* field = qobject_cast<const QLineEdit*>(focused))
+        memory.typed = Typed { field->text(), field->cursorPosition() };
     return memory;
 }
 
@@ -30,11 +40,17 @@ bool FocusMemory::restore(const QWidget& tree) const
 {
     int before = 0;
     for (QWidget* view : tree.findChildren<QWidget*>()) {
-        if (kindOf(*view) != kind || view->accessibleName() != name || before++ != place)
+        if (!means(*view) || before++ != place)
             continue;
         // For what reason counts: a ring is drawn for the keyboard's.
-        view->setFocus(Qt::TabFocusReason);
-        return true;
+        if (view->isEnabled())
+            view->setFocus(Qt::TabFocusReason);
+        // Only then: a field that gets the keyboard selects all of it.
+        if (auto* field = qobject_cast<QLineEdit*>(view); field && typed) {
+            field->setText(typed->text);
+            field->setCursorPosition(typed->cursor);
+        }
+        return view->isEnabled();
     }
     return false;
 }

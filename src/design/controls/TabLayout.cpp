@@ -10,6 +10,7 @@
 #include "design/controls/ShellViews.h"
 #include "design/controls/ZOLShellLabel.h"
 
+#include <QHBoxLayout>
 #include <QPainter>
 #include <QVBoxLayout>
 
@@ -73,6 +74,18 @@ QWidget* separator(int width)
 }
 
 QWidget* flexSpacer() { return ZOLAppShellStyle::spacer(); }
+
+QWidget* viewRow(std::initializer_list<QWidget*> views, int width, int spacing)
+{
+    auto* holder = new QWidget;
+    holder->setFixedWidth(width);
+    auto* across = new QHBoxLayout(holder);
+    across->setContentsMargins(0, 0, 0, 0);
+    across->setSpacing(spacing);
+    for (QWidget* view : views)
+        across->addWidget(view ? view : flexSpacer());
+    return holder;
+}
 
 ZOLShellLabel* section(const QString& title, int width)
 {

@@ -8,6 +8,7 @@
 #include <QWidget>
 
 #include <functional>
+#include <initializer_list>
 
 class QVBoxLayout;
 
@@ -38,6 +39,9 @@ class ZOLShellLabel;
 
 /// An empty view that takes up the room that is left in a row.
 [[nodiscard]] QWidget* flexSpacer();
+
+/// Views side by side, each at its own width; null stands for the room that is left.
+[[nodiscard]] QWidget* viewRow(std::initializer_list<QWidget*> views, int width, int spacing = 8);
 
 /// The small caption above a group of a tab.
 [[nodiscard]] ZOLShellLabel* section(const QString& title, int width);

@@ -84,7 +84,9 @@ double widest(const QString& text, const QFont& font)
 
 QString plainToolTip(const QString& text)
 {
-    return Qt::mightBeRichText(text) ? Qt::convertFromPlainText(text) : text;
+    // The toolkit breaks lines of markup alone, and not at blanks that are kept.
+    const bool wide = text.size() > comfortableLetters;
+    return wide || Qt::mightBeRichText(text) ? Qt::convertFromPlainText(text, Qt::WhiteSpaceNormal) : text;
 }
 
 ZOLShellLabel::ZOLShellLabel(
@@ -230,8 +232,7 @@ void ZOLShellLabel::changeEvent(QEvent* event)
 bool ZOLShellLabel::event(QEvent* event)
 {
     if (event->type() == QEvent::ToolTip && toolTip().isEmpty() && isCut()) {
-        QToolTip::showText(
-            static_cast<QHelpEvent*>(event)->globalPos(), Qt::convertFromPlainText(text()), this);
+        QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(), plainToolTip(text()), this);
         return true;
     }
     return QLabel::event(event);

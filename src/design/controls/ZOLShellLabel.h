@@ -10,7 +10,7 @@
 
 namespace ostrel {
 
-/// What makes a tooltip show the text as it is, never as markup.
+/// What makes a tooltip show the text as it is, never as markup, a long one on several lines.
 [[nodiscard]] QString plainToolTip(const QString& text);
 
 /// A text in a colour that follows the theme. It is shown as it is, never as markup, and as high as the font
