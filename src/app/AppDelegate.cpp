@@ -49,10 +49,13 @@ AppDelegate::AppDelegate(const PlatformServices& services)
           snapshots_)
     , analyst_(
           { services.mainQueue, services.globalQueue, services.alerts }, collector_, snapshots_, maintenance_)
+    , automations_({ services.mainQueue, services.globalQueue, services.files, services.bundle,
+          services.clock, services.children, services.alerts, services.workspace })
     , panelState_ { tick_, snapshots_, history_, settings_, historyFilePath_ }
     , frame_(panelState_,
           { services.clock, { services.runLoop, services.mainQueue, services.workspace, services.occlusion },
-              services.alerts, services.defaults, services.processInfo, analyst_, maintenance_ },
+              services.alerts, services.defaults, services.processInfo, analyst_, maintenance_,
+              automations_ },
           liveRegistry_)
     , panel_(frame_, settings_,
           { services.popovers, services.events, services.workspace, services.screens, services.defaults,
@@ -87,6 +90,7 @@ AppDelegate::AppDelegate(const PlatformServices& services)
         [this] { return analyst_.diagnosisRunning() || !maintenance_.cleanupRunning().empty(); });
     maintenance_.connect(frame_);
     analyst_.connect(frame_);
+    automations_.connect(frame_);
     frame_.setActions({ .close = [this](std::string_view reason) { panel_.close(reason); },
         .setPinned = [this](bool pinned) { panel_.setPinned(pinned); },
         .setTheme = [this](ZOLThemePolicy::Mode mode) { theme_.setTheme(mode); },

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "app/PlatformServices.h"
+#include "automations/AutomationsTab.h"
 #include "bar/AboutWindow.h"
 #include "bar/BarItem.h"
 #include "bar/BarPainter.h"
@@ -55,6 +56,7 @@ public:
     [[nodiscard]] PanelFrame& frame() { return frame_; }
     [[nodiscard]] PanelController& panel() { return panel_; }
     [[nodiscard]] ThemeSwitch& theme() { return theme_; }
+    [[nodiscard]] AutomationsTab& automationsTab() { return automations_; }
     [[nodiscard]] BarItem& barItem() { return barItem_; }
     [[nodiscard]] const OstrelHistory& history() const { return history_; }
 
@@ -80,6 +82,7 @@ private:
     SnapshotCycle snapshots_;
     Maintenance maintenance_;
     LocalAnalyst analyst_;
+    AutomationsTab automations_;
     LiveRegistry liveRegistry_;
     PanelState panelState_;
     PanelFrame frame_;

@@ -70,9 +70,9 @@ void AutomationsRegistry::load(bool refresh, std::function<void()> completion)
     call(
         std::move(arguments), refresh ? refreshTimeout : listTimeout,
         [](const std::optional<json::Value>& reply) {
-            Inventory inventory { reply ? AutomationsSnapshot::parse(*reply)
-                                        : AutomationsSnapshot::unavailable(),
-                {} };
+            Inventory inventory {
+                reply ? AutomationsSnapshot::parse(*reply) : AutomationsSnapshot::unavailable(), {}
+            };
             inventory.index = indexOf(inventory.snapshot.items);
             return inventory;
         },

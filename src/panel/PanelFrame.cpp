@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "panel/PanelFrame.h"
 
+#include "automations/AutomationsView.h"
 #include "core/Version.h"
 #include "design/Appearance.h"
 #include "design/OstrelStyle.h"
@@ -26,6 +27,7 @@
 #include "panel/ProcessesTab.h"
 #include "panel/ReadoutText.h"
 #include "panel/RetiredViews.h"
+#include "panel/SettingsTab.h"
 #include "panel/SlimScrollBar.h"
 #include "panel/SystemTab.h"
 
@@ -183,7 +185,7 @@ void PanelFrame::renderBody()
         return;
     live_.clear();
     const int scrolledTo = scroll_->verticalScrollBar()->value();
-    const auto focus = FocusMemory::of(*scroll_->widget());
+    const auto focus = focusToKeep();
     scroll_->setUpdatesEnabled(false);
     auto* page = new QWidget;
     auto* body = new QVBoxLayout(page);
@@ -195,15 +197,22 @@ void PanelFrame::renderBody()
         root_->setFocus();
     retired_->retire(scroll_->takeWidget());
     scroll_->setWidget(page);
-    if (focus)
-        (void)focus->restore(*page);
     if (actions_.rendered)
         actions_.rendered();
     page->layout()->activate();
     scroll_->setUpdatesEnabled(true);
     scroll_->verticalScrollBar()->setValue(scrolledTo);
+    // Long lists hold what is in view.
+    focusToReturn_ = focus && !focus->restore(*page) ? focus : std::nullopt;
     if (const auto before = std::exchange(scrollToRestore_, std::nullopt))
         scrollBody(*before);
+}
+
+std::optional<FocusMemory> PanelFrame::focusToKeep() const
+{
+    if (const auto focus = FocusMemory::of(*scroll_->widget()))
+        return focus;
+    return root_->window()->focusWidget() == root_ ? focusToReturn_ : std::nullopt;
 }
 
 void PanelFrame::fillBody(QVBoxLayout& body)
@@ -218,16 +227,20 @@ void PanelFrame::fillBody(QVBoxLayout& body)
         return;
     switch (mode_) {
     case OstrelMode::overview:
-        return renderOverview(body, *data, state_, live_, *this);
+        return renderOverview(body, *data, state_, services_.automations, live_, *this);
     case OstrelMode::system:
         return renderSystem(body, *data, state_, services_.processInfo, services_.motion, live_);
     case OstrelMode::diagnosis:
         return renderDiagnosis(body, *data, state_, services_.analyst, services_.maintenance);
     case OstrelMode::processes:
         return renderProcesses(body, *data);
-    case OstrelMode::server:
+    case OstrelMode::automations:
+        return renderAutomations(body, services_.automations, contentWidth);
     case OstrelMode::settings:
-        // These own the readout.
+        set(words(mode_).hint);
+        return renderSettings(body, services_.automations);
+    case OstrelMode::server:
+        // Like the settings it owns the readout.
         set(words(mode_).hint);
         break;
     default:
@@ -247,6 +260,7 @@ void PanelFrame::switchMode(OstrelMode mode)
 {
     const bool forward = index(mode_) <= index(mode);
     mode_ = mode;
+    focusToReturn_.reset();
     if (strip_ && mode == OstrelMode::settings)
         strip_->selectNone();
     else if (strip_)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "automations/AutomationsTab.h"
 #include "collector/LocalAnalyst.h"
 #include "collector/Maintenance.h"
 #include "core/PanelBody.h"
@@ -46,6 +47,7 @@ public:
         const platform::ProcessInfo& processInfo;
         LocalAnalyst& analyst;
         Maintenance& maintenance;
+        AutomationsTab& automations;
     };
 
     /// What the frame's controls lead to. Each must be there before `makeContent`.
@@ -89,6 +91,8 @@ private:
     [[nodiscard]] QWidget* makeBody();
     [[nodiscard]] QWidget* makeFooter() const;
     void fillBody(QVBoxLayout& body);
+    /// The control that is to have the keyboard in the next body.
+    [[nodiscard]] std::optional<FocusMemory> focusToKeep() const;
     void scrollBody(int place);
     void showReadout(std::string_view text, const ThemedColor& color);
 
@@ -99,6 +103,8 @@ private:
     OstrelMode mode_ = OstrelMode::overview;
     platform::Instant lastBodyRenderAt_ = platform::distantPast;
     std::unique_ptr<RetiredViews> retired_;
+    // Of a control that the keyboard left because it couldn't be used for a while.
+    std::optional<FocusMemory> focusToReturn_;
     // Of the frame before the present one, until this one is drawn and has the keyboard.
     std::optional<FocusMemory> focusToRestore_;
     std::optional<int> scrollToRestore_;

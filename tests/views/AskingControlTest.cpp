@@ -55,8 +55,10 @@ struct AskingBench : StateBench {
     FakePlatform::Machine processInfo;
     Maintenance maintenance { { queue, globalQueue, time, alerts }, runner, snapshots };
     LocalAnalyst analyst { { queue, globalQueue, alerts }, runner, snapshots, maintenance };
+    AutomationsTab automations { { queue, globalQueue, files, bundle, time, children, alerts, workspace } };
     PanelFrame frame { { tick, snapshots, history, settings },
-        { time, { time, queue, workspace, occlusion }, alerts, defaults, processInfo, analyst, maintenance },
+        { time, { time, queue, workspace, occlusion }, alerts, defaults, processInfo, analyst, maintenance,
+            automations },
         live };
     std::unique_ptr<QWidget> root;
 };
