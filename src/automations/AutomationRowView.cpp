@@ -10,6 +10,7 @@
 #include "design/controls/ZOLShellLabel.h"
 #include "design/voxel/AutomationVoxelView.h"
 
+#include <QGridLayout>
 #include <QHBoxLayout>
 #include <QVBoxLayout>
 
@@ -65,17 +66,21 @@ QWidget* lineView(const AutomationRow& row, AutomationsTab& tab, int width)
     return view;
 }
 
-void addLine(QVBoxLayout& column, const AutomationCard::Line& line, int width)
+/// Label and value of each line, one below the other.
+QGridLayout* linesLayout(const AutomationCard& card, int width)
 {
-    auto* pair = new QHBoxLayout;
-    pair->setSpacing(lineSpacing);
-    pair->addWidget(
-        fixedLabel(utf16(line.label), 11, QFont::Normal, OstrelStyle::muted, labelWidth), 0, Qt::AlignTop);
-    auto* value = wrappingLabel(utf16(line.value), 11, QFont::Medium, OstrelStyle::ink, width - besideValue);
-    value->setMaximumLines(2);
-    pair->addWidget(value);
-    pair->addStretch(1);
-    column.addLayout(pair);
+    auto* lines = new QGridLayout;
+    lines->setHorizontalSpacing(lineSpacing);
+    lines->setVerticalSpacing(cardSpacing);
+    lines->setColumnStretch(1, 1);
+    int at = 0;
+    for (const AutomationCard::Line& line : card.lines) {
+        lines->addWidget(textLabel(line.label, labelWidth), at, 0, Qt::AlignTop);
+        lines->addWidget(textLabel(line.value, width - besideValue,
+                             { .color = OstrelStyle::ink, .lines = 2, .weight = QFont::Medium }),
+            at++, 1, Qt::AlignLeft);
+    }
+    return lines;
 }
 
 QWidget* actionsView(const AutomationRow& row, AutomationsTab& tab)
@@ -107,8 +112,7 @@ QWidget* cardView(const AutomationRow& row, AutomationsTab& tab, int width)
     auto* column = new QVBoxLayout(view);
     column->setContentsMargins(cardLeft, cardTop, 0, cardBottom);
     column->setSpacing(cardSpacing);
-    for (const AutomationCard::Line& line : row.card->lines)
-        addLine(*column, line, width);
+    column->addLayout(linesLayout(*row.card, width));
     column->addSpacing(6);
     const int inside = width - cardLeft;
     addText(*column, "recent runs", inside, { .weight = QFont::DemiBold });

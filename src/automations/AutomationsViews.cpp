@@ -22,15 +22,21 @@ OstrelButton* automationButton(const AutomationButton& button, std::function<voi
     return view;
 }
 
+ZOLShellLabel* textLabel(std::string_view text, int width, const TextLook& look)
+{
+    auto* label = fixedLabel(utf16(text), look.size, look.weight, look.color, width);
+    // Of a fixed size too: a page of open rows is laid out without asking each label how high it would be.
+    if (look.lines > 1 && label->isCut()) {
+        label->setMaximumLines(look.lines);
+        label->setFixedHeight(label->heightForWidth(width));
+    }
+    return label;
+}
+
 void addText(QVBoxLayout& column, std::string_view text, int width, const TextLook& look)
 {
-    if (text.empty())
-        return;
-    if (look.lines == 1)
-        return column.addWidget(fixedLabel(utf16(text), look.size, look.weight, look.color, width));
-    auto* label = wrappingLabel(utf16(text), look.size, look.weight, look.color, width);
-    label->setMaximumLines(look.lines);
-    column.addWidget(label);
+    if (!text.empty())
+        column.addWidget(textLabel(text, width, look));
 }
 
 } // namespace ostrel

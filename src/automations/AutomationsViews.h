@@ -15,6 +15,7 @@ class QVBoxLayout;
 namespace ostrel {
 
 class OstrelButton;
+class ZOLShellLabel;
 
 /// A button of the automations'. The handler may delete it.
 [[nodiscard]] OstrelButton* automationButton(const AutomationButton& button, std::function<void()> handler);
@@ -26,6 +27,9 @@ struct TextLook {
     int lines = 1; ///< at most
     QFont::Weight weight = QFont::Normal;
 };
+
+/// A text, `width` points wide and as high as it needs.
+[[nodiscard]] ZOLShellLabel* textLabel(std::string_view text, int width, const TextLook& look = {});
 
 /// Adds a text, `width` points wide; nothing for an empty one.
 void addText(QVBoxLayout& column, std::string_view text, int width, const TextLook& look = {});
