@@ -3,7 +3,9 @@
 """What a screen reader finds and does in the process of the given number.
 
 names PID        prints a JSON array of [name, selected] for all that is showing, in reading order
-press PID NAME   presses the button of that name; 1 when there is none
+press PID NAME [WITHIN]
+                 presses the button of that name, in the view of the other one; 1 when there is none
+menu PID NAME    opens the menu of the view of that name; 1 when there is none
 listen PID       prints a name and 1 or 0 for each view that becomes the selected one, or ceases to be
 follow PID       prints each new text of a view whose text changes
 
@@ -36,10 +38,20 @@ def names(pid):
     return 0
 
 
-def press(pid, name):
+def press(pid, name, within=""):
     for node in views(pid):
-        if node.name == name and node.getRole() == pyatspi.ROLE_PUSH_BUTTON:
+        named = node.name == name and (not within or node.parent.name == within)
+        if named and node.getRole() == pyatspi.ROLE_PUSH_BUTTON:
             return 0 if node.queryAction().doAction(0) else 1
+    return 1
+
+
+def menu(pid, name):
+    for node in views(pid):
+        if node.name == name:
+            action = node.queryAction()
+            places = [at for at in range(action.nActions) if action.getName(at) == "ShowMenu"]
+            return 0 if places and action.doAction(places[0]) else 1
     return 1
 
 
@@ -66,4 +78,5 @@ def follow(pid):
 
 
 command, process, *rest = sys.argv[1:]
-sys.exit({"names": names, "press": press, "listen": listen, "follow": follow}[command](int(process), *rest))
+verbs = {"names": names, "press": press, "menu": menu, "listen": listen, "follow": follow}
+sys.exit(verbs[command](int(process), *rest))

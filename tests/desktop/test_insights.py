@@ -17,11 +17,6 @@ SAVED = 130
 class Insights(PanelCase):
     DESKTOP = {"accessible": True}
 
-    def said(self, process: subprocess.Popen, pattern: str) -> str:
-        """Waits until a view's name matches, and gives that name."""
-        whole = re.compile(pattern, re.DOTALL)
-        return self.wait_for(pattern, lambda: next(filter(whole.fullmatch, self.names(process)), None))
-
     def press_until(self, process: subprocess.Popen, button: str, pattern: str) -> None:
         """Presses until it says so: beside a snapshot a command only says that it waits."""
         whole = re.compile(pattern)
