@@ -78,7 +78,7 @@ void JanitorEngine::call(std::vector<std::string> arguments, platform::Seconds t
             if (!runner)
                 return;
             const CollectorResult result = runner->run({ .arguments = arguments, .timeout = timeout });
-            const auto reply = result.status == 0 ? json::parseObject(result.data) : std::nullopt;
+            const auto reply = json::parseObject(result.data);
             const std::string error
                 = result.error.empty() ? "the janitor collector returned nothing" : result.error;
             auto answer = std::make_shared<Answer>(read(reply, error));

@@ -19,6 +19,7 @@
 #include <QPolygonF>
 #include <QPushButton>
 #include <QScreen>
+#include <QTextBoundaryFinder>
 #include <QTimer>
 #include <QWindow>
 
@@ -27,9 +28,28 @@ namespace platform {
 namespace {
 
 constexpr int textWidth = 380; ///< wide enough for a path, in points
+constexpr int longestWord = 20; ///< signs that fit on one line of that width in any usual font
 constexpr int gap = 20;
 constexpr int markSize = 32;
 constexpr std::chrono::milliseconds settled { 150 }; ///< window managers have passed the keyboard on
+
+/// The text, with places to break in words that are longer than a line: a path's end is what matters most.
+QString breakable(const QString& text)
+{
+    QString broken;
+    QTextBoundaryFinder signs(QTextBoundaryFinder::Grapheme, text);
+    int run = 0;
+    qsizetype from = 0;
+    for (qsizetype to = signs.toNextBoundary(); to > 0; from = to, to = signs.toNextBoundary()) {
+        run = text[from].isSpace() ? 0 : run + 1;
+        broken += QStringView(text).sliced(from, to - from);
+        if (run == longestWord) {
+            broken += QChar(0x200b);
+            run = 0;
+        }
+    }
+    return broken;
+}
 
 /// A sign of danger: what is asked can't be undone.
 class WarningMark final : public QWidget {
@@ -150,7 +170,8 @@ protected:
 private:
     static QLabel* addLabel(QVBoxLayout& column, const QString& text)
     {
-        auto* const label = new QLabel(text);
+        auto* const label = new QLabel(breakable(text));
+        label->setAccessibleName(text);
         label->setTextFormat(Qt::PlainText);
         label->setWordWrap(true);
         label->setFixedWidth(textWidth);

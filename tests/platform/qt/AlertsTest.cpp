@@ -5,6 +5,7 @@
 
 #include <QDialog>
 #include <QKeyEvent>
+#include <QLabel>
 #include <QPointer>
 #include <QTimer>
 #include <QWidget>
@@ -59,6 +60,25 @@ TEST(QtAlerts, TheLoopGoesOnUnderneathAndMayDropTheWindowThatTheQuestionStandsOv
         2U);
     EXPECT_EQ(inner, 0U);
     EXPECT_FALSE(alerts.isUp());
+}
+
+TEST(QtAlerts, AWordThatIsLongerThanALineIsShownToItsEnd)
+{
+    QtAlerts alerts;
+    // The second part of a sign of two parts must not be cut off.
+    const QString path
+        = "/home/someone/" + QString("MMMMMMMMMM").repeated(12) + QString("e\u0301").repeated(50);
+    answerTo(alerts, { path.toStdString(), "12 mb · " + path.toStdString(), { "OK" } }, [&](QDialog& dialog) {
+        for (const QLabel* label : dialog.findChildren<QLabel*>()) {
+            const QRect needed = label->fontMetrics().boundingRect(
+                QRect(0, 0, label->width(), 10000), Qt::TextWordWrap, label->text());
+            EXPECT_LE(needed.width(), label->width());
+            EXPECT_LE(needed.height(), label->height());
+            EXPECT_TRUE(label->accessibleName().endsWith(path)) << "a screen reader reads it unbroken";
+            EXPECT_FALSE(label->text().contains(QString::fromUtf8("e\u200b")));
+        }
+        dialog.close();
+    });
 }
 
 } // namespace
