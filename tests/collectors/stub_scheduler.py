@@ -48,6 +48,14 @@ def show(units, asked, properties):
     print("\n\n".join(blocks))
 
 
+ABSENT = {
+    "no bus": "Failed to connect to bus: No medium found",
+    "not on the bus": "Failed to list units: The name org.freedesktop.systemd1 was not provided by any .service "
+                      "files",
+}
+"""What systemctl says where no manager runs, by the mode that stands for it."""
+
+
 def systemctl(folder, words):
     scope = "user" if "--user" in words else "system"
     path = os.path.join(folder, "state.json")
@@ -55,8 +63,8 @@ def systemctl(folder, words):
         fcntl.flock(file, fcntl.LOCK_EX)
         state = json.load(file)
         mode = state["mode"].get(scope, "")
-        if mode == "absent":
-            fail("Failed to connect to bus: No medium found")
+        if mode in ABSENT:
+            fail(ABSENT[mode])
         if mode == "hang":
             time.sleep(600)
         if mode == "garbage":

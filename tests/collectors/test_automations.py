@@ -149,6 +149,15 @@ class InventoryTest(unittest.TestCase):
             self.assertEqual((lane["observed"], words in lane["note"]), (True, True), lane)
             self.assertTrue(any(words in alert for alert in found["alerts"]), (mode, found["alerts"]))
 
+    def test_where_no_manager_runs_there_is_nothing_to_see_and_nothing_wrong(self):
+        from stub_scheduler import ABSENT
+
+        for mode in ABSENT:
+            box = Schedulers(self)
+            box.state["mode"].update(user=mode, system=mode)
+            box.save()
+            self.assertEqual(box.bridge("list", "--refresh")["alerts"], [], mode)
+
     def test_more_units_than_one_command_line_holds_are_all_listed(self):
         box = Schedulers(self)
         for number in range(900):

@@ -27,7 +27,7 @@ SWITCHABLE = ("enabled", "enabled-runtime", "disabled", "linked", "linked-runtim
 ENABLED = ("enabled", "enabled-runtime")
 NOT_HERE = (
     "not been booted with systemd", "Failed to connect to bus", "No medium found", "Failed to get D-Bus",
-    "Connection refused",
+    "Connection refused", "org.freedesktop.systemd1",
 )
 """What the tools say where no manager runs: that is no fault, there is just nothing to see."""
 
