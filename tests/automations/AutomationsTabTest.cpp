@@ -122,6 +122,7 @@ TEST(AutomationsTab, ARefreshSaysSoUntilItEndsAndASecondPressIsDropped)
 TEST(AutomationsTab, AFilterStartsAtTheFirstPageAndALaneKeepsIt)
 {
     std::vector<json::Value> rows;
+    rows.reserve(40);
     for (int at = 0; at < 40; ++at)
         rows.push_back(jobJson(at < 30 ? "a" : "b", std::to_string(at)));
     AutomationsBench bench;

@@ -112,6 +112,7 @@ TEST(AutomationsText, ALaneHasAChipUnlessItWasSeenToHoldNothing)
 TEST(AutomationsText, APageOpensWithTheHeadingOfItsFirstRow)
 {
     std::vector<json::Value> rows;
+    rows.reserve(14);
     for (int at = 0; at < 14; ++at)
         rows.push_back(jobJson(at < 11 ? "a" : "b", std::to_string(100 + at)));
     Drawn drawn(inventoryJson(rows));

@@ -17,7 +17,7 @@ sys.path.insert(0, f"{SOURCE}/tests/collectors")
 
 from schedulers import RECEIPTS, Schedulers  # noqa: E402
 
-# Children get a fixed search path, so the bridge is told by its main file where the tools of this machine are.
+# Children get a fixed search path, so the bridge's main file tells it where the tools of this machine are.
 MAIN = """
 import os, sys
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))

@@ -166,6 +166,7 @@ TEST(AutomationsView, APressKeepsTheKeyboardWhereItWasAndAsksInATurnOfItsOwn)
 TEST(AutomationsView, ChipsFiltersAndThePagerDoWhatTheySay)
 {
     std::vector<json::Value> rows;
+    rows.reserve(10000);
     for (int at = 0; at < 10000; ++at)
         rows.push_back(
             jobJson(at % 2 ? "launchd" : "cloud", std::to_string(10000 + at), { { "active", at % 4 == 0 } }));
