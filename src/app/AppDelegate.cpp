@@ -4,6 +4,7 @@
 #include "app/StandardStreams.h"
 #include "core/Version.h"
 #include "design/Fonts.h"
+#include "design/controls/ShellViews.h"
 #include "design/controls/ZOLFooterLine.h"
 #include "design/controls/ZOLHintCard.h"
 #include "panel/PanelScreen.h"
@@ -131,7 +132,12 @@ AppDelegate::AppDelegate(const PlatformServices& services)
         .setPinned = [this](bool pinned) { panel_.setPinned(pinned); },
         .setTheme = [this](ZOLThemePolicy::Mode mode) { theme_.setTheme(mode); },
         .openCatalogue = [this] { services_.workspace.open(catalogueUrl()); },
-        .rendered = [this] { liveValues_.refreshGauges(); } });
+        .rendered =
+            [this] {
+                // Gauges go on from what was last seen, and other tabs show none.
+                if (frame_.mode() == OstrelMode::system)
+                    liveValues_.refreshGauges();
+            } });
 }
 
 AppDelegate::~AppDelegate() = default;
@@ -147,6 +153,7 @@ bool AppDelegate::applicationDidFinishLaunching(const LaunchWish& wish)
     }));
     theme_.loadTheme();
     ZOLHintCard::font = OstrelStyle::mono;
+    ZOLAppShellStyle::font = OstrelStyle::mono;
     settings_.loadSettings(tick_);
     history_ = OstrelHistory::load(services_.files, historyFilePath_, services_.clock.now());
     snapshots_.ensureCollectorAvailable();

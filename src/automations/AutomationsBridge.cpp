@@ -64,7 +64,8 @@ std::optional<json::Value> AutomationsBridge::call(
     arguments.insert(arguments.begin(), path);
     const CollectorResult result
         = runner_.run({ .arguments = std::move(arguments), .input = {}, .timeout = timeout });
-    return result.status == 0 ? json::parseObject(result.data) : std::nullopt;
+    // What ended well, but too late, has a text too.
+    return result.error.empty() && result.status == 0 ? json::parseObject(result.data) : std::nullopt;
 }
 
 } // namespace ostrel

@@ -274,7 +274,9 @@ platform::Alert confirmAlert(const std::string& op, const Automation& item)
         .text = fmt::format("scheduler {} · {}\nschedule {}\n\n{}\nthe action writes a receipt into "
                             "Ostrel/receipts",
             shownText(item.laneTitle), shownText(item.host), shownText(item.schedule), sentence(op)),
-        .buttons = { op, "cancel" } };
+        .buttons = { op, "cancel" },
+        .critical = true,
+        .cancel = 1 };
 }
 
 std::string outcomeText(const AutomationActionResult& result)

@@ -42,12 +42,13 @@ void addLanes(QVBoxLayout& body, const AutomationsBody& text, AutomationsTab& ta
     QHBoxLayout* row = nullptr;
     for (std::size_t at = 0; at < text.lanes.size(); ++at) {
         if (at % chipsARow == 0) {
-            if (row)
+            if (row) {
                 row->addStretch(1);
+                body.addSpacing(chipSpacing);
+            }
             row = new QHBoxLayout;
             row->setSpacing(chipSpacing);
             body.addLayout(row);
-            body.addSpacing(chipSpacing);
         }
         const LaneChip& chip = text.lanes[at];
         row->addWidget(automationButton(chip.button, [&tab, lane = chip.lane] { tab.chooseLane(lane); }));

@@ -185,7 +185,7 @@ BarReading BarItem::reading() const
         .source = owner_.snapshots.backendLastSource() };
     if (const auto& data = owner_.snapshots.lastData())
         for (const auto& entry : data->fan)
-            if (entry.key == "mcp")
+            if (entry.key == "mcp" && !reading.mcp)
                 reading.mcp = entry.count;
     return reading;
 }

@@ -29,6 +29,48 @@ Sign firstSign(std::string_view text)
 
 char asciiLowered(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
+char asciiUppered(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
+
+/// The text in another case, sign by sign.
+template <typename Ascii, typename Wide>
+std::string cased(std::string_view text, Ascii ascii, Wide wide)
+{
+    std::string other;
+    other.reserve(text.size());
+    while (!text.empty()) {
+        const Sign sign = firstSign(text);
+        std::array<utf8proc_uint8_t, 4> bytes {};
+        if (sign.point < 0)
+            other += text.front();
+        else if (sign.point < 0x80)
+            other += ascii(text.front());
+        else
+            other.append(reinterpret_cast<const char*>(bytes.data()),
+                static_cast<std::size_t>(utf8proc_encode_char(wide(sign.point), bytes.data())));
+        text.remove_prefix(sign.length);
+    }
+    return other;
+}
+
+/// Blanks beyond ASCII, as their bytes.
+constexpr std::array<std::string_view, 19> wideBlanks { "\u0085", "\u00a0", "\u1680", "\u2000", "\u2001",
+    "\u2002", "\u2003", "\u2004", "\u2005", "\u2006", "\u2007", "\u2008", "\u2009", "\u200a", "\u2028",
+    "\u2029", "\u202f", "\u205f", "\u3000" };
+
+/// How many bytes the blank takes that a text begins with or ends in; 0 without one.
+std::size_t blankAt(std::string_view text, bool front)
+{
+    constexpr std::string_view blanks = " \t\n\v\f\r";
+    if (text.empty())
+        return 0;
+    if (blanks.find(front ? text.front() : text.back()) != std::string_view::npos)
+        return 1;
+    for (const std::string_view blank : wideBlanks)
+        if (front ? text.starts_with(blank) : text.ends_with(blank))
+            return blank.size();
+    return 0;
+}
+
 } // namespace
 
 std::int64_t rounded(double value)
@@ -40,42 +82,22 @@ std::int64_t rounded(double value)
     return static_cast<std::int64_t>(whole);
 }
 
+bool beginsWithBlank(std::string_view text) { return blankAt(text, true) != 0; }
+
+bool endsInBlank(std::string_view text) { return blankAt(text, false) != 0; }
+
 std::string_view trimmed(std::string_view text)
 {
-    constexpr std::string_view blanks = " \t\n\v\f\r";
-    const auto first = text.find_first_not_of(blanks);
-    if (first == std::string_view::npos)
-        return {};
-    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
+    while (const std::size_t blank = blankAt(text, true))
+        text.remove_prefix(blank);
+    while (const std::size_t blank = blankAt(text, false))
+        text.remove_suffix(blank);
+    return text;
 }
 
-std::string upperCased(std::string_view text)
-{
-    std::string upper(text);
-    for (char& letter : upper)
-        if (letter >= 'a' && letter <= 'z')
-            letter = static_cast<char>(letter - 'a' + 'A');
-    return upper;
-}
+std::string upperCased(std::string_view text) { return cased(text, asciiUppered, utf8proc_toupper); }
 
-std::string lowered(std::string_view text)
-{
-    std::string lower;
-    lower.reserve(text.size());
-    while (!text.empty()) {
-        const Sign sign = firstSign(text);
-        std::array<utf8proc_uint8_t, 4> bytes {};
-        if (sign.point < 0)
-            lower += text.front();
-        else if (sign.point < 0x80)
-            lower += asciiLowered(text.front());
-        else
-            lower.append(reinterpret_cast<const char*>(bytes.data()),
-                static_cast<std::size_t>(utf8proc_encode_char(utf8proc_tolower(sign.point), bytes.data())));
-        text.remove_prefix(sign.length);
-    }
-    return lower;
-}
+std::string lowered(std::string_view text) { return cased(text, asciiLowered, utf8proc_tolower); }
 
 bool isValidUtf8(std::string_view bytes)
 {

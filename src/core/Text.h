@@ -12,13 +12,17 @@ namespace ostrel {
 /// The nearest integer, halves away from zero; 0 for a value that isn't finite or doesn't fit.
 [[nodiscard]] std::int64_t rounded(double value);
 
-/// Without blanks and line breaks at both ends.
+/// Whether the text begins with, or ends in, a blank or a line break of any script; it isn't empty.
+[[nodiscard]] bool beginsWithBlank(std::string_view text);
+[[nodiscard]] bool endsInBlank(std::string_view text);
+
+/// Without blanks and line breaks of any script at both ends.
 [[nodiscard]] std::string_view trimmed(std::string_view text);
 
 /// Lower case of any script, sign by sign. Bytes that aren't valid UTF-8 stay as they are.
 [[nodiscard]] std::string lowered(std::string_view text);
 
-/// Upper case of ASCII, of which our own words are; all else stays as it is.
+/// Upper case in the same way.
 [[nodiscard]] std::string upperCased(std::string_view text);
 
 /// Whether the bytes are well-formed UTF-8.

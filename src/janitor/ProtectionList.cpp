@@ -11,24 +11,6 @@ namespace ostrel {
 namespace {
 
 constexpr std::string_view daemonPrefix = "com.apple.";
-constexpr std::string_view asciiBlanks = " \t\n\v\f\r";
-/// Blanks of other scripts, as their bytes.
-constexpr std::array<std::string_view, 19> wideBlanks { "\u0085", "\u00a0", "\u1680", "\u2000", "\u2001",
-    "\u2002", "\u2003", "\u2004", "\u2005", "\u2006", "\u2007", "\u2008", "\u2009", "\u200a", "\u2028",
-    "\u2029", "\u202f", "\u205f", "\u3000" };
-
-bool endsInBlank(std::string_view text)
-{
-    return asciiBlanks.find(text.back()) != std::string_view::npos
-        || std::ranges::any_of(wideBlanks, [text](auto blank) { return text.ends_with(blank); });
-}
-
-bool beginsWithBlank(std::string_view text)
-{
-    return asciiBlanks.find(text.front()) != std::string_view::npos
-        || std::ranges::any_of(wideBlanks, [text](auto blank) { return text.starts_with(blank); });
-}
-
 /// Whether a row is a whole word of the line, or ends a path in it. Both are in lower case.
 bool standsIn(std::string_view row, std::string_view line)
 {

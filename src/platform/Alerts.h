@@ -13,7 +13,7 @@ struct Alert {
     std::string title;
     std::string text;
     std::vector<std::string> buttons; ///< the first is the default one
-    bool critical = false; ///< what it asks for can't be undone
+    bool critical = false; ///< shown as a warning
     std::optional<std::size_t> cancel; ///< place of the button of Escape and of closing; else the last one
 };
 

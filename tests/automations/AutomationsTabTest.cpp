@@ -204,8 +204,9 @@ TEST(AutomationsTab, AnActionAsksSaysThatItRunsAndShowsItsEndWithTheNewInventory
         int status;
         const char* said;
         const char* read;
+        double seconds = 0.1;
     };
-    for (const auto& [op, reply, status, said, read] : std::initializer_list<Case> {
+    for (const auto& [op, reply, status, said, read, seconds] : std::initializer_list<Case> {
              { "run", R"({"ok":true,"message":"started","receipt":"/r/day.jsonl"})", 0,
                  "✓ started · receipt day.jsonl", "list|--refresh" },
              { "disable", R"({"ok":true})", 0, "✓ disable · Job user:x.timer", "list|--refresh" },
@@ -213,6 +214,7 @@ TEST(AutomationsTab, AnActionAsksSaysThatItRunsAndShowsItsEndWithTheNewInventory
              { "plan", R"({"ok":true,"message":"saved"})", 0, "✓ saved", "list" },
              { "run", R"({"ok":false,"error":"its own"})", 1, "✗ the bridge did not answer",
                  "list|--refresh" },
+             { "run", R"({"ok":true})", 0, "✗ the bridge did not answer", "list|--refresh", 130 },
          }) {
         AutomationsBench bench;
         bench.open(oneJob);
@@ -225,7 +227,7 @@ TEST(AutomationsTab, AnActionAsksSaysThatItRunsAndShowsItsEndWithTheNewInventory
         bench.time.runPosted();
         EXPECT_EQ(bench.lastAction(), std::string(op) + " · Job user:x.timer · running");
         EXPECT_EQ(bench.drawn(), 1U);
-        bench.answer(reply, status);
+        bench.answer(reply, status, "", seconds);
         bench.answer(oneJob);
         bench.deliver();
         EXPECT_EQ(bench.lastAction(), said);

@@ -234,6 +234,7 @@ TEST(AutomationsText, TheQuestionNamesTheJobAndWhatWillHappen)
         const std::vector<std::string> buttons { op, "cancel" };
         EXPECT_EQ(alert.buttons, buttons);
         EXPECT_EQ(platform::cancelButton(alert), 1U);
+        EXPECT_TRUE(alert.critical);
     }
 }
 

@@ -30,7 +30,12 @@ TEST(Text, RoundsHalvesAwayFromZeroAndGivesZeroForWhatDoesNotFit)
 TEST(Text, TrimsBothEndsOnly)
 {
     const std::pair<std::string_view, std::string_view> cases[] { { "", "" }, { " \t\r\n\v\f", "" },
-        { "a", "a" }, { " a b\n", "a b" }, { "\n\na", "a" }, { "a\t ", "a" } };
+        { "a", "a" }, { " a b\n", "a b" }, { "\n\na", "a" }, { "a\t ", "a" },
+        { "\u00a0\u3000a\u2003b \u00a0", "a\u2003b" }, { "\u2009 \u0085", "" },
+        { "\xa0"
+          "a",
+            "\xa0"
+            "a" } };
     for (const auto& [text, rest] : cases)
         EXPECT_EQ(trimmed(text), rest);
 }
@@ -49,6 +54,7 @@ TEST(Text, LowersLettersOfAnyScriptAndKeepsWhatIsNotText)
     };
     for (const auto& [text, lower] : cases)
         EXPECT_EQ(lowered(text), lower) << text;
+    EXPECT_EQ(upperCased("élevé 日a\xff"), "ÉLEVÉ 日A\xff");
     EXPECT_EQ(lowered(std::string_view()), "");
 }
 
