@@ -11,6 +11,7 @@ namespace ostrel {
 namespace {
 
 constexpr std::string_view daemonPrefix = "com.apple.";
+
 /// Whether a row is a whole word of the line, or ends a path in it. Both are in lower case.
 bool standsIn(std::string_view row, std::string_view line)
 {
