@@ -2,6 +2,7 @@
 # SPDX-License-Identifier: Apache-2.0
 """An agent's program on a server: the first word of its task says what it does."""
 import json
+import mmap
 import os
 import resource
 import signal
@@ -41,7 +42,8 @@ def main() -> int:
     if word == "eat":
         held = []
         while len(held) < 32:
-            held.append(bytearray(64 << 20))
+            # Asked for and never touched, which is as much to the cap, and quicker.
+            held.append(mmap.mmap(-1, 64 << 20, mmap.MAP_PRIVATE | mmap.MAP_ANONYMOUS))
             print("held", len(held) * 64, flush=True)
     elif word == "loud":
         print("\x1b[31mfirst\x1b[0m\n" + "ä" * 3_000_000 + "\n\x1b]0;title\x07\x1b[1mlast\x1b[0m")
