@@ -23,8 +23,8 @@ ODD = [3, {"tabs": 4}, {"tabs": [None, {"windows": {}}, {"windows": [{"id": "7"}
     "id": 5, "title": 6, "pid": "x"}]}], "platform_window_id": []}]
 ANSWERS = {
     "real": {"ok": True, "data": json.dumps(TREE)}, "odd": {"ok": True, "data": json.dumps(ODD)},
-    "refuse": {"ok": False, "error": "Remote control is\ndisabled"}, "list": [1], "shape": {"ok": True, "data": 5},
-    "text": {"ok": True, "data": "{"}, "wrong": {"ok": 1},
+    "refuse": {"ok": False, "error": "Remote control is\ndisabled"}, "list": [1],
+    "shape": {"ok": True, "data": 5}, "text": {"ok": True, "data": "{"}, "wrong": {"ok": 1},
 }
 print("ready", flush=True)
 while True:

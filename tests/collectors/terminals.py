@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Real tmux servers in a folder of their own, with clients on terminals that nobody sees, and a stub kitty."""
+"""Real tmux servers in a folder of their own, their clients on terminals that nobody sees; a stub kitty."""
 import os
 import pty
 import shutil
@@ -48,7 +48,8 @@ class Terminals:
     def start(self, *words: str, **options) -> subprocess.Popen:
         """A process that ends with the test."""
         environ = {"PATH": self.path, "HOME": self.root, "TERM": "xterm", **self.environ}
-        child = subprocess.Popen(words, env=environ, start_new_session=True, stderr=subprocess.DEVNULL, **options)
+        child = subprocess.Popen(words, env=environ, start_new_session=True, stderr=subprocess.DEVNULL,
+                                 **options)
         self.test.addCleanup(child.wait)
         self.test.addCleanup(child.kill)
         return child

@@ -11,6 +11,8 @@ import unittest
 from fabricated_machine import COLLECTORS
 from loopback_server import LoopbackServer, sshd_can_run
 
+from ostrel_lib.automations.places import Places
+from ostrel_lib.remote.bridge import answered
 from ostrel_lib.remote.request import RULES, taken
 
 SCRIPT = os.path.join(COLLECTORS, "ostrel_remote.py")
@@ -32,7 +34,8 @@ class RequestTest(unittest.TestCase):
         bad["apply"] = [None, 1, 0, "true", []]
         bad["profile"] += ["Eco", "eco "]
         bad["jobId"] += ["0a1b", "ostrel-", "ostrel-A", "ostrel-a.b", "ostrel-" + "a" * 34, "-p", "ostrel-é"]
-        bad["sshAlias"] += ["-oProxyCommand=x", "a b", "a;b", "a\n", "@a", "a@b@c", "a/b", "a" * 201, "ä", "$(x)"]
+        bad["sshAlias"] += ["-oProxyCommand=x", "a b", "a;b", "a\n", "@a", "a@b@c", "a/b", "a" * 201, "ä",
+                            "$(x)"]
         bad["repoPath"] += ["/" * 4097, "ä" * 2049]
         bad["task"] += [" \n\t", "x" * 262145]
         for key, values in bad.items():
@@ -83,10 +86,7 @@ class RemoteTest(unittest.TestCase):
         return child
 
     def answer(self, command: str, payload: dict, identity: str = "ID") -> dict:
-        child = self.begin()
-        out, _ = child.communicate(request(command, payload, identity), 120)
-        self.assertEqual((child.returncode, out.count(b"\n")), (0, 1))
-        return json.loads(out)
+        return answered(request(command, payload, identity), Places(home=self.root, path=self.root + "/bin"))
 
     def execute(self, **changes) -> dict:
         return self.answer("execute", {**TASK, **changes})
@@ -112,7 +112,10 @@ class RemoteTest(unittest.TestCase):
             return [int(word) for word in file.read().split()]
 
     def test_a_server_tells_its_capacity_whatever_its_login_prints(self):
-        answer = self.answer("health", {"sshAlias": "srv.example"})
+        child = self.begin()
+        out, _ = child.communicate(request("health", {"sshAlias": "srv.example"}), 120)
+        self.assertEqual((child.returncode, out.count(b"\n")), (0, 1))
+        answer = json.loads(out)
         self.assertEqual((answer["id"], answer["ok"]), ("ID", True))
         found = answer["result"]
         self.assertEqual(found["cpuCount"], os.sysconf("SC_NPROCESSORS_ONLN"))
@@ -122,8 +125,9 @@ class RemoteTest(unittest.TestCase):
     def test_a_preview_tells_what_would_hold_and_starts_nothing(self):
         self.assertEqual(self.result(profile="fast", apply=False), {
             "host": "srv.example · capped by prlimit and timeout", "repoPath": "~/repo", "taskChars": 5,
-            "effectiveCaps": {"cpu": "on average 200%", "memoryHigh": "no", "memoryMax": "6144 MB per process",
-                              "timeoutSeconds": 60, "enforcedBy": "capped by prlimit and timeout"}})
+            "effectiveCaps": {
+                "cpu": "on average 200%", "memoryHigh": "no", "memoryMax": "6144 MB per process",
+                "timeoutSeconds": 60, "enforcedBy": "capped by prlimit and timeout"}})
         self.assertFalse(os.path.exists(self.home + "/started"))
 
     def test_a_task_gets_its_words_its_folder_and_its_caps(self):
@@ -140,10 +144,9 @@ class RemoteTest(unittest.TestCase):
         self.assertFalse([name for _, _, names in os.walk(self.root) for name in names if name == "X"])
 
     def test_nothing_that_a_field_holds_is_ever_carried_out(self):
-        canary = self.root + "/canary"
-        bare = f"$(touch {canary})`touch {canary}`|touch {canary};touch {canary}&touch {canary}\ntouch {canary}\n"
-        attacks = [bare, f"a'; touch {canary}; '", f"a\"; touch {canary}; \"", f"-oProxyCommand=touch {canary}",
-                   f"\\ntouch {canary}\\0012touch {canary}\\"]
+        attack = f"touch {self.root}/canary"
+        attacks = [f"$({attack})`{attack}`|{attack};{attack}&{attack}\n{attack}\n", f"a'; {attack}; '",
+                   f"a\"; {attack}; \"", f"-oProxyCommand={attack}", f"\\n{attack}\\0012{attack}\\"]
         reached = 0
         for key in (*TASK, "id", "command"):
             for attack in attacks[:4] if key in ("sshAlias", "repoPath") else [" ".join(attacks)]:
@@ -152,8 +155,8 @@ class RemoteTest(unittest.TestCase):
                                      attack if key == "id" else "ID")
                 reached += answer["ok"]
         self.assertEqual(reached, 2)
-        names = os.listdir(self.root)
-        self.assertEqual([name for name in names if name in ("canary", "remote-command", "local-command")], [])
+        for name in ("canary", "remote-command", "local-command"):
+            self.assertFalse(os.path.exists(f"{self.root}/{name}"), name)
 
     def test_a_task_that_takes_more_memory_than_its_cap_is_stopped(self):
         small, large = (self.result(task="eat", profile=profile) for profile in ("eco", "balanced"))
@@ -201,8 +204,8 @@ class RemoteTest(unittest.TestCase):
             words = file.read().split("\n")[:-1]
         self.assertEqual(words, [
             "--user", "--scope", "--quiet", "--collect", "--unit=ostrel-0a1b2c3d", "-p", "CPUQuota=50%",
-            "-p", "MemoryHigh=1024M", "-p", "MemoryMax=1536M", "-p", "MemorySwapMax=0", "-p", "RuntimeMaxSec=60",
-            "-p", "TimeoutStopSec=5", "--", "codex", "exec", "-"])
+            "-p", "MemoryHigh=1024M", "-p", "MemoryMax=1536M", "-p", "MemorySwapMax=0",
+            "-p", "RuntimeMaxSec=60", "-p", "TimeoutStopSec=5", "--", "codex", "exec", "-"])
         with open(self.root + "/asked", encoding="ascii") as file:
             self.assertIn("--user stop ostrel-0a1b2c3d.scope\n", file.read())
         # A manager that was given no say over memory can't cap it.
@@ -216,8 +219,10 @@ class RemoteTest(unittest.TestCase):
             return message
 
         os.makedirs(self.home + "/plain", exist_ok=True)
-        self.assertEqual(told(repoPath="/nowhere/a\nb"), "There is no such folder on srv.example: /nowhere/a b.")
-        self.assertEqual(told(repoPath="plain"), "The folder on srv.example isn't in a git repository: plain.")
+        self.assertEqual(told(repoPath="/nowhere/a\nb"),
+                         "There is no such folder on srv.example: /nowhere/a b.")
+        self.assertEqual(told(repoPath="plain"),
+                         "The folder on srv.example isn't in a git repository: plain.")
         self.tool("df", "echo Filesystem blocks Used Available Capacity Mounted on\n"
                         "echo /dev/my disk 1000 990 10 100% /a mount")
         self.assertEqual(told(), "The disk of the repository on srv.example is full: 0 MB are left.")

@@ -42,15 +42,21 @@ def main(argv: list[str], places: Places | None = None) -> int:
     also one that tells an error; 1 when it was asked to end, or the reader has gone."""
     end_on_request()
     try:
-        request, problem = taken(read_within(0, MOST_BYTES))
-        result: dict[str, object] = {}
-        if not problem:
-            result, problem = carried_out(places or Places(), request)
+        answer = answered(read_within(0, MOST_BYTES), places or Places())
     except Interrupted:
         return 1
-    answer: dict[str, object] = {"id": request.identity, "ok": not problem}
-    answer.update({"error": {"message": problem}} if problem else {"result": result})
     return 0 if put(1, (dump(answer) + "\n").encode("ascii")) else 1
+
+
+def answered(data: bytes | None, places: Places) -> dict[str, object]:
+    """The answer to a request; no data stands for more than is read."""
+    request, problem = taken(data)
+    result: dict[str, object] = {}
+    if not problem:
+        result, problem = carried_out(places, request)
+    if problem:
+        return {"id": request.identity, "ok": False, "error": {"message": problem}}
+    return {"id": request.identity, "ok": True, "result": result}
 
 
 def carried_out(places: Places, request: Request) -> tuple[dict[str, object], str]:
@@ -126,11 +132,11 @@ def problem_of(request: Request, outcome: Outcome, told: Told) -> str:
         reason, _, rest = told.words.get("fail", "").partition(" ")
         repo = clean(str(request.payload.get("repoPath", "")), 200)
         return FAILURES[reason].format(alias=alias, repo=repo, rest=rest) if reason in FAILURES else ""
-    said = outcome.problem or outcome.complaint
+    said = (outcome.problem or outcome.complaint).rstrip(".")
     if "started" in told.words or (outcome.problem and request.payload.get("apply") is True):
         why = said or "it was closed"
-        return f"The connection to {alias} was lost while the task ran ({why}); the task ends with it, or at " \
-               f"its limit of {request.payload['timeoutSeconds']} s."
+        return (f"The connection to {alias} was lost while the task ran ({why}); the task ends with it, or "
+                f"at its limit of {request.payload['timeoutSeconds']} s.")
     if outcome.missing:
         return "ssh isn't installed on this machine."
     if "hello" in told.words:

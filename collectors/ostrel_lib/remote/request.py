@@ -72,8 +72,8 @@ def taken(data: bytes | None) -> tuple[Request, str]:
     if not request.payload.get("sshAlias"):
         return request, "Name the server by its SSH alias."
     if not valid_alias(request.payload["sshAlias"]):
-        return request, "An SSH alias has letters, digits, dots, dashes and underscores, a user and @ in front " \
-                        "or not, and begins with a letter or digit."
+        return request, ("An SSH alias has letters, digits, dots, dashes and underscores, a user and @ in "
+                         "front or not, and begins with a letter or digit.")
     for key, fitting, otherwise in RULES if request.command == "execute" else ():
         if not fitting(request.payload.get(key)):
             return request, otherwise

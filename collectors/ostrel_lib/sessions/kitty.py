@@ -73,7 +73,9 @@ def select(scene: Scene, handle: str) -> Selected:
         if problem or not window:
             return Selected(problem=f"kitty {instance.pid}: {problem}." if problem else GONE)
         _, problem = ask(scene, instance, "focus-window", {"match": f"id:{window.number}"})
-        result = Selected(label(window), f"kitty didn't select {label(window)}: {problem}." if problem else "")
+        result = Selected(label(window))
+        if problem:
+            result.problem = f"kitty didn't select {result.label}: {problem}."
         result.viewers = [(instance.pid, window.outer)]
         return result
     return Selected(problem=GONE)

@@ -98,7 +98,8 @@ def owners_of(display: Display, known: tuple[int, ...]) -> dict[int, list[int]]:
     for window in known:
         pids = display.numbers(window, "_NET_WM_PID")
         machine = display.text(window, "WM_CLIENT_MACHINE").rstrip(b"\0")
-        if pids and machine in (b"", host) and not unfit & set(display.numbers(window, "_NET_WM_WINDOW_TYPE")):
+        kinds = display.numbers(window, "_NET_WM_WINDOW_TYPE")
+        if pids and machine in (b"", host) and unfit.isdisjoint(kinds):
             found.setdefault(pids[0], []).append(window)
     return found
 

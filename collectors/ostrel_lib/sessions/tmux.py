@@ -222,8 +222,9 @@ def listening(scene: Scene) -> list[str]:
     found = []
     for line in network(scene.places.proc, "unix").split(b"\n") if inodes else ():
         fields = line.split(None, 7)
-        if len(fields) == 8 and fields[6] in inodes and fields[7][:1] == b"/" and takes_connections(fields[3]):
-            found.append(os.fsdecode(fields[7]))
+        if len(fields) == 8 and fields[6] in inodes and takes_connections(fields[3]):
+            if fields[7][:1] == b"/":
+                found.append(os.fsdecode(fields[7]))
     return found
 
 
