@@ -38,16 +38,16 @@ class TmuxTest(unittest.TestCase):
         bench.tmux("select-pane", "-t", "%2", "-T", HOSTILE.replace("#", "##"))
         bench.session("ä b", "-n", "third", "sleep 300", server="other")
         bench.session("away", "-n", "x", "sleep 300", server=bench.root + "/elsewhere socket")
-        bench.tmux("new-session", "-d", "-t", "one", "-s", "group")
-        bench.attach("group")
+        bench.tmux("new-session", "-d", "-t", "one", "-s", "viewed")
+        bench.attach("viewed")
         wait_for(lambda: any("agentIdentity" in row for row in bench.rows().values()), "the agent")
         rows = bench.rows()
         found = {title: [row.get(key) for key in ("agentIdentity", "connected", "worktreePath")]
                  for title, row in rows.items()}
         here = bench.root
         self.assertEqual(found, {
-            "group:0.0 · first": [None, True, here], "group:1.0 · second": ["claude", True, here + "/repo"],
-            f"group:0.1 · {HOSTILE}": [None, True, here],
+            "viewed:0.0 · first": [None, True, here], "viewed:1.0 · second": ["claude", True, here + "/repo"],
+            f"viewed:0.1 · {HOSTILE}": [None, True, here],
             "other/ä b:0.0 · third": [None, False, here],
             "elsewhere socket/away:0.0 · x": [None, False, here]})
         self.assertEqual(len({row["handle"] for row in rows.values()}), 5)
