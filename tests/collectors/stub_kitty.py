@@ -16,6 +16,9 @@ server.bind("\0" + name[1:] if name[0] == "@" else name)
 server.listen(8)
 shell = subprocess.Popen(["claude", "300"], executable="/bin/sleep", cwd=folder,
                          env={**os.environ, "KITTY_LISTEN_ON": "unix:" + name})
+# The kernel says that it has started before it can tell its command line.
+while not open(f"/proc/{shell.pid}/cmdline", "rb").read():
+    pass
 TREE = [{"id": 1, "platform_window_id": 99, "tabs": [{"id": 1, "windows": [
     {"id": 7, "title": "it's\n'; #(touch x)", "pid": shell.pid, "cwd": "/", "is_focused": True},
     {"id": 8, "title": "other", "pid": 0}]}]}]

@@ -11,7 +11,7 @@ import time
 
 import fabricated_machine  # noqa: F401  makes the collectors importable
 
-from ostrel_lib.automations.places import Places
+from ostrel_lib.places import Places
 from ostrel_lib.sessions.commands import listing, switched
 from ostrel_lib.sessions.scene import Scene
 

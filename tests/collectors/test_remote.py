@@ -11,7 +11,7 @@ import unittest
 from fabricated_machine import COLLECTORS
 from loopback_server import LoopbackServer, sshd_can_run
 
-from ostrel_lib.automations.places import Places
+from ostrel_lib.places import Places
 from ostrel_lib.remote.bridge import answered
 from ostrel_lib.remote.request import RULES, taken
 
@@ -142,7 +142,7 @@ class RemoteTest(unittest.TestCase):
             found = self.result(repoPath=repo, task=task)
             self.assertEqual(found["exitCode"], 3, found)
             self.assertEqual(json.loads(found["outputExcerpt"]),
-                             [["exec", "-"], folder, task, [3072 << 20, 60], 10])
+                             [["exec", "-"], folder, task, [3072 << 20, 60], min(19, os.nice(0) + 10)])
         self.assertFalse([name for _, _, names in os.walk(self.root) for name in names if name == "X"])
 
     def test_nothing_that_a_field_holds_is_ever_carried_out(self):

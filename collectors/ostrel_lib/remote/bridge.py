@@ -4,16 +4,16 @@ from __future__ import annotations
 
 import os
 
-from ostrel_lib.automations.bridge import put
-from ostrel_lib.automations.places import Places
-from ostrel_lib.automations.rows import clean
-from ostrel_lib.automations.timers import SSH
-from ostrel_lib.automations.tools import Interrupted, Outcome, end_on_request, run
 from ostrel_lib.files import read_within
 from ostrel_lib.jsontext import dump
+from ostrel_lib.oneline import clean
+from ostrel_lib.output import put
+from ostrel_lib.places import Places
 from ostrel_lib.remote.caps import MANNERS, effective, words
 from ostrel_lib.remote.program import COMMAND, conversation
 from ostrel_lib.remote.request import MOST_BYTES, Request, taken
+from ostrel_lib.ssh import SSH
+from ostrel_lib.tools import Interrupted, Outcome, end_on_request, run
 
 QUICK = 16.0
 """Seconds for what starts nothing; the reader waits for 18."""

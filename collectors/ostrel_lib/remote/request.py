@@ -2,9 +2,9 @@
 """The request that the bridge is given, taken key by key."""
 from __future__ import annotations
 
-from ostrel_lib.automations.server import valid_alias
 from ostrel_lib.jsontext import parse
 from ostrel_lib.remote.caps import PROFILES
+from ostrel_lib.ssh import valid_alias
 
 TYPE_CHECKING = False
 if TYPE_CHECKING:

@@ -4,15 +4,15 @@ from __future__ import annotations
 
 import os
 
-from ostrel_lib.automations.bridge import USAGE_STATUS, put
-from ostrel_lib.automations.places import Places
-from ostrel_lib.automations.rows import clean
-from ostrel_lib.automations.tools import Interrupted, end_on_request
 from ostrel_lib.jsontext import dump
+from ostrel_lib.oneline import clean
+from ostrel_lib.output import USAGE_STATUS, put
+from ostrel_lib.places import Places
 from ostrel_lib.sessions import kitty, tmux
 from ostrel_lib.sessions.raising import bring_forward
 from ostrel_lib.sessions.rows import rows
 from ostrel_lib.sessions.scene import GONE, Scene, Selected
+from ostrel_lib.tools import Interrupted, end_on_request
 
 BACKENDS = (tmux, kitty)
 

@@ -8,9 +8,9 @@ from __future__ import annotations
 
 import time
 
-from ostrel_lib.automations.rows import clean
 from ostrel_lib.files import read_list
 from ostrel_lib.jsontext import dump, parse
+from ostrel_lib.oneline import clean
 from ostrel_lib.sessions.scene import (
     GONE, PATIENCE, Listed, Scene, Selected, Terminal, address, key_of, owner_of,
 )

@@ -9,7 +9,7 @@ from __future__ import annotations
 import os
 import time
 
-from ostrel_lib.automations.rows import clean
+from ostrel_lib.oneline import clean
 from ostrel_lib.processes import Process
 from ostrel_lib.sessions.scene import Scene
 from ostrel_lib.sessions.xdisplay import Display

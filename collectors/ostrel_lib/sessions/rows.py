@@ -4,8 +4,8 @@ from __future__ import annotations
 
 import os
 
-from ostrel_lib.automations.rows import clean
 from ostrel_lib.files import number, read
+from ostrel_lib.oneline import clean
 from ostrel_lib.processes import Process, after_name
 from ostrel_lib.sessions.scene import Scene, Terminal
 from ostrel_lib.tree import Tree

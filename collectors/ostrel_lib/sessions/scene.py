@@ -6,9 +6,9 @@ import os
 import stat
 import time
 
-from ostrel_lib.automations.places import Places
-from ostrel_lib.automations.tools import Deadline
+from ostrel_lib.places import Places
 from ostrel_lib.processes import look_twice
+from ostrel_lib.tools import Deadline
 from ostrel_lib.tree import Tree
 
 TYPE_CHECKING = False

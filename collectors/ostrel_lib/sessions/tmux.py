@@ -10,11 +10,11 @@ from __future__ import annotations
 import os
 import stat
 
-from ostrel_lib.automations.places import Places
-from ostrel_lib.automations.rows import clean
-from ostrel_lib.automations.tools import Outcome, find, run
 from ostrel_lib.files import network
+from ostrel_lib.oneline import clean
+from ostrel_lib.places import Places
 from ostrel_lib.sessions.scene import GONE, PATIENCE, Listed, Scene, Selected, Terminal, key_of, owner_of
+from ostrel_lib.tools import Outcome, find, run
 
 PREFIX = "tmux"
 MOST_SERVERS = 64

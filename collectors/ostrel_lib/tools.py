@@ -1,6 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Running the schedulers' own tools: no shell, a language that can be parsed, a limit on time and on
-output."""
+"""Running other programs: no shell, a language that can be parsed, a limit on time and on output."""
 from __future__ import annotations
 
 import os
@@ -10,8 +9,8 @@ import subprocess
 import threading
 import time
 
-from ostrel_lib.automations.places import Places
-from ostrel_lib.automations.rows import clean
+from ostrel_lib.oneline import clean
+from ostrel_lib.places import Places
 
 MOST_OUTPUT = 16 << 20
 MOST_ERRORS = 64 << 10
