@@ -53,7 +53,8 @@ struct Bench : FakeMachine {
     [[nodiscard]] Lines titles()
     {
         Lines all;
-        for (const SessionRow& row : sessions->body().rows)
+        const SessionBody body = sessions->body();
+        for (const SessionRow& row : body.rows)
             all.push_back(row.title);
         return all;
     }
