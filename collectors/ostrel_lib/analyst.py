@@ -7,9 +7,8 @@ it rests on, and how much resident memory it is about.
 """
 from __future__ import annotations
 
-import os
-
 from ostrel_lib.facts import Facts
+from ostrel_lib.files import read_within
 from ostrel_lib.finding import (
     CRITICAL, LEVELS, WARNING, Finding, held, load_figures, mem, ram_figures, several, swap_figures,
 )
@@ -115,20 +114,6 @@ def analyze_input(descriptor: int) -> dict[str, object]:
     if type(snapshot) is not dict:
         return unreadable("it isn't a JSON object")
     return analysis(snapshot)
-
-
-def read_within(descriptor: int, most: int) -> bytes | None:
-    """All that a descriptor gives, as far as it can be read; None for more than `most` bytes."""
-    parts = []
-    try:
-        while part := os.read(descriptor, 1048576):
-            most -= len(part)
-            if most < 0:
-                return None
-            parts.append(part)
-    except OSError:
-        pass
-    return b"".join(parts)
 
 
 def unreadable(why: str) -> dict[str, object]:

@@ -58,6 +58,20 @@ def read_setting(path: str) -> bytes:
         os.close(file)
 
 
+def read_within(descriptor: int, most: int) -> bytes | None:
+    """All that a descriptor gives, as far as it can be read; None for more than `most` bytes."""
+    parts = []
+    try:
+        while part := os.read(descriptor, 1048576):
+            most -= len(part)
+            if most < 0:
+                return None
+            parts.append(part)
+    except OSError:
+        pass
+    return b"".join(parts)
+
+
 def network(proc_root: str, name: str) -> bytes:
     """One of the kernel's lists on the network as this process sees it. The folder that /proc shows for it is
     a link to where it really is, so the list is taken from there."""

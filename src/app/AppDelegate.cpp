@@ -74,11 +74,17 @@ AppDelegate::AppDelegate(const PlatformServices& services)
     , workloads_({ services.mainQueue, services.alerts, janitor_, maintenance_, snapshots_ })
     , automations_({ services.mainQueue, services.globalQueue, services.files, services.bundle,
           services.clock, services.children, services.alerts, services.workspace })
-    , panelState_ { tick_, snapshots_, history_, settings_, historyFilePath_ }
+    , terminals_(
+          { services.mainQueue, services.globalQueue, services.bundle, services.clock, services.children })
+    , liveSessions_({ services.mainQueue, services.alerts, services.pasteboard })
+    , server_({ services.mainQueue, services.globalQueue, services.files, services.bundle, services.children,
+          services.defaults })
+    , panelState_ { tick_, snapshots_, history_, settings_, historyFilePath_,
+        [this] { return server_.state().health.has_value(); } }
     , frame_(panelState_,
           { services.clock, { services.runLoop, services.mainQueue, services.workspace, services.occlusion },
               services.alerts, services.defaults, services.processInfo, analyst_, maintenance_, janitor_,
-              workloads_, automations_ },
+              workloads_, automations_, terminals_, liveSessions_, server_ },
           liveRegistry_)
     , panel_(frame_, settings_,
           { services.popovers, services.events, services.workspace, services.screens, services.defaults,
@@ -128,6 +134,9 @@ AppDelegate::AppDelegate(const PlatformServices& services)
             frame_.switchMode(*mode);
     });
     automations_.connect(frame_);
+    terminals_.connect(frame_);
+    liveSessions_.connect(frame_);
+    server_.connect(frame_);
     frame_.setActions({ .close = [this](std::string_view reason) { panel_.close(reason); },
         .setPinned = [this](bool pinned) { panel_.setPinned(pinned); },
         .setTheme = [this](ZOLThemePolicy::Mode mode) { theme_.setTheme(mode); },
@@ -155,6 +164,7 @@ bool AppDelegate::applicationDidFinishLaunching(const LaunchWish& wish)
     ZOLHintCard::font = OstrelStyle::mono;
     ZOLAppShellStyle::font = OstrelStyle::mono;
     settings_.loadSettings(tick_);
+    server_.loadSettings();
     history_ = OstrelHistory::load(services_.files, historyFilePath_, services_.clock.now());
     snapshots_.ensureCollectorAvailable();
     barItem_.setupStatusItem([this] { return serviceMenu_.rebuildMenu(); });

@@ -21,6 +21,7 @@
 #include "history/OstrelHistory.h"
 #include "janitor/JanitorTab.h"
 #include "panel/LiveRegistry.h"
+#include "panel/LiveSessions.h"
 #include "panel/LiveValues.h"
 #include "panel/PanelController.h"
 #include "panel/PanelFrame.h"
@@ -28,6 +29,8 @@
 #include "panel/Workloads.h"
 #include "readings/CPUSampler.h"
 #include "readings/NativeTick.h"
+#include "sessions/RemoteServer.h"
+#include "sessions/SessionPanel.h"
 
 #include <memory>
 #include <optional>
@@ -63,6 +66,8 @@ public:
     [[nodiscard]] ThemeSwitch& theme() { return theme_; }
     [[nodiscard]] JanitorTab& janitorTab() { return janitor_; }
     [[nodiscard]] AutomationsTab& automationsTab() { return automations_; }
+    [[nodiscard]] SessionPanel& sessionPanel() { return terminals_; }
+    [[nodiscard]] RemoteServer& server() { return server_; }
     [[nodiscard]] BarItem& barItem() { return barItem_; }
     [[nodiscard]] HintController& hints() { return hints_; }
     [[nodiscard]] const OstrelHistory& history() const { return history_; }
@@ -93,6 +98,9 @@ private:
     JanitorTab janitor_;
     Workloads workloads_;
     AutomationsTab automations_;
+    SessionPanel terminals_;
+    LiveSessions liveSessions_;
+    RemoteServer server_;
     LiveRegistry liveRegistry_;
     PanelState panelState_;
     PanelFrame frame_;

@@ -12,6 +12,7 @@
 #include "platform/GlobalQueue.h"
 #include "platform/Kernel.h"
 #include "platform/MainQueue.h"
+#include "platform/Pasteboard.h"
 #include "platform/Popover.h"
 #include "platform/ProcessInfo.h"
 #include "platform/ProcessSignals.h"
@@ -45,6 +46,7 @@ struct PlatformServices {
     platform::StatusBar& statusBar;
     platform::DistributedNotificationCenter& notifications;
     platform::Workspace& workspace;
+    platform::Pasteboard& pasteboard;
     platform::WindowOcclusion& occlusion;
     platform::Popovers& popovers;
     platform::EventMonitor& events;

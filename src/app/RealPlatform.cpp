@@ -39,6 +39,7 @@ PlatformServices RealPlatform::services()
         .statusBar = statusBar_,
         .notifications = notifications_,
         .workspace = workspace_,
+        .pasteboard = pasteboard_,
         .occlusion = occlusion_,
         .popovers = popovers_,
         .events = events_,

@@ -16,6 +16,7 @@
 #include "platform/qt/QtDistributedNotificationCenter.h"
 #include "platform/qt/QtFloatingWindows.h"
 #include "platform/qt/QtMainQueue.h"
+#include "platform/qt/QtPasteboard.h"
 #include "platform/qt/QtPopover.h"
 #include "platform/qt/QtRunLoop.h"
 #include "platform/qt/QtScreens.h"
@@ -52,6 +53,7 @@ private:
     platform::QtStatusBar statusBar_;
     platform::QtDistributedNotificationCenter notifications_;
     platform::QtWorkspace workspace_;
+    platform::QtPasteboard pasteboard_;
     platform::X11WindowOcclusion occlusion_;
     platform::QtScreens screens_;
     platform::QtPopovers popovers_;

@@ -24,15 +24,6 @@ std::string_view keyOf(std::string_view command, bool apply)
     return apply ? Maintenance::compactKey : Maintenance::previewKey;
 }
 
-/// A value of the answer as it arrived, of whatever type.
-std::string shown(const json::Value& answer, std::string_view key, std::string_view fallback)
-{
-    const json::Value* value = json::member(answer, key);
-    if (!value)
-        return std::string(fallback);
-    return json::asText(*value).value_or(json::dump(*value));
-}
-
 } // namespace
 
 std::string maintenanceResult(std::string_view command, const CollectorResult& result)
@@ -43,11 +34,11 @@ std::string maintenanceResult(std::string_view command, const CollectorResult& r
     if (command == auditCommand)
         return fmt::format("MCP audit: {} observed; {} detached for review. 0 terminated. All discovered "
                            "processes protected.",
-            shown(*answer, "mcp_processes", "0"), shown(*answer, "found", "0"));
+            json::printed(*answer, "mcp_processes", "0"), json::printed(*answer, "found", "0"));
     return fmt::format("Own history: {}; {} → {} bytes. No RAM freed. Disk freed 0 bytes; an applied "
                        "compaction retains a backup.",
-        shown(*answer, "status", "unknown"), shown(*answer, "before_bytes", "0"),
-        shown(*answer, "after_bytes", "0"));
+        json::printed(*answer, "status", "unknown"), json::printed(*answer, "before_bytes", "0"),
+        json::printed(*answer, "after_bytes", "0"));
 }
 
 Maintenance::Maintenance(

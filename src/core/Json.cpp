@@ -170,4 +170,12 @@ std::int64_t integerOr(const Value& object, std::string_view key, std::int64_t f
     return orElse(integer(object, key), fallback);
 }
 
+std::string printed(const Value& object, std::string_view key, std::string_view fallback)
+{
+    const Value* found = member(object, key);
+    if (!found)
+        return std::string(fallback);
+    return asText(*found).value_or(dump(*found));
+}
+
 } // namespace ostrel::json

@@ -52,4 +52,7 @@ using Value = nlohmann::json;
 [[nodiscard]] double numberOr(const Value& object, std::string_view key, double fallback);
 [[nodiscard]] std::int64_t integerOr(const Value& object, std::string_view key, std::int64_t fallback);
 
+/// The member as it arrived, of whatever type: a text as it is, all else as JSON.
+[[nodiscard]] std::string printed(const Value& object, std::string_view key, std::string_view fallback);
+
 } // namespace ostrel::json

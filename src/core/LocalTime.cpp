@@ -2,8 +2,10 @@
 #include "core/LocalTime.h"
 
 #include <ctime>
+#include <string_view>
 
 #include <fmt/format.h>
+#include <langinfo.h>
 
 namespace ostrel {
 
@@ -35,6 +37,20 @@ std::string localClockText(std::chrono::system_clock::time_point instant)
     if (!time)
         return "--:--:--";
     return fmt::format("{:02}:{:02}:{:02}", time->hour, time->minute, time->second);
+}
+
+std::string localShortTimeText(std::chrono::system_clock::time_point instant)
+{
+    const auto time = localClockTime(instant);
+    if (!time)
+        return "--:--";
+    const std::string_view style = nl_langinfo(T_FMT);
+    const auto countsBy = [&](std::string_view sign) { return style.find(sign) != std::string_view::npos; };
+    if (!countsBy("%r") && !countsBy("%I") && !countsBy("%l"))
+        return fmt::format("{:02}:{:02}", time->hour, time->minute);
+    constexpr int half = 12;
+    return fmt::format("{}:{:02} {}", time->hour % half == 0 ? half : time->hour % half, time->minute,
+        nl_langinfo(time->hour < half ? AM_STR : PM_STR));
 }
 
 std::string localDayText(std::chrono::system_clock::time_point instant)

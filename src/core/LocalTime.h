@@ -22,6 +22,10 @@ struct ClockTime {
 /// The same as "HH:mm:ss"; "--:--:--" beyond the calendar.
 [[nodiscard]] std::string localClockText(std::chrono::system_clock::time_point instant);
 
+/// The same without seconds, in the locale's way of counting: "15:05", or "3:05 PM"; "--:--" beyond the
+/// calendar.
+[[nodiscard]] std::string localShortTimeText(std::chrono::system_clock::time_point instant);
+
 /// The local day as "yyyy-MM-dd"; "----------" beyond the calendar.
 [[nodiscard]] std::string localDayText(std::chrono::system_clock::time_point instant);
 

@@ -118,6 +118,24 @@ std::string_view firstSigns(std::string_view text, std::size_t most)
     return text.substr(0, end);
 }
 
+std::string_view lastSigns(std::string_view text, std::size_t most)
+{
+    const auto goesOn = [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; };
+    std::size_t begin = text.size();
+    for (std::size_t count = 0; count < most && begin > 0; ++count)
+        while (--begin > 0 && goesOn(text[begin])) { }
+    return text.substr(begin);
+}
+
+std::string oneLine(std::string_view text)
+{
+    std::string line(text);
+    for (char& c : line)
+        if (static_cast<unsigned char>(c) < ' ' || c == '\x7f')
+            c = ' ';
+    return line;
+}
+
 std::string fileUrl(std::string_view path)
 {
     constexpr std::string_view plain = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-._~/";

@@ -31,6 +31,12 @@ namespace ostrel {
 /// The first signs of a text, `most` of them; a byte that isn't valid UTF-8 counts as one.
 [[nodiscard]] std::string_view firstSigns(std::string_view text, std::size_t most);
 
+/// The last signs of a text, `most` of them; the text is well-formed UTF-8.
+[[nodiscard]] std::string_view lastSigns(std::string_view text, std::size_t most);
+
+/// With a blank in the place of everything that would break the line, as in a name that holds line ends.
+[[nodiscard]] std::string oneLine(std::string_view text);
+
 /// The address of a file or folder, for the desktop: every byte that could mean something else is escaped.
 [[nodiscard]] std::string fileUrl(std::string_view path);
 

@@ -169,15 +169,6 @@ std::string shownTitle(const JanitorState& state, std::string_view group)
 
 bool isAgentsGroup(std::string_view group) { return group.starts_with(agentsPrefix); }
 
-std::string oneLine(std::string_view text)
-{
-    std::string line(text);
-    for (char& c : line)
-        if (static_cast<unsigned char>(c) < ' ' || c == '\x7f')
-            c = ' ';
-    return line;
-}
-
 std::string filesText(const JanitorPreview& preview)
 {
     return fmt::format("{} files · {}", preview.count, mb(preview.sizeMB));

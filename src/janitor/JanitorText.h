@@ -41,8 +41,6 @@ struct JanitorState {
 [[nodiscard]] std::string_view groupTitle(std::string_view group);
 /// The title that is shown: the script's, if it has one.
 [[nodiscard]] std::string shownTitle(const JanitorState& state, std::string_view group);
-/// A text of a script's on one line: line breaks and other control characters become blanks.
-[[nodiscard]] std::string oneLine(std::string_view text);
 
 /// Whether a group is one of the agents' files, which have rows of their own.
 [[nodiscard]] bool isAgentsGroup(std::string_view group);

@@ -2,13 +2,27 @@
 #include "panel/FocusMemory.h"
 
 #include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QTextCursor>
 #include <QWidget>
+
+#include <algorithm>
 
 namespace ostrel {
 
 namespace {
 
 QString kindOf(const QWidget& view) { return QString::fromLatin1(view.metaObject()->className()); }
+
+/// Changes nothing where all is as it was: a change means to others that somebody has typed.
+void write(QPlainTextEdit& area, const FocusMemory::Typed& typed)
+{
+    if (area.toPlainText() != typed.text)
+        area.setPlainText(typed.text);
+    QTextCursor caret = area.textCursor();
+    caret.setPosition(std::min(typed.cursor, static_cast<int>(typed.text.size())));
+    area.setTextCursor(caret);
+}
 
 } // namespace
 
@@ -33,6 +47,8 @@ std::optional<FocusMemory> FocusMemory::of(const QWidget& tree)
     }
     if (const auto* field = qobject_cast<const QLineEdit*>(focused))
         memory.typed = Typed { field->text(), field->cursorPosition() };
+    else if (const auto* area = qobject_cast<const QPlainTextEdit*>(focused))
+        memory.typed = Typed { area->toPlainText(), area->textCursor().position() };
     return memory;
 }
 
@@ -49,7 +65,8 @@ bool FocusMemory::restore(const QWidget& tree) const
         if (auto* field = qobject_cast<QLineEdit*>(view); field && typed) {
             field->setText(typed->text);
             field->setCursorPosition(typed->cursor);
-        }
+        } else if (auto* area = qobject_cast<QPlainTextEdit*>(view); area && typed)
+            write(*area, *typed);
         return view->isEnabled();
     }
     return false;

@@ -69,9 +69,4 @@ void renderNotice(
     addRetry(body, std::move(retry));
 }
 
-void renderUnbuilt(QVBoxLayout& body, OstrelMode mode)
-{
-    addText(body, fmt::format("{}: this version has no such tab yet.", words(mode).title));
-}
-
 } // namespace ostrel

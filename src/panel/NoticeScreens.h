@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "core/OstrelMode.h"
 #include "panel/BodyScreen.h"
 
 #include <functional>
@@ -16,8 +15,5 @@ namespace ostrel {
 /// does.
 void renderNotice(
     QVBoxLayout& body, BodyScreen screen, const std::string& backendState, std::function<void()> retry);
-
-/// Draws the one line of a tab that this version doesn't have.
-void renderUnbuilt(QVBoxLayout& body, OstrelMode mode);
 
 } // namespace ostrel

@@ -27,10 +27,12 @@
 #include "panel/PanelSize.h"
 #include "panel/ReadoutText.h"
 #include "panel/RetiredViews.h"
+#include "panel/SessionsTab.h"
 #include "panel/SettingsTab.h"
 #include "panel/SlimScrollBar.h"
 #include "panel/SystemTab.h"
 #include "panel/WorkloadsTab.h"
+#include "sessions/ServerView.h"
 
 #include <QScrollArea>
 #include <QScrollBar>
@@ -236,6 +238,9 @@ void PanelFrame::fillBody(QVBoxLayout& body)
             body, *data, state_, services_.janitor, services_.analyst, services_.maintenance);
     case OstrelMode::processes:
         return renderProcesses(body, *data, services_.workloads);
+    case OstrelMode::sessions:
+        return renderSessions(body, *data, state_,
+            { services_.automations, services_.terminals, services_.liveSessions, *this });
     case OstrelMode::cleanup:
         return body.addWidget(cleanupView(services_.janitor, contentWidth));
     case OstrelMode::automations:
@@ -245,12 +250,9 @@ void PanelFrame::fillBody(QVBoxLayout& body)
         return renderSettings(body, services_.automations, services_.janitor);
     case OstrelMode::server:
         // Like the settings it owns the readout.
-        set(words(mode_).hint);
-        break;
-    default:
-        break;
+        set(serverReadout(services_.server.state().busy));
+        return renderServer(body, services_.server, contentWidth);
     }
-    renderUnbuilt(body, mode_);
 }
 
 void PanelFrame::renderBodyThrottled(bool force)

@@ -12,12 +12,15 @@
 #include "janitor/JanitorTab.h"
 #include "panel/FocusMemory.h"
 #include "panel/LiveRegistry.h"
+#include "panel/LiveSessions.h"
 #include "panel/PanelContent.h"
 #include "panel/PanelState.h"
 #include "panel/Workloads.h"
 #include "platform/Alerts.h"
 #include "platform/Clock.h"
 #include "platform/ProcessInfo.h"
+#include "sessions/RemoteServer.h"
+#include "sessions/SessionPanel.h"
 
 #include <QPointer>
 
@@ -52,6 +55,9 @@ public:
         JanitorTab& janitor;
         Workloads& workloads;
         AutomationsTab& automations;
+        SessionPanel& terminals;
+        LiveSessions& liveSessions;
+        RemoteServer& server;
     };
 
     /// What the frame's controls lead to. Each must be there before `makeContent`.

@@ -35,7 +35,7 @@ class Schedulers:
     """Units, tables and files that a test lays down, and the bridge run on them. Time stands still."""
 
     def __init__(self, test) -> None:
-        from ostrel_lib.automations.places import Places
+        from ostrel_lib.places import Places
 
         previous = os.environ.get("TZ")
         os.environ["TZ"] = "UTC"

@@ -8,7 +8,7 @@ import unittest
 
 from schedulers import NOW, RECEIPTS, SCRIPT, Schedulers
 
-from ostrel_lib.automations import tools
+from ostrel_lib import tools
 
 FAILED = "d9b373ed55a64feb8242e02dbe79a49c"
 DONE = "39f53479d3a045ac8e11786248231fbf"

@@ -7,7 +7,7 @@ import unittest
 from schedulers import NOW, REGISTRY, Schedulers
 
 from ostrel_lib.automations import agents, cron, crontime, quota, registry
-from ostrel_lib.automations.tools import Deadline
+from ostrel_lib.tools import Deadline
 
 
 def cron_of(box: Schedulers):
@@ -34,7 +34,7 @@ class CronTest(unittest.TestCase):
             ("0 0 31 2 *", ""),
         ):
             at = crontime.next_time(crontime.rhythm(fields), box.now)
-            from ostrel_lib.automations.places import iso
+            from ostrel_lib.places import iso
             self.assertEqual(iso(at)[:16] if at else "", expected, fields)
 
     def test_fields_that_cron_would_refuse_have_no_rhythm(self):

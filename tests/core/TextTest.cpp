@@ -65,6 +65,10 @@ TEST(Text, CutsBetweenSignsAndTakesABrokenByteForOne)
         { "😀b", 1, "😀" } };
     for (const auto& [text, most, first] : cases)
         EXPECT_EQ(firstSigns(text, most), first) << text;
+    const std::tuple<const char*, std::size_t, const char*> ends[] { { "abc", 2, "bc" }, { "abc", 9, "abc" },
+        { "aé€😀", 2, "€😀" }, { "€", 0, "" }, { "€", 1, "€" }, { "", 3, "" } };
+    for (const auto& [text, most, last] : ends)
+        EXPECT_EQ(lastSigns(text, most), last) << text;
 }
 
 TEST(Text, AFilesAddressEscapesWhatAnAddressWouldRead)

@@ -5,6 +5,8 @@
 names PID        prints a JSON array of [name, selected] for all that is showing, in reading order
 press PID NAME [WITHIN]
                  presses the button of that name, in the view of the other one; 1 when there is none
+focus PID NAME   gives the keyboard to the text field of that name; 1 when there is none
+typed PID NAME   prints what is in the text field of that name; 1 when there is none
 menu PID NAME    opens the menu of the view of that name; 1 when there is none
 listen PID       prints a name and 1 or 0 for each view that becomes the selected one, or ceases to be
 follow PID       prints each new text of a view whose text changes
@@ -47,6 +49,26 @@ def press(pid, name, within=""):
     return 1
 
 
+def field(pid, name):
+    """The text field of that name that can be typed in."""
+    return next((node for node in views(pid) if node.name == name and node.getState().contains(
+        pyatspi.STATE_EDITABLE) and node.getState().contains(pyatspi.STATE_SENSITIVE)), None)
+
+
+def focus(pid, name):
+    found = field(pid, name)
+    return 0 if found and found.queryComponent().grabFocus() else 1
+
+
+def typed(pid, name):
+    found = field(pid, name)
+    if not found:
+        return 1
+    text = found.queryText()
+    print(json.dumps(text.getText(0, text.characterCount)))
+    return 0
+
+
 def menu(pid, name):
     for node in views(pid):
         if node.name == name:
@@ -87,5 +109,6 @@ def alerts(pid):
 
 
 command, process, *rest = sys.argv[1:]
-verbs = {"names": names, "press": press, "menu": menu, "listen": listen, "follow": follow, "alerts": alerts}
+verbs = {"names": names, "press": press, "focus": focus, "typed": typed, "menu": menu,
+         "listen": listen, "follow": follow, "alerts": alerts}
 sys.exit(verbs[command](int(process), *rest))

@@ -5,6 +5,7 @@ OSTREL_PROGRAM names the built program.
 """
 import json
 import os
+import shutil
 import signal
 import subprocess
 import tempfile
@@ -15,6 +16,7 @@ import bus
 import screen
 from private_desktop import GENEROUS, TRAY_HEIGHT, PrivateDesktop
 
+SOURCE = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 SETTINGS_FILE = ".config/zol-mini-apps/dev.quent.ostrel.json"
 
 
@@ -22,7 +24,9 @@ class DesktopCase(unittest.TestCase):
     """A test class on one desktop. Each program that a test starts has to end well when it is asked to."""
     DESKTOP: dict[str, Any] = {}
     desktop: PrivateDesktop
+    environ: dict[str, str] = {}  # of each program beyond the desktop's
     home: str  # of the program that was started last
+    collectors: str  # beside the copy of the program that was started last
 
     @classmethod
     def setUpClass(cls) -> None:
@@ -42,10 +46,32 @@ class DesktopCase(unittest.TestCase):
 
     def start_again(self, *arguments: str) -> subprocess.Popen:
         """Starts the instrument in the home of the one that was started last."""
-        command = [os.path.abspath(os.environ["OSTREL_PROGRAM"]), *arguments]
-        process = self.desktop.start("ostrel", command, self.desktop.home_environment(self.home))
+        return self.start_program(os.path.abspath(os.environ["OSTREL_PROGRAM"]), *arguments)
+
+    def start_program(self, *command: str) -> subprocess.Popen:
+        """Starts a program as the instrument, in the present home."""
+        environ = {**self.desktop.home_environment(self.home), **self.environ}
+        process = self.desktop.start("ostrel", list(command), environ)
         self.addCleanup(self.end, process)
         return process
+
+    def start_with_scripts(self, scripts: dict[str, str], home: str) -> subprocess.Popen:
+        """Starts a copy of the program beside which some scripts are other ones, in a home that is there.
+        Children get a fixed search path, so what stands in for a tool is told to a script by its main."""
+        self.home = home
+        app = tempfile.mkdtemp(dir=self.desktop.folder)
+        built = os.path.dirname(os.path.abspath(os.environ["OSTREL_PROGRAM"]))
+        collectors = f"{app}/share/ostrel/collectors"
+        os.makedirs(collectors)
+        shutil.copy(os.environ["OSTREL_PROGRAM"], f"{app}/ostrel")
+        os.symlink(os.path.realpath(f"{built}/share/ostrel/icons"), f"{app}/share/ostrel/icons")
+        for name in ("ostrel_lib", "ostrel.py"):
+            os.symlink(f"{SOURCE}/collectors/{name}", f"{collectors}/{name}")
+        for name, text in scripts.items():
+            with open(f"{collectors}/{name}", "w", encoding="utf-8") as file:
+                file.write(text)
+        self.collectors = collectors
+        return self.start_program(f"{app}/ostrel")
 
     def end(self, process: subprocess.Popen) -> None:
         """Asks the instrument to end and checks that it does, without a fault."""

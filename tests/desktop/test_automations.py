@@ -4,20 +4,18 @@ import glob
 import json
 import os
 import re
-import shutil
 import subprocess
 import sys
 import unittest
 
 import screen
+from desktop_case import SOURCE
 from test_panel import PanelCase
 
-SOURCE = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 sys.path.insert(0, f"{SOURCE}/tests/collectors")
 
 from schedulers import RECEIPTS, Schedulers  # noqa: E402
 
-# Children get a fixed search path, so the bridge's main file tells it where the tools of this machine are.
 MAIN = """
 import os, sys
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
@@ -59,18 +57,8 @@ class Automations(PanelCase):
 
     def start_on_machine(self) -> subprocess.Popen:
         """Starts a copy of the program whose bridge works on the made-up machine, and goes to the tab."""
-        app = f"{self.machine.root}/app"
-        built = os.path.dirname(os.path.abspath(os.environ["OSTREL_PROGRAM"]))
-        os.makedirs(f"{app}/share/ostrel/collectors")
-        shutil.copy(os.environ["OSTREL_PROGRAM"], f"{app}/ostrel")
-        os.symlink(os.path.realpath(f"{built}/share/ostrel/icons"), f"{app}/share/ostrel/icons")
-        for name in ("ostrel_lib", "ostrel.py"):
-            os.symlink(f"{SOURCE}/collectors/{name}", f"{app}/share/ostrel/collectors/{name}")
-        with open(f"{app}/share/ostrel/collectors/automations_bridge.py", "w", encoding="utf-8") as file:
-            file.write(MAIN.format(root=self.machine.root))
-        self.home = self.machine.home
-        process = self.desktop.start("ostrel", [f"{app}/ostrel"], self.desktop.home_environment(self.home))
-        self.addCleanup(self.end, process)
+        scripts = {"automations_bridge.py": MAIN.format(root=self.machine.root)}
+        process = self.start_with_scripts(scripts, self.machine.home)
         self.wait_for_keyboard()
         screen.press(self.desktop, "7")
         return process
@@ -135,7 +123,8 @@ class Automations(PanelCase):
         self.said(process, "2 matches · page 1/1")
         self.press(process, "unverified")
         self.said(process, "systemctl printed something that isn't a list of timers")
-        self.machine.write("app/share/ostrel/collectors/automations_bridge.py", "print('{}')\nexit(3)\n")
+        with open(f"{self.collectors}/automations_bridge.py", "w", encoding="ascii") as file:
+            file.write("print('{}')\nexit(3)\n")
         self.press(process, "refresh inventory")
         self.said(process, "inventory: inventory unavailable")
         self.said(process, "0 entries · 0 enabled")

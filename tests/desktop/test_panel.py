@@ -49,6 +49,19 @@ class PanelCase(DesktopCase):
         """Presses the button of that name as a screen reader does, once it is there."""
         self.act("press", process, name, within)
 
+    def typed(self, process: subprocess.Popen, field: str) -> str:
+        """What is in the text field of that name."""
+        told = self.desktop.run([sys.executable, ACCESSIBLE, "typed", str(process.pid), field]).stdout
+        return json.loads(told or '""')
+
+    def type(self, process: subprocess.Popen, field: str, text: str) -> None:
+        """Gives the keyboard to a text field, types at its end, and waits until it is there."""
+        before = self.typed(process, field)
+        self.act("focus", process, field)
+        screen.press(self.desktop, "ctrl+End")
+        self.desktop.run(["xdotool", "type", "--delay", "1", text])
+        self.wait_for(f"{text} in {field}", lambda: self.typed(process, field) == before + text)
+
     def act(self, verb: str, process: subprocess.Popen, *names: str) -> None:
         """Lets the screen reader do something in a process, once it can."""
         command = [sys.executable, ACCESSIBLE, verb, str(process.pid), *filter(None, names)]

@@ -7,6 +7,7 @@
 #include "support/FakeFloatingWindows.h"
 #include "support/FakeMachine.h"
 #include "support/FakeOcclusion.h"
+#include "support/FakePasteboard.h"
 #include "support/FakePopovers.h"
 #include "support/FakeProcessSignals.h"
 #include "support/FakeRunningInstances.h"
@@ -53,8 +54,8 @@ struct FakePlatform : FakeMachine {
     [[nodiscard]] ostrel::PlatformServices services()
     {
         return { kernel, machine, children, processSignals, defaults, files, bundle, time, time, time,
-            globalQueue, statusBar, notifications, workspace, occlusion, popovers, mouse, screens, alerts,
-            floatingWindows, urlEvents, instances, [this] { ++quits; } };
+            globalQueue, statusBar, notifications, workspace, pasteboard, occlusion, popovers, mouse, screens,
+            alerts, floatingWindows, urlEvents, instances, [this] { ++quits; } };
     }
 
     Machine machine;
@@ -62,6 +63,7 @@ struct FakePlatform : FakeMachine {
     FakeStatusBar statusBar;
     Notifications notifications;
     FakeWorkspace workspace;
+    FakePasteboard pasteboard;
     FakeOcclusion occlusion;
     FakePopovers popovers;
     FakeSurfaceHosts mouse;

@@ -60,9 +60,13 @@ struct AskingBench : StateBench {
         workspace } };
     Workloads workloads { { queue, alerts, janitor, maintenance, snapshots } };
     AutomationsTab automations { { queue, globalQueue, files, bundle, time, children, alerts, workspace } };
+    SessionPanel terminals { { queue, globalQueue, bundle, time, children } };
+    FakePasteboard pasteboard;
+    LiveSessions liveSessions { { queue, alerts, pasteboard } };
+    RemoteServer server { { queue, globalQueue, files, bundle, children, defaults } };
     PanelFrame frame { { tick, snapshots, history, settings },
         { time, { time, queue, workspace, occlusion }, alerts, defaults, processInfo, analyst, maintenance,
-            janitor, workloads, automations },
+            janitor, workloads, automations, terminals, liveSessions, server },
         live };
     std::unique_ptr<QWidget> root;
 };

@@ -9,11 +9,12 @@ from __future__ import annotations
 import signal
 
 from ostrel_lib.automations import systemd
-from ostrel_lib.automations.places import Places
 from ostrel_lib.automations.receipts import Receipt
-from ostrel_lib.automations.rows import LANE_KEYS, clean, usable_id
+from ostrel_lib.automations.rows import LANE_KEYS, usable_id
 from ostrel_lib.automations.timers import Manager, show
-from ostrel_lib.automations.tools import Deadline, Interrupted, Outcome, run
+from ostrel_lib.oneline import clean
+from ostrel_lib.places import Places
+from ostrel_lib.tools import Deadline, Interrupted, Outcome, run
 
 OPS = ("run", "disable", "enable", "plan")
 SECONDS = 90.0

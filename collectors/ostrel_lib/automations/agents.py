@@ -6,10 +6,11 @@ from __future__ import annotations
 import os
 import sys
 
-from ostrel_lib.automations.places import Places, iso
-from ostrel_lib.automations.rows import Found, automation, clean, text_of, usable_id
+from ostrel_lib.automations.rows import Found, automation, text_of, usable_id
 from ostrel_lib.automations.smallfile import read_file, read_json, texts
 from ostrel_lib.files import names
+from ostrel_lib.oneline import clean
+from ostrel_lib.places import Places, iso
 
 MOST_JOBS = 5000
 MOST_RUNS = 20

@@ -2,12 +2,10 @@
 """The commands of `automations_bridge.py`. What a command needs is imported only when it is asked for."""
 from __future__ import annotations
 
-import os
-
 from ostrel_lib.automations import cache
-from ostrel_lib.automations.places import Places, iso
+from ostrel_lib.output import USAGE_STATUS, put
+from ostrel_lib.places import Places, iso
 
-USAGE_STATUS = 2
 QUICK = 22.0
 REFRESH = 280.0
 """Seconds that a first and an asked-for reading may take; the reader waits for 30 and 330."""
@@ -33,7 +31,7 @@ def print_inventory(places: Places, refresh: bool) -> int:
     text: bytes | memoryview = b"" if refresh else cache.load(places.cache, places.clock())
     if not text:
         from ostrel_lib.automations.inventory import collect
-        from ostrel_lib.automations.tools import Interrupted, end_on_request
+        from ostrel_lib.tools import Interrupted, end_on_request
 
         end_on_request()
         try:
@@ -47,7 +45,7 @@ def print_inventory(places: Places, refresh: bool) -> int:
 
 def print_answer(command: str, words: list[str], places: Places) -> int:
     """Prints what `journal` or `act` has to tell."""
-    from ostrel_lib.automations.tools import Interrupted, end_on_request
+    from ostrel_lib.tools import Interrupted, end_on_request
     from ostrel_lib.jsontext import dump
 
     end_on_request()
@@ -83,15 +81,3 @@ def parse(words: list[str], names: tuple[str, ...]) -> tuple[dict[str, str], str
             return options, "the command line holds " + ascii(word[:80]) + " where it has no place"
     missing = [name for name in names if name not in options and name != "--target"]
     return options, "the command line lacks " + missing[0] if missing else ""
-
-
-def put(descriptor: int, data: bytes | memoryview) -> bool:
-    """Writes past Python's own streams, which fail once more at the interpreter's end when the reader has
-    gone. Whether all of it was taken."""
-    left = memoryview(data)
-    try:
-        while left:
-            left = left[os.write(descriptor, left):]
-    except OSError:
-        return False
-    return True

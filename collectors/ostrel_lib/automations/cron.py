@@ -7,11 +7,11 @@ import stat
 from hashlib import blake2s
 
 from ostrel_lib.automations import crontime
-from ostrel_lib.automations.places import Places, iso
 from ostrel_lib.automations.rows import Found, automation
 from ostrel_lib.automations.smallfile import read_file
-from ostrel_lib.automations.tools import Deadline, find, run
 from ostrel_lib.files import names, read
+from ostrel_lib.places import Places, iso
+from ostrel_lib.tools import Deadline, find, run
 
 MOST_LINES = 10000
 MOST_FILE = 4 << 20

@@ -5,10 +5,10 @@ from __future__ import annotations
 import os
 
 from ostrel_lib.automations.cron import cron_jobs
-from ostrel_lib.automations.places import Places
 from ostrel_lib.automations.rows import Found
 from ostrel_lib.automations.timers import Manager, read
-from ostrel_lib.automations.tools import Deadline, run
+from ostrel_lib.places import Places
+from ostrel_lib.tools import Deadline, run
 
 ALWAYS = "this machine · also while you are logged out"
 LOGGED_IN = "this machine · only while you are logged in"

@@ -5,11 +5,12 @@ from __future__ import annotations
 from ostrel_lib.automations import cache, registry
 from ostrel_lib.automations.agents import codex_jobs, orca_jobs
 from ostrel_lib.automations.here import machine_jobs
-from ostrel_lib.automations.places import Places, iso
 from ostrel_lib.automations.quota import quotas
-from ostrel_lib.automations.rows import LANE_KEYS, Found, clean, lane_record
+from ostrel_lib.automations.rows import LANE_KEYS, Found, lane_record
 from ostrel_lib.automations.server import server_timers
 from ostrel_lib.jsontext import dump
+from ostrel_lib.oneline import clean
+from ostrel_lib.places import Places, iso
 
 MOST_ALERTS = 40
 MOST_ROWS = 40000

@@ -5,10 +5,11 @@ from __future__ import annotations
 import json
 
 from ostrel_lib.automations import systemd
-from ostrel_lib.automations.places import Places, iso
-from ostrel_lib.automations.rows import LANE_KEYS, clean, text_of, usable_id
+from ostrel_lib.automations.rows import LANE_KEYS, text_of, usable_id
 from ostrel_lib.automations.timers import Manager, ask, show
-from ostrel_lib.automations.tools import Deadline
+from ostrel_lib.oneline import clean
+from ostrel_lib.places import Places, iso
+from ostrel_lib.tools import Deadline
 
 SECONDS = 45.0
 """For all calls together; the reader waits for 60."""
@@ -99,7 +100,7 @@ def entries_of(manager: Manager, option: str, value: str) -> tuple[list[dict[str
 
         outcome = remote(manager, ["journalctl", *options, option], [value])
     else:
-        from ostrel_lib.automations.tools import run
+        from ostrel_lib.tools import run
 
         outcome = run(manager.places, ["journalctl", *options, f"{option}={value}"], manager.deadline.left())
     entries = []

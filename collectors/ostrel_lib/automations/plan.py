@@ -9,9 +9,9 @@ from hashlib import blake2s
 
 from ostrel_lib.automations import cache
 from ostrel_lib.automations.act import Done
-from ostrel_lib.automations.places import Places
-from ostrel_lib.automations.rows import clean
 from ostrel_lib.automations.smallfile import parse_json
+from ostrel_lib.oneline import clean
+from ostrel_lib.places import Places
 
 FACTS = (
     ("scheduler", "lane_title"), ("host", "host"), ("id", "id"), ("schedule", "schedule"), ("state", "state"),

@@ -4,10 +4,10 @@ from __future__ import annotations
 
 import os
 
-from ostrel_lib.automations.places import Places, iso
 from ostrel_lib.automations.smallfile import parse_json
 from ostrel_lib.automations.systemd import timestamp
 from ostrel_lib.files import names
+from ostrel_lib.places import Places, iso
 
 NEWEST = 8
 """Sessions that are looked into: one that was just opened hasn't been told anything yet."""

@@ -5,8 +5,8 @@ from __future__ import annotations
 import os
 import time
 
-from ostrel_lib.automations.places import Places
 from ostrel_lib.jsontext import dump
+from ostrel_lib.places import Places
 
 KIND = "automation"
 

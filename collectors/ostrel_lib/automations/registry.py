@@ -8,9 +8,10 @@ from __future__ import annotations
 
 import os
 
-from ostrel_lib.automations.places import REGISTRY_NAME, Places
-from ostrel_lib.automations.rows import LANE_KEYS, Found, automation, clean, text_of, usable_id
+from ostrel_lib.automations.rows import LANE_KEYS, Found, automation, text_of, usable_id
 from ostrel_lib.automations.smallfile import read_json
+from ostrel_lib.oneline import clean
+from ostrel_lib.places import REGISTRY_NAME, Places
 
 VERSION = 1
 MOST_ENTRIES = 10000

@@ -2,7 +2,8 @@
 """The inventory's records as they are printed: jobs, lanes, and what text may stand in them."""
 from __future__ import annotations
 
-LONGEST_TEXT = 300
+from ostrel_lib.oneline import clean
+
 LONGEST_ID = 400
 UNDECLARED = "not declared"
 
@@ -57,17 +58,6 @@ def lane_record(key: str, found: Found) -> dict[str, object]:
         "key": key, "title": title, "owner": owner, "registry": registry, "count": len(found.rows),
         "observed": found.observed, "note": clean(found.note),
     }
-
-
-def clean(text: str, limit: int = LONGEST_TEXT) -> str:
-    """A text for one line: whatever doesn't print becomes a blank, runs of blanks become one."""
-    if len(text) > 4 * limit:
-        text = text[:4 * limit]
-    if not text.isprintable():
-        text = "".join([letter if letter.isprintable() else " " for letter in text])
-    if "  " in text or text[:1] == " " or text[-1:] == " ":
-        text = " ".join(text.split())
-    return text if len(text) <= limit else text[:limit - 1] + "…"
 
 
 def usable_id(text: object) -> bool:

@@ -4,15 +4,14 @@ from __future__ import annotations
 
 import os
 
-from ostrel_lib.automations.places import Places
 from ostrel_lib.automations.rows import Found
 from ostrel_lib.automations.smallfile import read_json
 from ostrel_lib.automations.timers import Manager, ask, read
-from ostrel_lib.automations.tools import Deadline
+from ostrel_lib.places import Places
+from ostrel_lib.ssh import valid_alias
+from ostrel_lib.tools import Deadline
 
 ALIAS_KEY = "ostrel.server.alias"
-LONGEST_ALIAS = 200
-ALIAS_LETTERS = frozenset("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789._@-")
 
 
 def stored_alias(places: Places) -> tuple[str, str]:
@@ -28,15 +27,6 @@ def stored_alias(places: Places) -> tuple[str, str]:
     if not valid_alias(alias):
         return "", "the server alias in the settings isn't one that ssh may be given"
     return str(alias), ""
-
-
-def valid_alias(alias: object) -> bool:
-    """A host name or alias, with a user in front or not; nothing that could be an option or an address with a
-    way of its own."""
-    return (
-        type(alias) is str and 0 < len(alias) <= LONGEST_ALIAS and ALIAS_LETTERS.issuperset(alias)
-        and alias[0] not in "-.@" and alias.count("@") <= 1
-    )
 
 
 def server_timers(places: Places, seconds: float) -> Found:

@@ -6,8 +6,8 @@ and forms have been the same since long before JSON came.
 """
 from __future__ import annotations
 
-from ostrel_lib.automations.places import iso
-from ostrel_lib.automations.rows import clean
+from ostrel_lib.oneline import clean
+from ostrel_lib.places import iso
 
 TIMER_PROPERTIES = (
     "Id", "Description", "LoadState", "ActiveState", "UnitFileState", "FragmentPath", "Unit",

@@ -5,22 +5,16 @@ from __future__ import annotations
 import time
 
 from ostrel_lib.automations import systemd
-from ostrel_lib.automations.places import Places, iso
 from ostrel_lib.automations.rows import Found, automation
-from ostrel_lib.automations.tools import Deadline, Outcome, run
+from ostrel_lib.places import Places, iso
+from ostrel_lib.ssh import SSH
+from ostrel_lib.tools import Deadline, Outcome, run
 
 MOST_TIMERS = 20000
 NAMES_PER_CALL = 400
 """Names of up to 255 bytes, well below what one command line may hold."""
 SSH_PATIENCE = 25.0
 
-SSH = (
-    "ssh", "-T", "-o", "BatchMode=yes", "-o", "ConnectTimeout=8", "-o", "ServerAliveInterval=5",
-    "-o", "ServerAliveCountMax=2", "-o", "LogLevel=ERROR", "-o", "RemoteCommand=none", "-o", "RequestTTY=no",
-    "-o", "ClearAllForwardings=yes", "-o", "ForwardAgent=no", "-o", "ForwardX11=no",
-    "-o", "PermitLocalCommand=no", "-o", "ControlMaster=no",
-)
-"""Never a question, never a forwarding, never a command but ours."""
 REMOTE_ENVIRONMENT = ("env", "LC_ALL=C", "TZ=UTC", "SYSTEMD_PAGER=", "SYSTEMD_COLORS=0", "SYSTEMD_URLIFY=0")
 
 

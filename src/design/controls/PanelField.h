@@ -15,9 +15,6 @@ public:
 protected:
     void paintEvent(QPaintEvent* event) override;
     void changeEvent(QEvent* event) override;
-
-private:
-    void showColors();
 };
 
 } // namespace ostrel

@@ -19,6 +19,8 @@
 #include <QPolygonF>
 #include <QPushButton>
 #include <QScreen>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QTextBoundaryFinder>
 #include <QTimer>
 #include <QWindow>
@@ -30,6 +32,7 @@ namespace {
 constexpr int textWidth = 380; ///< wide enough for a path, in points
 constexpr int longestWord = 20; ///< signs that fit on one line of that width in any usual font
 constexpr int gap = 20;
+constexpr int highestText = 320; ///< longer ones scroll, since the smallest displays hold little more
 constexpr int markSize = 32;
 constexpr std::chrono::milliseconds settled { 150 }; ///< window managers have passed the keyboard on
 
@@ -93,7 +96,7 @@ public:
         bold.setBold(true);
         heading->setFont(bold);
         if (!text.isEmpty())
-            addLabel(*words, text);
+            addScrolled(*words, text);
         words->addStretch();
 
         auto* const upper = new QHBoxLayout;
@@ -168,6 +171,26 @@ protected:
     }
 
 private:
+    /// The text, within reach of the buttons below it however long it is.
+    static void addScrolled(QVBoxLayout& column, const QString& text)
+    {
+        QLabel* const label = addLabel(column, text);
+        label->ensurePolished();
+        const int height = label->heightForWidth(textWidth);
+        if (height <= highestText)
+            return;
+        column.removeWidget(label);
+        label->setFixedHeight(height);
+        auto* const scroll = new QScrollArea;
+        scroll->setFrameShape(QFrame::NoFrame);
+        scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+        scroll->setWidget(label);
+        scroll->viewport()->setAutoFillBackground(false);
+        label->setAutoFillBackground(false);
+        scroll->setFixedSize(textWidth + scroll->verticalScrollBar()->sizeHint().width(), highestText);
+        column.addWidget(scroll);
+    }
+
     static QLabel* addLabel(QVBoxLayout& column, const QString& text)
     {
         auto* const label = new QLabel(breakable(text));

@@ -7,6 +7,8 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QPointer>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QTimer>
 #include <QWidget>
 
@@ -79,6 +81,32 @@ TEST(QtAlerts, AWordThatIsLongerThanALineIsShownToItsEnd)
         }
         dialog.close();
     });
+}
+
+TEST(QtAlerts, AVeryLongTextScrollsAboveItsButtons)
+{
+    QtAlerts alerts;
+    const auto heightWith = [&](const std::string& text, bool scrolls) {
+        int height = 0;
+        answerTo(alerts, { "t", text, { "OK" } }, [&](QDialog& dialog) {
+            height = dialog.height();
+            const auto* scroll = dialog.findChild<QScrollArea*>();
+            if (scrolls) {
+                ASSERT_TRUE(scroll);
+                EXPECT_GT(scroll->verticalScrollBar()->maximum(), 1000) << "all of it is there";
+            } else {
+                EXPECT_FALSE(scroll);
+            }
+            dialog.close();
+        });
+        return height;
+    };
+    const int usual = heightWith("one line", false);
+    std::string lines;
+    for (int line = 0; line < 200; ++line)
+        lines += "line\n";
+    EXPECT_GT(heightWith(lines, true), usual);
+    EXPECT_LT(heightWith(lines, true), 500);
 }
 
 } // namespace

@@ -1,16 +1,16 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Running the schedulers' own tools: no shell, a language that can be parsed, a limit on time and on
-output."""
+"""Running other programs: no shell, a language that can be parsed, a limit on time and on output."""
 from __future__ import annotations
 
 import os
 import select
 import signal
 import subprocess
+import threading
 import time
 
-from ostrel_lib.automations.places import Places
-from ostrel_lib.automations.rows import clean
+from ostrel_lib.oneline import clean
+from ostrel_lib.places import Places
 
 MOST_OUTPUT = 16 << 20
 MOST_ERRORS = 64 << 10
@@ -94,10 +94,12 @@ def find(name: str, path: str) -> str:
 
 
 def run(
-    places: Places, argv: list[str], seconds: float = PATIENCE, stdin: bytes = b"", most: int = MOST_OUTPUT
+    places: Places, argv: list[str], seconds: float = PATIENCE, stdin: bytes = b"", most: int = MOST_OUTPUT,
+    hold: bool = False,
 ) -> Outcome:
     """Runs a tool to its end. What runs longer than `seconds` or prints more than `most` bytes is killed with
-    all that it started, and gives no answer. A process that the tool leaves behind isn't waited for."""
+    all that it started, and gives no answer. A process that the tool leaves behind isn't waited for. With
+    `hold` its input doesn't end before the tool does or this process, so that its end can tell of ours."""
     program = find(argv[0], places.path)
     if not program:
         return Outcome(problem=f"{argv[0]} isn't installed", missing=True)
@@ -105,27 +107,56 @@ def run(
         return Outcome(problem=f"{argv[0]} wasn't asked any more, since the time was used up")
     environment = {key: value for key, value in os.environ.items() if key not in UNWANTED}
     environment.update(SPOKEN, PATH=places.path, HOME=places.home)
-    source = os.memfd_create("input") if stdin else os.open(os.devnull, os.O_RDONLY)
+    source, end = input_of(stdin, hold)
     try:
-        if stdin:
-            with open(os.dup(source), "wb") as file:
-                file.write(stdin)
-            os.lseek(source, 0, os.SEEK_SET)
         child = subprocess.Popen(
             argv, executable=program, env=environment, stdin=source, stdout=subprocess.PIPE,
             stderr=subprocess.PIPE, start_new_session=True, cwd="/")
     except OSError as problem:
+        if end:
+            os.close(end)
         return Outcome(problem=f"{argv[0]} can't be started: {problem.strerror}")
     finally:
         os.close(source)
+    feeder = threading.Thread(target=feed, args=(end, stdin), daemon=True)
     try:
+        if end:
+            feeder.start()
         return served(child, argv[0], seconds, most)
     finally:
         if child.poll() is None:
             kill_group(child)
+        if end and feeder.ident:
+            # Nobody reads any more, so it has ended, unless the tool left something behind that might.
+            feeder.join(1.0)
+            if not feeder.is_alive():
+                os.close(end)
         for stream in (child.stdout, child.stderr):
             if stream:
                 stream.close()
+
+
+def input_of(stdin: bytes, hold: bool) -> tuple[int, int]:
+    """What a tool reads, and, with `hold`, the end that is to be filled; 0 without."""
+    if hold:
+        return os.pipe()
+    if not stdin:
+        return os.open(os.devnull, os.O_RDONLY), 0
+    source = os.memfd_create("input")
+    with open(os.dup(source), "wb") as file:
+        file.write(stdin)
+    os.lseek(source, 0, os.SEEK_SET)
+    return source, 0
+
+
+def feed(end: int, data: bytes) -> None:
+    """Writes all of it, for as long as somebody reads."""
+    left = memoryview(data)
+    try:
+        while left:
+            left = left[os.write(end, left):]
+    except OSError:
+        pass
 
 
 def served(child: subprocess.Popen[bytes], name: str, seconds: float, most: int) -> Outcome:

@@ -1,0 +1,13 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: Apache-2.0
+"""The way to the server: one JSON request on the standard input, one JSON answer on the standard output."""
+import os
+import sys
+
+# Python does this itself, unless the user's environment asks it not to (PYTHONSAFEPATH).
+sys.path.insert(0, os.path.dirname(os.path.realpath(__file__)))
+
+from ostrel_lib.remote.bridge import main  # noqa: E402
+
+if __name__ == "__main__":
+    sys.exit(main(sys.argv))
