@@ -9,6 +9,7 @@
 
 #include <QGuiApplication>
 #include <QScreen>
+#include <QString>
 
 namespace platform {
 
@@ -31,6 +32,14 @@ bool isXwayland(xcb_connection_t* connection)
         xcb_query_extension(connection, static_cast<std::uint16_t>(name.size()), name.data()),
         xcb_query_extension_reply);
     return reply && reply->present;
+}
+
+bool isWaylandDesktop(xcb_connection_t* connection)
+{
+    if (connection)
+        return isXwayland(connection);
+    return !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")
+        || qEnvironmentVariable("XDG_SESSION_TYPE") == "wayland";
 }
 
 } // namespace platform

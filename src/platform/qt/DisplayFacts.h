@@ -12,4 +12,8 @@ namespace platform {
 /// trip.
 [[nodiscard]] bool isXwayland(xcb_connection_t* connection);
 
+/// Whether the desktop is a Wayland one, with or without an X display inside: what the display says, or
+/// without one the environment.
+[[nodiscard]] bool isWaylandDesktop(xcb_connection_t* connection);
+
 } // namespace platform
