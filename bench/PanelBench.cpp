@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 /// What the panel costs: an opening up to its picture, a body built anew, a change of tab with its first
 /// picture, and one live tick. A body may take 8 ms in 99 of 100 cases, a tick 1 ms, on a desktop of today.
+#include "Measured.h"
 #include "Toolkit.h"
 #include "panel/PanelSize.h"
 #include "views/AppBench.h"
@@ -8,8 +9,6 @@
 #include <QCoreApplication>
 #include <QImage>
 
-#include <algorithm>
-#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <initializer_list>
@@ -89,27 +88,6 @@ struct OpenPanel : AppBench {
 
     QImage picture { panelWidth, panelHeight, QImage::Format_ARGB32_Premultiplied };
 };
-
-/// Runs `work` once per iteration, `after` unmeasured, and reports the median and the 99th percentile.
-template <typename Work, typename After>
-void measure(benchmark::State& state, Work work, After after)
-{
-    std::vector<double> taken;
-    for (auto _ : state) {
-        const auto begin = std::chrono::steady_clock::now();
-        work();
-        const std::chrono::duration<double> time = std::chrono::steady_clock::now() - begin;
-        state.SetIterationTime(time.count());
-        taken.push_back(time.count() * 1000);
-        after();
-    }
-    std::ranges::sort(taken);
-    const auto share = [&](double part) {
-        return taken[static_cast<std::size_t>(part * static_cast<double>(taken.size() - 1))];
-    };
-    state.counters["median_ms"] = share(0.5);
-    state.counters["p99_ms"] = share(0.99);
-}
 
 void renderBody(benchmark::State& state, OstrelMode mode)
 {

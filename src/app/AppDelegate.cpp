@@ -71,11 +71,13 @@ AppDelegate::AppDelegate(const PlatformServices& services)
                      services.children, services.processSignals },
           services.defaults, services.alerts, services.workspace })
     , workloads_({ services.mainQueue, services.alerts, janitor_, maintenance_, snapshots_ })
+    , automations_({ services.mainQueue, services.globalQueue, services.files, services.bundle,
+          services.clock, services.children, services.alerts, services.workspace })
     , panelState_ { tick_, snapshots_, history_, settings_, historyFilePath_ }
     , frame_(panelState_,
           { services.clock, { services.runLoop, services.mainQueue, services.workspace, services.occlusion },
               services.alerts, services.defaults, services.processInfo, analyst_, maintenance_, janitor_,
-              workloads_ },
+              workloads_, automations_ },
           liveRegistry_)
     , panel_(frame_, settings_,
           { services.popovers, services.events, services.workspace, services.screens, services.defaults,
@@ -124,6 +126,7 @@ AppDelegate::AppDelegate(const PlatformServices& services)
         if (const auto mode = findingTarget(target))
             frame_.switchMode(*mode);
     });
+    automations_.connect(frame_);
     frame_.setActions({ .close = [this](std::string_view reason) { panel_.close(reason); },
         .setPinned = [this](bool pinned) { panel_.setPinned(pinned); },
         .setTheme = [this](ZOLThemePolicy::Mode mode) { theme_.setTheme(mode); },

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "app/PlatformServices.h"
+#include "automations/AutomationsTab.h"
 #include "bar/AboutWindow.h"
 #include "bar/BarItem.h"
 #include "bar/BarPainter.h"
@@ -61,6 +62,7 @@ public:
     [[nodiscard]] PanelController& panel() { return panel_; }
     [[nodiscard]] ThemeSwitch& theme() { return theme_; }
     [[nodiscard]] JanitorTab& janitorTab() { return janitor_; }
+    [[nodiscard]] AutomationsTab& automationsTab() { return automations_; }
     [[nodiscard]] BarItem& barItem() { return barItem_; }
     [[nodiscard]] HintController& hints() { return hints_; }
     [[nodiscard]] const OstrelHistory& history() const { return history_; }
@@ -90,6 +92,7 @@ private:
     LocalAnalyst analyst_;
     JanitorTab janitor_;
     Workloads workloads_;
+    AutomationsTab automations_;
     LiveRegistry liveRegistry_;
     PanelState panelState_;
     PanelFrame frame_;

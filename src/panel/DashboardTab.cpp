@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "panel/DashboardTab.h"
 
+#include "automations/AgentBudgetView.h"
 #include "design/OstrelStyle.h"
 #include "design/Utf8.h"
 #include "design/controls/OstrelButton.h"
@@ -118,8 +119,8 @@ DashboardFacts factsOf(const PanelState& state)
 
 } // namespace
 
-void renderOverview(
-    QVBoxLayout& body, const OstrelData& data, const PanelState& state, LiveRegistry& live, PanelBody& panel)
+void renderOverview(QVBoxLayout& body, const OstrelData& data, const PanelState& state,
+    AutomationsTab& automations, LiveRegistry& live, PanelBody& panel)
 {
     const DashboardText text = dashboardText(factsOf(state), data);
     body.addWidget(pressureRow(text, panel));
@@ -138,6 +139,8 @@ void renderOverview(
                                door("continue on server", OstrelMode::server, panel) },
         contentWidth));
     body.addSpacing(14);
+    renderAgentBudget(body, automations, contentWidth);
+    body.addSpacing(8);
     body.addWidget(button("automations & refresh limits", 252,
                        "open the automations tab: every scheduler lane, its rhythm and its last result",
                        [&panel] { panel.switchMode(OstrelMode::automations); }),

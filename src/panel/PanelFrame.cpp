@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "panel/PanelFrame.h"
 
+#include "automations/AutomationsView.h"
 #include "core/Version.h"
 #include "design/Appearance.h"
 #include "design/OstrelStyle.h"
@@ -227,7 +228,7 @@ void PanelFrame::fillBody(QVBoxLayout& body)
         return;
     switch (mode_) {
     case OstrelMode::overview:
-        return renderOverview(body, *data, state_, live_, *this);
+        return renderOverview(body, *data, state_, services_.automations, live_, *this);
     case OstrelMode::system:
         return renderSystem(body, *data, state_, services_.processInfo, services_.motion, live_);
     case OstrelMode::diagnosis:
@@ -237,9 +238,11 @@ void PanelFrame::fillBody(QVBoxLayout& body)
         return renderProcesses(body, *data, services_.workloads);
     case OstrelMode::cleanup:
         return body.addWidget(cleanupView(services_.janitor, contentWidth));
+    case OstrelMode::automations:
+        return renderAutomations(body, services_.automations, contentWidth);
     case OstrelMode::settings:
         set(words(mode_).hint);
-        return renderSettings(body, services_.janitor);
+        return renderSettings(body, services_.automations, services_.janitor);
     case OstrelMode::server:
         // Like the settings it owns the readout.
         set(words(mode_).hint);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "automations/AutomationsTab.h"
 #include "collector/LocalAnalyst.h"
 #include "collector/Maintenance.h"
 #include "core/PanelBody.h"
@@ -50,6 +51,7 @@ public:
         Maintenance& maintenance;
         JanitorTab& janitor;
         Workloads& workloads;
+        AutomationsTab& automations;
     };
 
     /// What the frame's controls lead to. Each must be there before `makeContent`.

@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "automations/AutomationsTab.h"
 #include "janitor/JanitorTab.h"
 
 class QVBoxLayout;
 
 namespace ostrel {
 
-/// Draws the settings into the body, section by section. The janitor must outlive the body.
-void renderSettings(QVBoxLayout& body, JanitorTab& janitor);
+/// Draws the settings into the body, section by section. What they tell of must outlive the body.
+void renderSettings(QVBoxLayout& body, AutomationsTab& automations, JanitorTab& janitor);
 
 } // namespace ostrel

@@ -90,11 +90,16 @@ TEST(AppDelegate, APlainStartOpensThePanelAndFetchesWhileItIsOpen)
     bench.fetch(snapshotText(1));
     bench.time.advance(platform::Seconds(15));
     bench.deliver();
-    EXPECT_EQ(bench.children.requests.size(), 2U);
+    std::vector<std::string> started;
+    for (const auto& request : bench.children.requests)
+        started.push_back(request.arguments[0] + " " + request.arguments[1]);
+    const std::vector<std::string> expected { "/opt/ostrel.py json", "../automations_bridge.py list",
+        "/opt/ostrel.py json" };
+    EXPECT_EQ(started, expected);
     bench.delegate.panel().close("esc");
     bench.time.advance(platform::Seconds(60));
     bench.deliver();
-    EXPECT_EQ(bench.children.requests.size(), 2U) << "a closed panel starts no child";
+    EXPECT_EQ(bench.children.requests.size(), 3U) << "a closed panel starts no child";
 }
 
 TEST(AppDelegate, EndsWithItsTimersFirstThenTheChildrenThenTheItem)

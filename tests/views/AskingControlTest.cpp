@@ -59,9 +59,10 @@ struct AskingBench : StateBench {
     JanitorTab janitor { { { queue, globalQueue, files, bundle, time, children, signals }, defaults, alerts,
         workspace } };
     Workloads workloads { { queue, alerts, janitor, maintenance, snapshots } };
+    AutomationsTab automations { { queue, globalQueue, files, bundle, time, children, alerts, workspace } };
     PanelFrame frame { { tick, snapshots, history, settings },
         { time, { time, queue, workspace, occlusion }, alerts, defaults, processInfo, analyst, maintenance,
-            janitor, workloads },
+            janitor, workloads, automations },
         live };
     std::unique_ptr<QWidget> root;
 };

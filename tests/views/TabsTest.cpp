@@ -58,7 +58,10 @@ TEST(DashboardTab, SaysWhatItHasFromTheTopDown)
     EXPECT_EQ(tab.said(),
         (QStringList { "OS PRESSURE · NORMAL", "CPU", "0%", "4 cores", "MEMORY", "11.5 GB", "74% of 16 GB",
             "SWAP", "1.5 gb", "38% allocated · retained", "AGENTS", "0", "7 MCP processes",
-            "collector snapshot · 0s ago", "CPU ACTIVITY · 2 H",
+            "collector snapshot · 0s ago", "AGENT BUDGET · ACCOUNT QUOTA",
+            "Quota not read yet · open automations to refresh",
+            "Claude quota · unavailable from connected sources",
+            "SCHEDULES   Mac 0   →   server 0   ·   cloud 0 unverified", "CPU ACTIVITY · 2 H",
             "1 min shown · 0 restored + 1 this run · 1 min kept of 1440", "SWAP RESIDENCY · 2 H",
             "1 min shown · 0 restored + 1 this run · 1 min kept of 1440", "server · not checked" }))
         << tab.said().join("\n").toStdString();
@@ -147,8 +150,10 @@ TEST(DashboardTab, ATickWritesItsLabelsWithoutARebuildAndPaintsNothingElse)
     QCoreApplication::processEvents();
     EXPECT_EQ(&tab.page(), page);
     QRegion live;
-    const auto add
-        = [&](const QWidget& view) { live += QRect(view.mapTo(&tab.root(), QPoint()), view.size()); };
+    // What is scrolled out of sight isn't painted.
+    const auto add = [&](const QWidget& view) {
+        live += view.visibleRegion().translated(view.mapTo(&tab.root(), QPoint()));
+    };
     for (const char* text : { "30%", "8.0 GB", "52% of 16 GB", "100 mb", "2% allocated · retained",
              "collector snapshot · 10s ago",
              "now: cpu 30% · swap 2% · load 2.5   |   collector (10s ago): 7 mcp / 0 sess · ok" }) {
