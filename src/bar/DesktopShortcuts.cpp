@@ -195,7 +195,7 @@ using Parser = std::vector<DesktopShortcut> (*)(std::string_view);
 
 /// Where a desktop keeps its shortcuts: the user's own file, and the one that all users begin with.
 struct Source {
-    std::string_view desktop; ///< as XDG_CURRENT_DESKTOP calls it; empty: a window manager of several
+    std::string_view desktop; ///< or the window manager, in lower case
     std::string_view title;
     std::array<std::string_view, 2> paths; ///< the first below the home directory
     Parser parse;
@@ -213,7 +213,7 @@ const std::array<Source, 5>& sources()
         { "lxqt", "LXQt",
             { "/.config/lxqt/globalkeyshortcuts.conf", "/etc/xdg/lxqt/globalkeyshortcuts.conf" }, lxqt },
         { "lxqt", "Openbox", { "/.config/openbox/lxqt-rc.xml", "" }, openbox },
-        { "", "Openbox", { "/.config/openbox/rc.xml", "/etc/xdg/openbox/rc.xml" }, openbox },
+        { "openbox", "Openbox", { "/.config/openbox/rc.xml", "/etc/xdg/openbox/rc.xml" }, openbox },
     } };
     return all;
 }
@@ -222,9 +222,6 @@ bool runs(std::string_view desktop, std::string_view name)
 {
     const std::string running = lowered(desktop);
     const auto names = pieces(running, ':');
-    // Openbox runs below desktops without a window manager of their own.
-    if (name.empty())
-        return std::ranges::find(names, "kde") == names.end();
     return std::ranges::find(names, name) != names.end();
 }
 
@@ -304,30 +301,26 @@ std::vector<DesktopShortcut> plasma(std::string_view text)
 std::vector<DesktopShortcut> lxqt(std::string_view text)
 {
     std::vector<DesktopShortcut> all;
-    std::optional<DesktopShortcut> open;
-    bool enabled = true;
-    const auto finish = [&] {
-        if (open && enabled && !open->action.empty())
-            all.push_back(std::move(*open));
-        open.reset();
-        enabled = true;
-    };
+    bool inside = false; // the last one's group
     for (const std::string_view raw : pieces(text, '\n')) {
         const std::string_view line = trimmed(raw);
+        const std::string_view value = line.substr(line.find('=') + 1);
         if (line.starts_with('[')) {
-            finish();
             // "Control%2BAlt%2BT.41": behind the last dot stands a number.
             const std::string name = percentDecoded(line.substr(1, line.find(']') - 1));
-            open = chord(std::string_view(name).substr(0, name.rfind('.')), '+');
-        } else if (open && line == "Enabled=false") {
-            enabled = false;
-        } else if (open && line.starts_with("Comment=")) {
-            open->action = line.substr(line.find('=') + 1);
-        } else if (open && open->action.empty() && line.starts_with("Exec=")) {
-            open->action = line.substr(line.find('=') + 1);
+            auto shortcut = chord(std::string_view(name).substr(0, name.rfind('.')), '+');
+            inside = shortcut.has_value();
+            if (shortcut)
+                all.push_back(std::move(*shortcut));
+        } else if (inside && line == "Enabled=false") {
+            all.pop_back();
+            inside = false;
+        } else if (inside
+            && (line.starts_with("Comment=") || (line.starts_with("Exec=") && all.back().action.empty()))) {
+            all.back().action = value;
         }
     }
-    finish();
+    std::erase_if(all, [](const DesktopShortcut& shortcut) { return shortcut.action.empty(); });
     return all;
 }
 

@@ -35,7 +35,7 @@ namespace DesktopShortcuts {
 [[nodiscard]] std::vector<DesktopShortcut> lxqt(std::string_view text);
 
 /// Who has the combination by the settings of the running desktop: "{desktop} · {action}"; nothing where they
-/// don't tell. `desktop` is its name as XDG_CURRENT_DESKTOP has it, several parted by colons. It reads small
+/// don't tell. `desktop` names it and its window manager, parted by colons. It reads small
 /// files and waits for nothing, but settings may lie about of a desktop that doesn't run: ask only when the
 /// combination was refused.
 [[nodiscard]] std::optional<std::string> holder(

@@ -63,7 +63,8 @@ public:
     /// Why the last registration failed.
     [[nodiscard]] virtual HotKeyRefusal refusal() const = 0;
     [[nodiscard]] virtual HotKeyStanding standing() const = 0;
-    /// The running desktop's name as it gives it, several parted by colons; empty where it gives none.
+    /// The names that the running desktop and its window manager give themselves, parted by colons; empty
+    /// where they give none.
     [[nodiscard]] virtual std::string desktop() const = 0;
 };
 

@@ -5,6 +5,7 @@
 
 #include "support/FakeAlerts.h"
 #include "support/FakeFloatingWindows.h"
+#include "support/FakeHotKeyCenter.h"
 #include "support/FakeMachine.h"
 #include "support/FakeOcclusion.h"
 #include "support/FakePopovers.h"
@@ -14,6 +15,7 @@
 #include "support/FakeStatusBar.h"
 #include "support/FakeSurfaceHosts.h"
 #include "support/FakeUrlEvents.h"
+#include "support/FakeUserDefaultsSuites.h"
 #include "support/FakeWorkspace.h"
 #include "support/Observers.h"
 
@@ -52,9 +54,9 @@ struct FakePlatform : FakeMachine {
 
     [[nodiscard]] ostrel::PlatformServices services()
     {
-        return { kernel, machine, children, processSignals, defaults, files, bundle, time, time, time,
-            globalQueue, statusBar, notifications, workspace, occlusion, popovers, mouse, screens, alerts,
-            floatingWindows, urlEvents, instances, [this] { ++quits; } };
+        return { kernel, machine, children, processSignals, defaults, suites, files, bundle, time, time, time,
+            globalQueue, statusBar, notifications, workspace, occlusion, popovers, mouse, hotKeys, screens,
+            alerts, floatingWindows, urlEvents, instances, [this] { ++quits; } };
     }
 
     Machine machine;
@@ -65,6 +67,8 @@ struct FakePlatform : FakeMachine {
     FakeOcclusion occlusion;
     FakePopovers popovers;
     FakeSurfaceHosts mouse;
+    FakeHotKeyCenter hotKeys;
+    FakeUserDefaultsSuites suites;
     FakeScreens screens;
     FakeAlerts alerts;
     FakeFloatingWindows floatingWindows;

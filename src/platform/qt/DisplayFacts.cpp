@@ -3,6 +3,7 @@
 
 #include "platform/qt/Xcb.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <string_view>
@@ -40,6 +41,25 @@ bool isWaylandDesktop(xcb_connection_t* connection)
         return isXwayland(connection);
     return !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")
         || qEnvironmentVariable("XDG_SESSION_TYPE") == "wayland";
+}
+
+std::string windowManagerName(xcb_connection_t* connection)
+{
+    constexpr std::uint32_t longestName = 64; // of four bytes each
+    const auto atoms = internAtoms(connection, { "_NET_SUPPORTING_WM_CHECK", "_NET_WM_NAME" });
+    const auto check = answerTo(connection,
+        xcb_get_property(connection, 0, rootWindow(connection), atoms[0], XCB_ATOM_WINDOW, 0, 1),
+        xcb_get_property_reply);
+    const auto window = figuresOf(check);
+    if (window.empty())
+        return {};
+    const auto name = answerTo(connection,
+        xcb_get_property(connection, 0, window[0], atoms[1], XCB_ATOM_ANY, 0, longestName),
+        xcb_get_property_reply);
+    if (!name || name->format != 8)
+        return {};
+    return { static_cast<const char*>(xcb_get_property_value(name.get())),
+        static_cast<std::size_t>(xcb_get_property_value_length(name.get())) };
 }
 
 } // namespace platform

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <string>
+
 #include <xcb/xcb.h>
 
 namespace platform {
@@ -15,5 +17,8 @@ namespace platform {
 /// Whether the desktop is a Wayland one, with or without an X display inside: what the display says, or
 /// without one the environment.
 [[nodiscard]] bool isWaylandDesktop(xcb_connection_t* connection);
+
+/// What the window manager calls itself; empty without one that says. A few round trips.
+[[nodiscard]] std::string windowManagerName(xcb_connection_t* connection);
 
 } // namespace platform

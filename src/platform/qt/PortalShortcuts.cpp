@@ -139,8 +139,10 @@ void PortalShortcuts::bindShortcut(const QVariantMap& results)
     session_ = handle.userType() == qMetaTypeId<QDBusObjectPath>()
         ? qvariant_cast<QDBusObjectPath>(handle).path()
         : handle.toString();
-    if (session_.isEmpty() || !wish_)
+    if (!session_.startsWith('/') || !wish_) {
+        session_.clear();
         return fail(HotKeyRefusal::declined);
+    }
     bus_.connect({}, session_, sessionInterface, "Closed", this, SLOT(sessionClosed(QDBusMessage)));
     const QList<BusShortcut> shortcuts { { shortcutId,
         { { "description", description },

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <utility>
 
+#include <QList>
 #include <QString>
 
 namespace platform {

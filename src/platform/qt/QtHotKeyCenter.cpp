@@ -176,7 +176,9 @@ HotKeyStanding QtHotKeyCenter::standing() const { return way_->standing(); }
 
 std::string QtHotKeyCenter::desktop() const
 {
-    return qEnvironmentVariable("XDG_CURRENT_DESKTOP").toStdString();
+    const std::string name = qEnvironmentVariable("XDG_CURRENT_DESKTOP").toStdString();
+    xcb_connection_t* const connection = toolkitXConnection();
+    return connection ? name + ":" + windowManagerName(connection) : name;
 }
 
 } // namespace platform
