@@ -2,6 +2,7 @@
 #include "app/AppDelegate.h"
 
 #include "app/StandardStreams.h"
+#include "bar/FamilyReaders.h"
 #include "core/Version.h"
 #include "design/Fonts.h"
 #include "design/controls/ShellViews.h"
@@ -115,6 +116,15 @@ AppDelegate::AppDelegate(const PlatformServices& services)
           services.floatingWindows)
     , hints_({ services.defaults, services.mainQueue, services.clock, services.screens, tick_, settings_,
           panel_, frame_, hintStage_, [this] { return hintAnchor(); } })
+    , hotkeys_({ .settings = settings_,
+          .center = services.hotKeys,
+          .events = services.events,
+          .files = services.files,
+          .panel = panel_,
+          .body = frame_,
+          .siblings = FamilyHotkeys::diskReader(services.suites, services.files),
+          .takeKeys = [this] { panel_.takeKeys(); },
+          .updateBar = [this] { barItem_.updateStatusButton(); } })
     , liveValues_(panelState_, liveRegistry_, frame_, [this] { return barItem_.title(); })
 {
     tick_.connect(*this, snapshots_);
@@ -147,6 +157,12 @@ AppDelegate::AppDelegate(const PlatformServices& services)
                 if (frame_.mode() == OstrelMode::system)
                     liveValues_.refreshGauges();
             } });
+    frame_.setSettings({ barItem_, tick_, theme_, hotkeys_, hints_,
+        [this] {
+            settings_.flipMotion();
+            frame_.renderBody();
+        },
+        [this] { frame_.renderBody(); } });
 }
 
 AppDelegate::~AppDelegate() = default;
@@ -169,6 +185,8 @@ bool AppDelegate::applicationDidFinishLaunching(const LaunchWish& wish)
     snapshots_.ensureCollectorAvailable();
     barItem_.setupStatusItem([this] { return serviceMenu_.rebuildMenu(); });
     tick_.startNativeTimer();
+    hotkeys_.start();
+    hotkeys_.applyHotkey();
     listenToRoutes();
     for (const std::string& url : wish.urls)
         routes_.handleUrl(url);

@@ -7,6 +7,7 @@
 #include "bar/BarItem.h"
 #include "bar/BarPainter.h"
 #include "bar/BarStateFile.h"
+#include "bar/HotkeyController.h"
 #include "bar/Routes.h"
 #include "bar/ServiceMenu.h"
 #include "bar/Settings.h"
@@ -70,6 +71,7 @@ public:
     [[nodiscard]] RemoteServer& server() { return server_; }
     [[nodiscard]] BarItem& barItem() { return barItem_; }
     [[nodiscard]] HintController& hints() { return hints_; }
+    [[nodiscard]] HotkeyController& hotkeys() { return hotkeys_; }
     [[nodiscard]] const OstrelHistory& history() const { return history_; }
 
 private:
@@ -114,6 +116,7 @@ private:
     Routes routes_;
     QtHintStage hintStage_;
     HintController hints_;
+    HotkeyController hotkeys_;
     std::unique_ptr<platform::Observation> testbedObservation_;
     LiveValues liveValues_;
     LifeToken life_;

@@ -10,6 +10,7 @@
 #include "platform/FileManager.h"
 #include "platform/FloatingWindows.h"
 #include "platform/GlobalQueue.h"
+#include "platform/HotKeyCenter.h"
 #include "platform/Kernel.h"
 #include "platform/MainQueue.h"
 #include "platform/Pasteboard.h"
@@ -37,6 +38,7 @@ struct PlatformServices {
     platform::ChildProcess& children;
     platform::ProcessSignals& processSignals;
     platform::UserDefaults& defaults;
+    platform::UserDefaultsSuites& suites;
     platform::FileManager& files;
     platform::Bundle& bundle;
     platform::Clock& clock;
@@ -50,6 +52,7 @@ struct PlatformServices {
     platform::WindowOcclusion& occlusion;
     platform::Popovers& popovers;
     platform::EventMonitor& events;
+    platform::HotKeyCenter& hotKeys;
     platform::Screens& screens;
     platform::Alerts& alerts;
     platform::FloatingWindows& floatingWindows;

@@ -11,6 +11,7 @@ namespace ostrel {
 
 RealPlatform::RealPlatform()
     : defaults_(files_, std::string(appIdentifier))
+    , suites_(files_)
     , bundle_(platform::LinuxBundle::runningExecutableFolder())
     , statusBar_(mainQueue_, struts_)
     , notifications_(mainQueue_)
@@ -19,6 +20,7 @@ RealPlatform::RealPlatform()
     , screens_(struts_)
     , popovers_(screens_)
     , events_(mainQueue_)
+    , hotKeys_(mainQueue_)
     , urlEvents_(mainQueue_, std::string(appIdentifier))
 {
 }
@@ -30,6 +32,7 @@ PlatformServices RealPlatform::services()
         .children = children_,
         .processSignals = processSignals_,
         .defaults = defaults_,
+        .suites = suites_,
         .files = files_,
         .bundle = bundle_,
         .clock = clock_,
@@ -43,6 +46,7 @@ PlatformServices RealPlatform::services()
         .occlusion = occlusion_,
         .popovers = popovers_,
         .events = events_,
+        .hotKeys = hotKeys_,
         .screens = screens_,
         .alerts = alerts_,
         .floatingWindows = floatingWindows_,

@@ -15,6 +15,7 @@
 #include "platform/qt/QtAlerts.h"
 #include "platform/qt/QtDistributedNotificationCenter.h"
 #include "platform/qt/QtFloatingWindows.h"
+#include "platform/qt/QtHotKeyCenter.h"
 #include "platform/qt/QtMainQueue.h"
 #include "platform/qt/QtPasteboard.h"
 #include "platform/qt/QtPopover.h"
@@ -44,6 +45,7 @@ private:
     platform::LinuxChildProcess children_;
     platform::LinuxProcessSignals processSignals_;
     platform::LinuxUserDefaults defaults_;
+    platform::LinuxUserDefaultsSuites suites_;
     platform::LinuxBundle bundle_;
     platform::LinuxClock clock_;
     platform::QtMainQueue mainQueue_;
@@ -58,6 +60,7 @@ private:
     platform::QtScreens screens_;
     platform::QtPopovers popovers_;
     platform::X11EventMonitor events_;
+    platform::QtHotKeyCenter hotKeys_;
     platform::QtAlerts alerts_;
     platform::QtFloatingWindows floatingWindows_;
     platform::QtUrlEvents urlEvents_;

@@ -113,6 +113,10 @@ void Settings::storeBarParts(const BarParts& parts)
     writeBarParts();
 }
 
+void Settings::writeHotkey() { defaults_.setText(hotkeyKey, hotkey.storage()); }
+
+void Settings::writeHotkeyCleared() { defaults_.setBoolean(hotkeyClearedKey, hotkeyCleared); }
+
 void Settings::flipMotion()
 {
     motionEnabled = !motionEnabled;

@@ -39,6 +39,9 @@ public:
     /// Set and store what the bar shows.
     void storeBarMode(BarDisplayMode mode);
     void storeBarParts(const BarParts& parts);
+    /// Store the hotkey, and whether it is cleared, as they are.
+    void writeHotkey();
+    void writeHotkeyCleared();
     /// Flip and store.
     void flipMotion();
     void flipHints();

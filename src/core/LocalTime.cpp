@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "core/LocalTime.h"
 
+#include <array>
+#include <cstddef>
 #include <ctime>
 #include <string_view>
 
@@ -59,6 +61,17 @@ std::string localDayText(std::chrono::system_clock::time_point instant)
     if (!parts)
         return "----------";
     return fmt::format("{:04}-{:02}-{:02}", parts->tm_year + 1900, parts->tm_mon + 1, parts->tm_mday);
+}
+
+std::string localMinuteText(std::chrono::system_clock::time_point instant)
+{
+    constexpr std::array<std::string_view, 12> months { "Jan", "Feb", "Mar", "Apr", "May", "Jun", "Jul",
+        "Aug", "Sep", "Oct", "Nov", "Dec" };
+    const auto parts = localParts(instant);
+    if (!parts)
+        return "--";
+    return fmt::format("{} {} {:02}:{:02}", months[static_cast<std::size_t>(parts->tm_mon)], parts->tm_mday,
+        parts->tm_hour, parts->tm_min);
 }
 
 } // namespace ostrel

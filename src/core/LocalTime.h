@@ -29,4 +29,7 @@ struct ClockTime {
 /// The local day as "yyyy-MM-dd"; "----------" beyond the calendar.
 [[nodiscard]] std::string localDayText(std::chrono::system_clock::time_point instant);
 
+/// Local day and minute as "MMM d HH:mm", the month in English; "--" beyond the calendar.
+[[nodiscard]] std::string localMinuteText(std::chrono::system_clock::time_point instant);
+
 } // namespace ostrel

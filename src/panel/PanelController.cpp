@@ -118,6 +118,15 @@ void PanelController::focusPanel()
     }));
 }
 
+void PanelController::takeKeys()
+{
+    if (!shown())
+        return;
+    if (!popover_->isKey())
+        popover_->makeKey();
+    content_.takeKeys();
+}
+
 void PanelController::close(std::string_view reason)
 {
     if (!shown())

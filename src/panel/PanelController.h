@@ -59,6 +59,8 @@ public:
     [[nodiscard]] bool shown() const override { return popover_ && popover_->isShown(); }
     [[nodiscard]] platform::Instant lastClose() const override { return lastPopoverClose_; }
 
+    /// Makes an open panel the one that gets the keys.
+    void takeKeys();
     /// Stores the pin. Takes effect at once.
     void setPinned(bool pinned);
     /// Builds the content anew, as after a change of theme. An open panel keeps its tab and the keyboard.

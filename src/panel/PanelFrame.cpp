@@ -28,7 +28,7 @@
 #include "panel/ReadoutText.h"
 #include "panel/RetiredViews.h"
 #include "panel/SessionsTab.h"
-#include "panel/SettingsTab.h"
+#include "panel/SettingsText.h"
 #include "panel/SlimScrollBar.h"
 #include "panel/SystemTab.h"
 #include "panel/WorkloadsTab.h"
@@ -71,6 +71,8 @@ PanelFrame::PanelFrame(PanelState state, const Services& services, LiveRegistry&
 PanelFrame::~PanelFrame() = default;
 
 void PanelFrame::setActions(Actions actions) { actions_ = std::move(actions); }
+
+void PanelFrame::setSettings(const SettingsServices& settings) { settings_.emplace(settings); }
 
 QWidget* PanelFrame::rootView() const { return root_; }
 
@@ -169,8 +171,7 @@ QWidget* PanelFrame::makeBody()
 
 QWidget* PanelFrame::makeFooter() const
 {
-    const Settings& settings = state_.settings;
-    const std::string hotkey = settings.hotkeyCleared ? "none" : settings.hotkey.display();
+    const std::string hotkey = state_.settings.hotkeyLabel();
     return new ZOLFooterLine(
         { .keys = utf16(fmt::format("1–8 tabs · 9 settings · / keys · {} toggle", hotkey)),
             .status = utf16(fmt::format("{} · on this Mac · refreshes while open", appVersion)),
@@ -246,8 +247,10 @@ void PanelFrame::fillBody(QVBoxLayout& body)
     case OstrelMode::automations:
         return renderAutomations(body, services_.automations, contentWidth);
     case OstrelMode::settings:
-        set(words(mode_).hint);
-        return renderSettings(body, services_.automations, services_.janitor);
+        set(SettingsText::readout);
+        if (settings_)
+            renderSettings(body, state_, *settings_, services_.automations, services_.janitor, live_);
+        return;
     case OstrelMode::server:
         // Like the settings it owns the readout.
         set(serverReadout(services_.server.state().busy));
@@ -307,6 +310,9 @@ void PanelFrame::showPinned(bool pinned)
 {
     if (header_ && header_->pinButton())
         header_->pinButton()->setPinned(pinned);
+    // Which has the same switch.
+    if (mode_ == OstrelMode::settings)
+        renderBody();
 }
 
 void PanelFrame::showHelpOverlay()

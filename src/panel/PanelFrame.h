@@ -15,6 +15,7 @@
 #include "panel/LiveSessions.h"
 #include "panel/PanelContent.h"
 #include "panel/PanelState.h"
+#include "panel/SettingsTab.h"
 #include "panel/Workloads.h"
 #include "platform/Alerts.h"
 #include "platform/Clock.h"
@@ -73,6 +74,8 @@ public:
     ~PanelFrame() override;
 
     void setActions(Actions actions);
+    /// Who carries out the settings; until then that tab is empty.
+    void setSettings(const SettingsServices& settings);
 
     /// The frame; null before `makeContent` and once its owner has dropped it.
     [[nodiscard]] QWidget* rootView() const;
@@ -109,6 +112,7 @@ private:
     PanelState state_;
     Services services_;
     Actions actions_;
+    std::optional<SettingsServices> settings_;
     LiveRegistry& live_;
     OstrelMode mode_ = OstrelMode::overview;
     platform::Instant lastBodyRenderAt_ = platform::distantPast;

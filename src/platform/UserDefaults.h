@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -29,6 +30,16 @@ public:
     virtual void setTextArray(std::string_view key, const std::vector<std::string>& value) = 0;
     virtual void setBytes(std::string_view key, std::string_view value) = 0;
     virtual void remove(std::string_view key) = 0;
+};
+
+/// The settings that other programs keep where this one keeps its own. Main thread only.
+class UserDefaultsSuites {
+public:
+    virtual ~UserDefaultsSuites() = default;
+
+    /// Another program's settings as they are at each reading. They are never written, made or mended; what
+    /// can't be read has no keys. Null where settings can't be found at all.
+    [[nodiscard]] virtual std::unique_ptr<const UserDefaults> open(const std::string& suite) const = 0;
 };
 
 } // namespace platform

@@ -48,6 +48,8 @@ TEST(LocalTime, IsThatOfTheMachinesZoneAlsoBeforeNineteenSeventy)
     EXPECT_EQ(localClockTime(epoch + 20h), (ClockTime { 1, 30, 0 }));
     EXPECT_EQ(localDayText(epoch + 20h), "1970-01-02") << "the day of the zone";
     EXPECT_EQ(localShortTimeText(epoch + 20h), "01:30");
+    EXPECT_EQ(localMinuteText(epoch + 20h), "Jan 2 01:30");
+    EXPECT_EQ(localMinuteText(epoch - 24h * 20), "Dec 12 05:30");
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 
 #include "support/FakeAlerts.h"
 #include "support/FakeFloatingWindows.h"
+#include "support/FakeHotKeyCenter.h"
 #include "support/FakeMachine.h"
 #include "support/FakeOcclusion.h"
 #include "support/FakePasteboard.h"
@@ -15,6 +16,7 @@
 #include "support/FakeStatusBar.h"
 #include "support/FakeSurfaceHosts.h"
 #include "support/FakeUrlEvents.h"
+#include "support/FakeUserDefaultsSuites.h"
 #include "support/FakeWorkspace.h"
 #include "support/Observers.h"
 
@@ -53,8 +55,8 @@ struct FakePlatform : FakeMachine {
 
     [[nodiscard]] ostrel::PlatformServices services()
     {
-        return { kernel, machine, children, processSignals, defaults, files, bundle, time, time, time,
-            globalQueue, statusBar, notifications, workspace, pasteboard, occlusion, popovers, mouse, screens,
+        return { kernel, machine, children, processSignals, defaults, suites, files, bundle, time, time, time,
+            globalQueue, statusBar, notifications, workspace, pasteboard, occlusion, popovers, mouse, hotKeys, screens,
             alerts, floatingWindows, urlEvents, instances, [this] { ++quits; } };
     }
 
@@ -67,6 +69,8 @@ struct FakePlatform : FakeMachine {
     FakeOcclusion occlusion;
     FakePopovers popovers;
     FakeSurfaceHosts mouse;
+    FakeHotKeyCenter hotKeys;
+    FakeUserDefaultsSuites suites;
     FakeScreens screens;
     FakeAlerts alerts;
     FakeFloatingWindows floatingWindows;

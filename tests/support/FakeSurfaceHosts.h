@@ -7,6 +7,7 @@
 
 #include "support/Observers.h"
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <utility>
@@ -54,10 +55,26 @@ struct FakeSurfaceHosts : platform::Popover, platform::Window, platform::AnchorV
     {
         return monitors.add(std::move(pressed));
     }
+    [[nodiscard]] std::unique_ptr<platform::Observation> monitorKeyDown(
+        std::function<bool(const platform::KeyDown&)> take) override
+    {
+        return keyMonitors.add([this, take = std::move(take)] { keyTaken = take(key) || keyTaken; });
+    }
+    /// A key goes down in the program; whether somebody took it.
+    bool press(const platform::KeyDown& down)
+    {
+        key = down;
+        keyTaken = false;
+        keyMonitors.tell();
+        return keyTaken;
+    }
 
     static std::string said(const Rect& r) { return fmt::format("{},{} {}x{}", r.x, r.y, r.width, r.height); }
 
     std::vector<std::string> calls;
     platform::Job onClose = [] {};
     Observers monitors;
+    Observers keyMonitors;
+    platform::KeyDown key; ///< that went down last
+    bool keyTaken = false;
 };

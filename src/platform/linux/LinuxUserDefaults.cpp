@@ -27,6 +27,8 @@ namespace {
 using ostrel::json::Value;
 
 constexpr std::size_t longestFile = std::size_t { 4 } * 1024 * 1024;
+/// Of another program: it is read while somebody waits.
+constexpr std::size_t longestForeignFile = std::size_t { 256 } * 1024;
 constexpr int mostCorruptCopies = 9;
 /// Short, since one who writes many keys leaves the lock free only for moments.
 constexpr std::chrono::milliseconds lockStep { 1 };
@@ -73,6 +75,7 @@ Value asStored(Value value)
 struct LinuxUserDefaults::Store {
     FileManager& files;
     std::string path; ///< empty without a home
+    bool foreign = false; ///< another program's: only read
     Value values = Value::object(); ///< what the file holds, with what is pending over it
     std::map<std::string, std::optional<Value>, std::less<>> pending; ///< changes that the file doesn't have
     std::optional<FileStamp> stamp; ///< of the file that was taken in; none when it has to be looked at again
@@ -87,10 +90,16 @@ struct LinuxUserDefaults::Store {
         if (stamp == now)
             return;
         values = Value::object();
-        const auto text = now == FileStamp() ? std::string() : files.read(path, longestFile);
+        const auto text = now == FileStamp() ? std::string()
+                                             : files.read(path, foreign ? longestForeignFile : longestFile);
         auto object = text ? ostrel::json::parseObject(*text) : std::nullopt;
         if (object)
             values = std::move(*object);
+        if (foreign) {
+            replaceable = false;
+            stamp = now;
+            return;
+        }
         // What can't be read may hold all that the user ever chose.
         replaceable = text && (object || text->empty() || keepCorrupt(*text));
         stamp = replaceable ? std::optional(now) : std::nullopt;
@@ -123,7 +132,7 @@ struct LinuxUserDefaults::Store {
     /// Changes one key, in memory and in the file.
     void change(std::string_view key, std::optional<Value> value)
     {
-        const bool folder = !path.empty() && files.createDirectories(parentDirectory(path));
+        const bool folder = !foreign && !path.empty() && files.createDirectories(parentDirectory(path));
         std::optional<FileLock> lock;
         if (folder) {
             lock.emplace(path + ".lock");
@@ -146,8 +155,8 @@ struct LinuxUserDefaults::Store {
     }
 };
 
-LinuxUserDefaults::LinuxUserDefaults(FileManager& files, const std::string& suite)
-    : store_(new Store { .files = files, .path = {} })
+LinuxUserDefaults::LinuxUserDefaults(FileManager& files, const std::string& suite, Owner owner)
+    : store_(new Store { .files = files, .path = {}, .foreign = owner == Owner::another })
 {
     const std::string home = files.homeDirectory();
     if (!home.empty())
@@ -220,5 +229,12 @@ void LinuxUserDefaults::setBytes(std::string_view key, std::string_view value)
 }
 
 void LinuxUserDefaults::remove(std::string_view key) { store_->change(key, std::nullopt); }
+
+std::unique_ptr<const UserDefaults> LinuxUserDefaultsSuites::open(const std::string& suite) const
+{
+    if (files_.homeDirectory().empty())
+        return nullptr;
+    return std::make_unique<const LinuxUserDefaults>(files_, suite, LinuxUserDefaults::Owner::another);
+}
 
 } // namespace platform

@@ -20,8 +20,12 @@ namespace platform {
 /// memory, and the first write that succeeds adds them to what the file holds by then.
 class LinuxUserDefaults final : public UserDefaults {
 public:
+    /// Whose the settings are. Of another program's a smaller file is read, and nothing is ever written or
+    /// set aside.
+    enum class Owner { thisProgram, another };
+
     /// `files` must outlive the settings.
-    LinuxUserDefaults(FileManager& files, const std::string& suite);
+    LinuxUserDefaults(FileManager& files, const std::string& suite, Owner owner = Owner::thisProgram);
     LinuxUserDefaults(const LinuxUserDefaults&) = delete;
     LinuxUserDefaults& operator=(const LinuxUserDefaults&) = delete;
     ~LinuxUserDefaults() override;
@@ -42,6 +46,21 @@ public:
 private:
     struct Store;
     std::unique_ptr<Store> store_;
+};
+
+/// Other programs' settings, beside this one's.
+class LinuxUserDefaultsSuites final : public UserDefaultsSuites {
+public:
+    /// `files` must outlive this and what it opens.
+    explicit LinuxUserDefaultsSuites(FileManager& files)
+        : files_(files)
+    {
+    }
+
+    [[nodiscard]] std::unique_ptr<const UserDefaults> open(const std::string& suite) const override;
+
+private:
+    FileManager& files_;
 };
 
 } // namespace platform

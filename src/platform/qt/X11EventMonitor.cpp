@@ -2,6 +2,7 @@
 #include "platform/qt/X11EventMonitor.h"
 
 #include "platform/qt/ObserverList.h"
+#include "platform/qt/QtKeyMonitor.h"
 #include "platform/qt/X11PressWatch.h"
 #include "platform/qt/XcbEventFilter.h"
 
@@ -64,6 +65,11 @@ std::unique_ptr<Observation> X11EventMonitor::monitorMouseDown(Job pressed)
         if (const auto watch = weak.lock())
             watch->release();
     });
+}
+
+std::unique_ptr<Observation> X11EventMonitor::monitorKeyDown(std::function<bool(const KeyDown&)> take)
+{
+    return std::make_unique<QtKeyMonitor>(std::move(take));
 }
 
 } // namespace platform

@@ -268,4 +268,42 @@ TEST(LinuxUserDefaults, WithoutAHomeOrAFolderTheValuesHoldForTheRun)
     EXPECT_EQ(entriesIn(home.path()), 1);
 }
 
+TEST(LinuxUserDefaultsSuites, AnotherProgramsSettingsAreFollowedAndNothingIsEverWritten)
+{
+    Settings home;
+    const LinuxUserDefaultsSuites suites(home.files);
+    const auto another = suites.open("org.zolwerk.sillon");
+    const std::string folder = home.path() + "/.config/zol-mini-apps";
+    EXPECT_EQ(another->text("key"), std::nullopt);
+    EXPECT_FALSE(fs::exists(folder));
+
+    fs::create_directories(folder);
+    const std::string file = folder + "/org.zolwerk.sillon.json", elsewhere = home.path() + "/elsewhere";
+    const auto clear = [&] { fs::remove(file); };
+    home.files.replace(file, R"({"key":"first"})");
+    EXPECT_EQ(another->text("key"), "first");
+    home.files.replace(file, R"({"key":"second!"})");
+    EXPECT_EQ(another->text("key"), "second!");
+    for (const auto& [text, what] :
+        { std::pair { "{\"key\""s, "cut" }, { "[]"s, "no object" }, { ""s, "empty" },
+            { "{\"key\":\"" + std::string(300'000, 'x') + "\"}", "huge" }, { "\xff\xfe"s, "no text" } }) {
+        home.files.replace(file, text);
+        EXPECT_EQ(another->text("key"), std::nullopt) << what;
+    }
+    clear();
+    ASSERT_EQ(::mkfifo(file.c_str(), 0600), 0);
+    EXPECT_EQ(another->text("key"), std::nullopt) << "a pipe that nobody writes to";
+    clear();
+    fs::create_symlink("/dev/zero", file);
+    EXPECT_EQ(another->text("key"), std::nullopt) << "a device";
+    clear();
+    fs::create_symlink(file, file);
+    EXPECT_EQ(another->text("key"), std::nullopt) << "a link to itself";
+    clear();
+    home.files.replace(elsewhere, R"({"key":"linked"})");
+    fs::create_symlink(elsewhere, file);
+    EXPECT_EQ(another->text("key"), "linked");
+    EXPECT_EQ(entriesIn(folder), 1) << "neither a lock nor a copy of what was broken";
+}
+
 } // namespace
