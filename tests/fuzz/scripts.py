@@ -25,8 +25,8 @@ LONGEST = 30  # seconds
 SPOILERS = (b"\0", b"\xff\xfe", b"\xed\xa0\x80", b"[" * 3000, b'{"a":' * 500, b"1e999", b"-", b"\n", b"\r\n",
             b"9" * 400, b'"', b"\\u0000", b"NaN", b"../" * 50, b"\x1b[31m", b"--", b",,")
 ODD: tuple[Any, ...] = (
-    None, True, False, 0, -1, 2**63, 1e308, 0.5, "", "\0", "\ud800", "x" * 5000, [], {}, [[]], {"a": {}}, "-rf",
-    "$(id)", "a\nb", ";#{x}")
+    None, True, False, 0, -1, 2**63, 1e308, 0.5, "", "\0", "\ud800", "x" * 5000, [], {}, [[]], {"a": {}},
+    "-rf", "$(id)", "a\nb", ";#{x}")
 
 
 class Target(NamedTuple):
@@ -92,7 +92,9 @@ def words_of(*choices: list[str]) -> Callable[[random.Random], list[str]]:
 
 def lines(*seeds: Any) -> Callable[[random.Random], bytes]:
     """Those values, a line each, spoilt."""
-    return lambda rng: b"\n".join(message(rng.choice(seeds))(rng) for _ in range(rng.randrange(1, 30))) + b"\n"
+    def made(rng: random.Random) -> bytes:
+        return b"".join(message(rng.choice(seeds))(rng) + b"\n" for _ in range(rng.randrange(1, 30)))
+    return made
 
 
 SNAPSHOT = {
@@ -137,7 +139,7 @@ TARGETS = {
         silence,
         lambda rng: {".config/zol-mini-apps/ostrel-automations.json": message(REGISTRY)(rng),
                      ".config/orca/orca-data.json": message(ORCA)(rng),
-                     ".codex/automations/a/automation.toml": spoilt(rng, b'name = "a"\nrrule = "FREQ=DAILY"\n'),
+                     ".codex/automations/a/automation.toml": spoilt(rng, b'name = "a"\nrrule = "X=Y"\n'),
                      ".codex/sessions/2026/11/25/rollout-2026-11-25T07-59-00-x.jsonl": lines(QUOTA)(rng),
                      ".codex/sqlite/codex-dev.db": spoilt(rng, b"SQLite format 3\0" + bytes(200))}),
     "sessions": Target(
@@ -152,8 +154,8 @@ def fault_of(done: subprocess.CompletedProcess) -> str:
     """What is wrong with how a run ended; "" when nothing is."""
     if done.returncode not in CODES:
         return f"exit code {done.returncode}"
-    if b"Traceback" in done.stderr:
-        return "a traceback"
+    if b"Traceback" in done.stderr or b"can't open file" in done.stderr:
+        return "a traceback, or no script"
     if not done.stdout.strip():
         return "" if done.returncode or done.stderr else "nothing said"
     try:
