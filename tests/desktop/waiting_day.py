@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
-"""A day with the instrument: one home, one program with its real scripts, and everything that a person does in
-turn. Only the schedulers' tools, the way to the server and the kernel's memory figures are stand-ins."""
+"""A day with the instrument: one home, one program with its real scripts, and all that a person does in turn.
+Only the schedulers' tools, the way to the server and the kernel's memory figures are stand-ins."""
 import os
 import re
 import shutil
@@ -15,14 +15,15 @@ import test_server
 from test_panel import PanelCase
 from waiting_hints import CALM, COVER, CRITICAL, HintCase, covers
 
-Schedules, Stops, Server = test_automations.Automations, test_janitor.Janitor, test_server.Server
-
 
 @unittest.skipUnless(test_server.sshd_can_run() and covers(), "no sshd, or no mounts of one's own")
 class Day(HintCase, PanelCase):
-    lay, receipts_of_actions, start_servers = Stops.lay, Stops.receipts, Stops.start_servers
-    question, gone, go_to = Stops.question, Stops.gone, Stops.go_to
-    machine_with_jobs, confirm = Schedules.machine_with_jobs, Schedules.confirm
+    # By their modules: a class that is named here would be run here once more.
+    lay, actions = test_janitor.Janitor.lay, test_janitor.Janitor.receipts
+    start_servers, question = test_janitor.Janitor.start_servers, test_janitor.Janitor.question
+    gone, go_to = test_janitor.Janitor.gone, test_janitor.Janitor.go_to
+    machine_with_jobs = test_automations.Automations.machine_with_jobs
+    confirm = test_automations.Automations.confirm
 
     def start_program(self, *command: str) -> subprocess.Popen:
         """In the background, under the kernel that says what the test wants."""
@@ -103,8 +104,9 @@ class Day(HintCase, PanelCase):
         screen.press(self.desktop, "ctrl+alt+m")
         self.panel()
         self.wait_for_keyboard()
-        for key, told in (("1", "server · not checked"), ("6", rf".* · stop python3 pid {server} · .* · sent"),
-                          ("7", r"5 entries · 1 enabled"), ("9", "panel: ⌃⌥m · opens and closes from anywhere")):
+        for key, told in (("1", "server · not checked"), ("7", "5 entries · 1 enabled"),
+                          ("6", rf".* · stop python3 pid {server} · .* · sent"),
+                          ("9", "panel: ⌃⌥m · opens and closes from anywhere")):
             screen.press(self.desktop, key)
             self.said(process, told)
         self.said(process, "unpin panel")
@@ -112,9 +114,9 @@ class Day(HintCase, PanelCase):
         self.wait_for("alias", lambda: self.typed(process, test_server.ALIAS) == "mill")
         self.assertEqual(self.typed(process, test_server.TASK), "", "a task is held in memory only")
         stored = self.settings()
-        self.assertEqual((stored["dev.quent.ostrel.theme"], stored["dev.quent.ostrel.pinned"]), ("dark", True))
-        self.assertEqual([receipt["kind"] for receipt in self.receipts_of_actions()],
-                         ["stop", "clean", "automation"])
+        self.assertEqual(stored["dev.quent.ostrel.theme"], "dark")
+        self.assertTrue(stored["dev.quent.ostrel.pinned"])
+        self.assertEqual([receipt["kind"] for receipt in self.actions()], ["stop", "clean", "automation"])
         self.assertEqual(self.receipts(), ["presented", "acknowledged"])
 
 
