@@ -22,6 +22,8 @@ int main(int argc, char** argv)
     delegate = new ostrel::AppDelegate(app->services());
     const std::vector<std::string> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);
     const ostrel::Route route = ostrel::parseArguments(arguments);
+    if (route.kind == ostrel::Route::Kind::selfTest)
+        return ostrel::runSelfTest(argc, argv, route.snapshotPath, *app, *delegate);
     if (route.kind != ostrel::Route::Kind::application)
         return ostrel::runCommandLineRoute(route, *delegate);
     return ostrel::runApplication(argc, argv, { route.urls, route.background }, *app, *delegate);

@@ -19,6 +19,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace ostrel {
 
@@ -57,6 +58,9 @@ public:
     void invalidateTimer();
     /// Restarts the timer of an open panel with the new interval.
     void profileChanged() override;
+
+    /// Takes a snapshot, or none, and what is said of it, as if a fetch had brought them. Draws nothing.
+    void show(std::optional<OstrelData> data, std::string_view source, std::string_view state);
 
     /// Where the script stands, or would stand.
     [[nodiscard]] std::string pyPath() const;

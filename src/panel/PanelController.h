@@ -67,6 +67,11 @@ public:
     /// Nothing before the first opening.
     void rebuildContent();
 
+    /// Whether a popover was built.
+    [[nodiscard]] bool built() const { return popover_ != nullptr; }
+    /// Keeps the content in somebody else's popover from its next rebuilding on, or in none.
+    void keepIn(std::unique_ptr<platform::Popover> popover) { popover_ = std::move(popover); }
+
     /// The surface's reason for one of the texts that `close` is given.
     [[nodiscard]] static ZOLSurface::CloseReason closeReason(std::string_view text);
 

@@ -94,6 +94,11 @@ public:
     void set(std::string_view text) override;
     void refresh() override;
 
+    /// What its moving views ask of the system.
+    [[nodiscard]] const MotionServices& motion() const { return services_.motion; }
+    /// Nothing in it moves by itself from the next `makeContent` on.
+    void standStill() { services_.motion.selfTest = true; }
+
     /// Shows the overlay with the panel's keys, or takes it away.
     void showHelpOverlay();
 

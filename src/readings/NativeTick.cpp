@@ -109,6 +109,12 @@ void NativeTick::setRefresh(std::string_view profile)
         listener_->profileChanged();
 }
 
+void NativeTick::show(const NativeStats& native, double cpu)
+{
+    lastNative_ = native;
+    lastCPU_ = cpu;
+}
+
 NativeStats NativeTick::native() const { return lastNative_ ? *lastNative_ : readNativeStats(kernel_); }
 
 std::string_view gaugeLevel(bool warn, bool crit)

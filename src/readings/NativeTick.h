@@ -54,6 +54,9 @@ public:
     /// The last processor sample, 0…100.
     [[nodiscard]] double lastCPU() const { return lastCPU_; }
 
+    /// Takes a reading and a processor sample that were made elsewhere for the last ones. Tells nobody.
+    void show(const NativeStats& native, double cpu);
+
     /// The rolling record: one entry per tick in each, oldest first, cleared together after a gap.
     [[nodiscard]] const std::vector<std::int64_t>& cpuHistory() const { return cpuHistory_; }
     [[nodiscard]] const std::vector<std::int64_t>& swapHistory() const { return swapHistory_; }
