@@ -97,7 +97,7 @@ AppDelegate::AppDelegate(const PlatformServices& services)
               .opened = [this] { snapshots_.startPanelPolling(); },
               .applyBarLength = [this] { barItem_.applyPendingLength(); },
               .closed = [this] { panelDidClose(); } })
-    , theme_(services.defaults, settings_, panel_, false)
+    , theme_(services.defaults, settings_, panel_)
     , barState_({ services.files, services.defaults, services.screens, services.clock })
     , barItem_({ services.statusBar, services.mainQueue, services.clock, settings_, tick_, snapshots_, panel_,
           frame_, barPainter_, barState_, iconFolder(services.bundle) })
@@ -181,7 +181,7 @@ bool AppDelegate::applicationDidFinishLaunching(const LaunchWish& wish)
     ZOLAppShellStyle::font = OstrelStyle::mono;
     settings_.loadSettings(tick_);
     server_.loadSettings();
-    history_ = OstrelHistory::load(services_.files, historyFilePath_, services_.clock.now());
+    loadHistory();
     snapshots_.ensureCollectorAvailable();
     barItem_.setupStatusItem([this] { return serviceMenu_.rebuildMenu(); });
     tick_.startNativeTimer();
@@ -193,6 +193,20 @@ bool AppDelegate::applicationDidFinishLaunching(const LaunchWish& wish)
     if (wish.urls.empty() && !wish.background)
         panel_.show();
     return true;
+}
+
+void AppDelegate::checkItself()
+{
+    theme_.setOffscreen();
+    hotkeys_.setOffscreen();
+    frame_.standStill();
+    automations_.setSelfTest(true);
+    terminals_.setSelfTest(true);
+}
+
+void AppDelegate::loadHistory()
+{
+    history_ = OstrelHistory::load(services_.files, historyFilePath_, services_.clock.now());
 }
 
 bool AppDelegate::leavesToElder(const LaunchWish& wish)

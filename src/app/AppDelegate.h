@@ -71,8 +71,19 @@ public:
     [[nodiscard]] RemoteServer& server() { return server_; }
     [[nodiscard]] BarItem& barItem() { return barItem_; }
     [[nodiscard]] HintController& hints() { return hints_; }
+    [[nodiscard]] Settings& settings() { return settings_; }
+    [[nodiscard]] CollectorRunner& collector() { return *collector_; }
     [[nodiscard]] HotkeyController& hotkeys() { return hotkeys_; }
     [[nodiscard]] const OstrelHistory& history() const { return history_; }
+
+    // Of a program that checks itself in place of the start sequence.
+
+    /// From now on choices of theme and hotkey hold in memory alone, no sibling's settings are read, nothing
+    /// moves by itself, and made-up answers may stand in for scripts. Before anything is drawn.
+    void checkItself();
+    /// Takes the minute history of the file, or a made-up one. Nothing of it is saved.
+    void loadHistory();
+    void showHistory(OstrelHistory history) { history_ = std::move(history); }
 
 private:
     void recordMinute(const MinuteReading& reading) override;

@@ -71,7 +71,7 @@ bool HotkeyController::registerHotkey(const OstrelHotkey& hotkey)
 
 std::string HotkeyController::refusalText(const OstrelHotkey& hotkey, HotKeyRefusal refusal) const
 {
-    const bool held = refusal == HotKeyRefusal::held && !owner_.offscreen;
+    const bool held = refusal == HotKeyRefusal::held && !offscreen_;
     return HotkeyText::refusal(hotkey, refusal,
         held ? DesktopShortcuts::holder(owner_.files, monitor_.desktop(), hotkey) : std::nullopt);
 }
@@ -109,6 +109,8 @@ void HotkeyController::armHotkeyRecorder()
         return;
     hotkeyRecording_ = true;
     hotkeyError_.clear();
+    if (offscreen_)
+        return;
     // The keys go to the panel before they are looked at there.
     owner_.takeKeys();
     hotkeyRecorderMonitor_ = owner_.events.monitorKeyDown(
@@ -153,7 +155,7 @@ void HotkeyController::clearHotkey()
     hotkeyError_.clear();
     toldLater_ = false;
     unavailable_ = false;
-    if (!owner_.offscreen) {
+    if (!offscreen_) {
         monitor_.unregister();
         owner_.settings.writeHotkeyCleared();
     }
@@ -184,7 +186,7 @@ void HotkeyController::storeHotkey(const OstrelHotkey& hotkey)
     owner_.settings.hotkey = hotkey;
     owner_.settings.hotkeyCleared = false;
     hotkeyError_.clear();
-    if (!owner_.offscreen) {
+    if (!offscreen_) {
         owner_.settings.writeHotkey();
         owner_.settings.writeHotkeyCleared();
     }
@@ -210,7 +212,7 @@ void HotkeyController::pickHotkey(std::string_view identifier)
 FamilyHotkeys::Holders HotkeyController::familyHolders() const
 {
     return FamilyHotkeys::holders(
-        OstrelHotkey::owner, owner_.offscreen ? FamilyHotkeys::Reader() : owner_.siblings);
+        OstrelHotkey::owner, offscreen_ ? FamilyHotkeys::Reader() : owner_.siblings);
 }
 
 HotkeyText::Section HotkeyController::section() const

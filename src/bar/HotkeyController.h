@@ -32,10 +32,12 @@ public:
         FamilyHotkeys::Reader siblings; ///< asked anew with each use
         std::function<void()> takeKeys; ///< makes the panel the one that gets the keys
         std::function<void()> updateBar; ///< the bar's texts name the hotkey
-        bool offscreen = false; ///< nothing is stored, and no sibling's settings are read
     };
 
     explicit HotkeyController(Owner owner);
+
+    /// From now on nothing is stored, nothing is listened to, and no sibling's settings are read.
+    void setOffscreen() { offscreen_ = true; }
 
     /// Presses open and close the panel from now on. Once, before `applyHotkey`.
     void start();
@@ -77,6 +79,7 @@ private:
 
     Owner owner_;
     HotkeyMonitor monitor_;
+    bool offscreen_ = false;
     bool hotkeyRecording_ = false;
     std::string hotkeyError_;
     bool unavailable_ = false;

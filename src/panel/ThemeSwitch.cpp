@@ -9,11 +9,10 @@
 namespace ostrel {
 
 ThemeSwitch::ThemeSwitch(
-    platform::UserDefaults& defaults, const Settings& settings, PanelController& panel, bool offscreen)
+    platform::UserDefaults& defaults, const Settings& settings, PanelController& panel)
     : defaults_(defaults)
     , settings_(settings)
     , panel_(panel)
-    , offscreen_(offscreen)
 {
 }
 

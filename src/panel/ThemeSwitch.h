@@ -17,9 +17,10 @@ namespace ostrel {
 /// Carries a choice of theme out on everything that is on screen, and hands a choice of pin on. Main thread.
 class ThemeSwitch final : public PanelChoices {
 public:
-    /// With `offscreen` a choice holds for this process and isn't stored.
-    ThemeSwitch(
-        platform::UserDefaults& defaults, const Settings& settings, PanelController& panel, bool offscreen);
+    ThemeSwitch(platform::UserDefaults& defaults, const Settings& settings, PanelController& panel);
+
+    /// From now on a choice holds for this process and isn't stored.
+    void setOffscreen() { offscreen_ = true; }
 
     /// Brings the application and the palette into the stored theme. The application object exists.
     void loadTheme();
@@ -41,7 +42,7 @@ private:
     platform::UserDefaults& defaults_;
     const Settings& settings_;
     PanelController& panel_;
-    bool offscreen_;
+    bool offscreen_ = false;
     UI ui_;
     std::vector<std::function<void(ZOLThemePolicy::Mode)>> listeners_;
 };

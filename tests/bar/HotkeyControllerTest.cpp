@@ -29,11 +29,13 @@ constexpr std::uint64_t option = OstrelHotkey::option, command = OstrelHotkey::c
 constexpr std::uint64_t both = option | command;
 
 struct HotkeyBench : StateBench {
-    explicit HotkeyBench(bool offscreen = false)
-        : hotkeys({ settings, center, keys, files, door, panel, { .sillon = [this] { return sillon; } },
-            [this] { door.calls.emplace_back("keys"); }, [this] { door.calls.emplace_back("bar"); },
-            offscreen })
+    explicit HotkeyBench(bool isOffscreen = false)
+        : offscreen(isOffscreen)
+        , hotkeys({ settings, center, keys, files, door, panel, { .sillon = [this] { return sillon; } },
+              [this] { door.calls.emplace_back("keys"); }, [this] { door.calls.emplace_back("bar"); } })
     {
+        if (offscreen)
+            hotkeys.setOffscreen();
     }
 
     /// The launch with what is stored.
@@ -45,7 +47,9 @@ struct HotkeyBench : StateBench {
     }
     bool press(std::uint32_t keyCode, std::uint64_t flags, const char* characters)
     {
-        return keys.press({ keyCode, flags, characters });
+        const platform::KeyDown key { keyCode, flags, characters };
+        // Nobody listens to a keyboard that isn't there.
+        return offscreen ? hotkeys.captureHotkey(key) : keys.press(key);
     }
     /// What is held by the desktop, is stored, and is told; with a star while the recorder is armed.
     [[nodiscard]] std::string told() const
@@ -68,6 +72,7 @@ struct HotkeyBench : StateBench {
     FakeDoor door;
     FakePanel panel;
     std::optional<FamilyHotkeys::Combos> sillon;
+    bool offscreen;
     HotkeyController hotkeys;
 };
 
