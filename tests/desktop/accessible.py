@@ -5,6 +5,9 @@
 names PID        prints a JSON array of [name, selected] for all that is showing, in reading order
 press PID NAME [WITHIN]
                  presses the button of that name, in the view of the other one; 1 when there is none
+presses PID NAME...
+                 presses the buttons of these names one after the other, each once it is there and can be
+                 pressed; 1 when one isn't within a while
 menu PID NAME    opens the menu of the view of that name; 1 when there is none
 listen PID       prints a name and 1 or 0 for each view that becomes the selected one, or ceases to be
 follow PID       prints each new text of a view whose text changes
@@ -14,8 +17,11 @@ It runs as a process of its own on the desktop, since the library binds to one a
 """
 import json
 import sys
+import time
 
 import pyatspi
+
+GENEROUS = 20.0  # seconds
 
 
 def walk(node, below_root):
@@ -45,6 +51,17 @@ def press(pid, name, within=""):
         if named and node.getRole() == pyatspi.ROLE_PUSH_BUTTON:
             return 0 if node.queryAction().doAction(0) else 1
     return 1
+
+
+def presses(pid, *these):
+    for name in these:
+        end = time.monotonic() + GENEROUS
+        while press(pid, name) != 0:
+            if time.monotonic() > end:
+                print(f"no button {name}")
+                return 1
+            time.sleep(0.03)
+    return 0
 
 
 def menu(pid, name):
@@ -87,5 +104,5 @@ def alerts(pid):
 
 
 command, process, *rest = sys.argv[1:]
-verbs = {"names": names, "press": press, "menu": menu, "listen": listen, "follow": follow, "alerts": alerts}
+verbs = {"names": names, "press": press, "presses": presses, "menu": menu, "listen": listen, "follow": follow, "alerts": alerts}
 sys.exit(verbs[command](int(process), *rest))
