@@ -208,12 +208,13 @@ const std::array<Source, 5>& sources()
     static const std::string xfceHome = "/.config" + std::string(xfceFile);
     static const std::string xfceSystem = "/etc/xdg" + std::string(xfceFile);
     static const std::array<Source, 5> all { {
+        // A window manager before the desktop, whose own one doesn't run then.
+        { "lxqt", "Openbox", { "/.config/openbox/lxqt-rc.xml", "" }, openbox },
+        { "openbox", "Openbox", { "/.config/openbox/rc.xml", "/etc/xdg/openbox/rc.xml" }, openbox },
         { "xfce", "Xfce", { xfceHome, xfceSystem }, xfce },
         { "kde", "Plasma", { "/.config/kglobalshortcutsrc", "" }, plasma },
         { "lxqt", "LXQt",
             { "/.config/lxqt/globalkeyshortcuts.conf", "/etc/xdg/lxqt/globalkeyshortcuts.conf" }, lxqt },
-        { "lxqt", "Openbox", { "/.config/openbox/lxqt-rc.xml", "" }, openbox },
-        { "openbox", "Openbox", { "/.config/openbox/rc.xml", "/etc/xdg/openbox/rc.xml" }, openbox },
     } };
     return all;
 }

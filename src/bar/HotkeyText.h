@@ -9,10 +9,8 @@
 #include <string>
 #include <string_view>
 
-namespace ostrel {
-
 /// What the settings say of the hotkey, from plain values.
-namespace HotkeyText {
+namespace ostrel::HotkeyText {
 
 /// Why a combination isn't had, behind its label. `holder` names who has it where that is known.
 [[nodiscard]] std::string refusal(
@@ -58,6 +56,4 @@ struct Section {
 /// `holders` are those of this moment.
 [[nodiscard]] Section section(const State& state, const FamilyHotkeys::Holders& holders);
 
-} // namespace HotkeyText
-
-} // namespace ostrel
+} // namespace ostrel::HotkeyText

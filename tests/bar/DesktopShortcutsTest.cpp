@@ -83,10 +83,10 @@ TEST(DesktopShortcuts, TheHolderIsToldByTheSettingsOfTheDesktopThatRuns)
     files.contents["/etc/xdg/openbox/rc.xml"] = openboxText;
     files.contents[files.home + "/.config/kglobalshortcutsrc"] = plasmaText;
     files.contents[files.home + "/.config/lxqt/globalkeyshortcuts.conf"] = lxqtText;
-    for (const auto& [desktop, name] :
-        std::vector<std::pair<const char*, const char*>> { { "XFCE", "Xfce · music & \"more\"" },
-            { "ubuntu:xfce", "Xfce · music & \"more\"" }, { "KDE", "Plasma · Toggle, the overview" },
-            { "LXQt", "LXQt · Music" }, { "", "" }, { "LXDE:Openbox", "Openbox · Close" } })
+    for (const auto& [desktop, name] : std::vector<std::pair<const char*, const char*>> {
+             { "XFCE", "Xfce · music & \"more\"" }, { "ubuntu:xfce", "Xfce · music & \"more\"" },
+             { "KDE", "Plasma · Toggle, the overview" }, { "LXQt", "LXQt · Music" }, { "", "" },
+             { "LXDE:Openbox", "Openbox · Close" }, { "XFCE:Openbox", "Openbox · Close" } })
         EXPECT_EQ(holder(desktop), name) << desktop;
     EXPECT_EQ(holder("KDE", { 46, option | command | shift, "m" }), "");
     files.contents[files.home + "/.config" + channel]

@@ -7,6 +7,9 @@ press PID NAME [WITHIN]
                  presses the button of that name, in the view of the other one; 1 when there is none
 focus PID NAME   gives the keyboard to the text field of that name; 1 when there is none
 typed PID NAME   prints what is in the text field of that name; 1 when there is none
+presses PID NAME...
+                 presses the buttons of these names one after the other, each once it is there and can be
+                 pressed; 1 when one isn't within a while
 menu PID NAME    opens the menu of the view of that name; 1 when there is none
 listen PID       prints a name and 1 or 0 for each view that becomes the selected one, or ceases to be
 follow PID       prints each new text of a view whose text changes
@@ -16,8 +19,11 @@ It runs as a process of its own on the desktop, since the library binds to one a
 """
 import json
 import sys
+import time
 
 import pyatspi
+
+GENEROUS = 20.0  # seconds
 
 
 def walk(node, below_root):
@@ -69,6 +75,17 @@ def typed(pid, name):
     return 0
 
 
+def presses(pid, *these):
+    for name in these:
+        end = time.monotonic() + GENEROUS
+        while press(pid, name) != 0:
+            if time.monotonic() > end:
+                print(f"no button {name}")
+                return 1
+            time.sleep(0.03)
+    return 0
+
+
 def menu(pid, name):
     for node in views(pid):
         if node.name == name:
@@ -109,6 +126,6 @@ def alerts(pid):
 
 
 command, process, *rest = sys.argv[1:]
-verbs = {"names": names, "press": press, "focus": focus, "typed": typed, "menu": menu,
+verbs = {"names": names, "press": press, "presses": presses, "focus": focus, "typed": typed, "menu": menu,
          "listen": listen, "follow": follow, "alerts": alerts}
 sys.exit(verbs[command](int(process), *rest))

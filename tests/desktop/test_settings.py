@@ -1,36 +1,25 @@
 # SPDX-License-Identifier: Apache-2.0
 """Every control of the settings, pressed as a screen reader does, and what is kept of it over a restart."""
 import subprocess
+import sys
 import unittest
 
 import bus
 import screen
-from test_panel import PanelCase
+from test_panel import ACCESSIBLE, PanelCase
 
-# What is pressed in this order, and the key and value that are stored then.
-PRESSES = (
-    ("mark + value", "barmode", "mark + value"),
-    ("mem", "barparts", ["cpu", "mem", "swap"]),
-    ("cpu", "barparts", ["mem", "swap"]),
-    ("load", "barparts", ["load", "mem", "swap"]),
-    ("mcp", "barparts", ["load", "mcp", "mem", "swap"]),
-    ("swap", "barparts", ["load", "mcp", "mem"]),
-    ("value", "barmode", "value"),
-    ("keep panel open", "pinned", True),
-    ("black", "theme", "dark"),
-    ("white", "theme", "light"),
-    ("black", "theme", "dark"),
-    ("hotkey choice · ⌃⌥m", "hotkey", "46:786432:m"),
-    ("hotkey choice · ⌥⇧m", "hotkey", "46:655360:m"),
-    ("hotkey choice · ⌥⌘p", "hotkey", "35:1572864:p"),
-    ("default ⌥⌘m", "hotkey", "46:1572864:m"),
-    ("hotkey choice · ⌥⌘p", "hotkey", "35:1572864:p"),
-    ("fast", "refresh", "fast"),
-    ("normal", "refresh", "normal"),
-    ("calm", "refresh", "calm"),
-    ("voxel motion · on", "ostrel.motion", False),
-    ("pressure hints · on", "ostrel.hints", False),
-)
+# What is pressed one after the other, and what is stored then.
+FIRST = (
+    ("mark + value", "mem", "cpu", "load", "mcp", "swap", "value", "keep panel open", "black",
+     "hotkey choice · ⌃⌥m", "hotkey choice · ⌥⇧m", "hotkey choice · ⌥⌘p", "fast", "calm",
+     "voxel motion · on", "pressure hints · on"),
+    {"barmode": "value", "barparts": ["load", "mcp", "mem"], "pinned": True, "theme": "dark",
+     "hotkey": "35:1572864:p", "refresh": "calm", "ostrel.motion": False, "ostrel.hints": False})
+THEN = (
+    ("mark", "mark + value", "unpin panel", "white", "default ⌥⌘m", "normal", "voxel motion · off",
+     "pressure hints · off", "hidden", "keep the mark"),
+    {"barmode": "mark + value", "barparts": ["load", "mcp", "mem"], "pinned": False, "theme": "light",
+     "hotkey": "46:1572864:m", "refresh": "normal", "ostrel.motion": True, "ostrel.hints": True})
 
 
 class Settings(PanelCase):
@@ -39,9 +28,11 @@ class Settings(PanelCase):
     def stored(self, key: str):
         return self.settings().get(key if "." in key else f"dev.quent.ostrel.{key}")
 
-    def press_for(self, process: subprocess.Popen, control: str, key: str, value) -> None:
-        self.press(process, control)
-        self.wait_for(f"{control} stored", lambda: self.stored(key) == value)
+    def press_all(self, process: subprocess.Popen, controls: tuple[str, ...], stored: dict) -> None:
+        """Presses one control after the other, and checks what is stored then."""
+        done = self.desktop.run([sys.executable, ACCESSIBLE, "presses", str(process.pid), *controls])
+        self.assertEqual((done.returncode, done.stdout), (0, ""), done.stderr)
+        self.assertEqual({key: self.stored(key) for key in stored}, stored)
 
     def open_settings(self, process: subprocess.Popen) -> None:
         self.item(process)
@@ -52,9 +43,7 @@ class Settings(PanelCase):
     def test_every_choice_is_stored_at_once_and_shown_after_a_restart(self):
         process = self.start()
         self.open_settings(process)
-        for control, key, value in PRESSES:
-            with self.subTest(control=control):
-                self.press_for(process, control, key, value)
+        self.press_all(process, *FIRST)
         self.end(process)
 
         process = self.start_again()
@@ -71,16 +60,14 @@ class Settings(PanelCase):
             self.assertIn(text, names)
         self.assertTrue(any(name.startswith("menu bar preview · value · mem ") for name in names))
 
-        self.press_for(process, "unpin panel", "pinned", False)
-        self.press_for(process, "pressure hints · off", "ostrel.hints", True)
+        self.press_all(process, *THEN)
         self.press(process, "preview companion")
         self.panel_has_gone()
         self.assertEqual(self.last_close(), "preview-companion")
         self.wait_for("sample card", self.visible_windows)
         self.route("ostrel://show")
-        self.press_for(process, "pressure hints · on", "ostrel.hints", False)
+        self.press_all(process, ("pressure hints · on",), {"ostrel.hints": False})
         self.wait_for("no card", lambda: self.visible_windows() == [screen.panel_window(self.desktop)])
-        self.press_for(process, "voxel motion · off", "ostrel.motion", True)
 
     def test_hidden_asks_first_and_the_hotkey_is_the_way_back(self):
         process = self.start()
@@ -91,13 +78,13 @@ class Settings(PanelCase):
         self.press(process, "keep the mark")
         self.wait_for("no question", lambda: "confirm hidden" not in self.names(process))
         self.press(process, "hidden")
-        self.press_for(process, "confirm hidden", "barmode", "hidden")
+        self.press_all(process, ("confirm hidden",), {"barmode": "hidden"})
         self.said(process, "hidden · no item in the bar")
         self.wait_for("no item", lambda: not bus.item_of(self.desktop.env, process.pid))
         self.close_panel()
         screen.press(self.desktop, "alt+super+m")
         self.wait_for_keyboard()
-        self.press_for(process, "mark", "barmode", "mark")
+        self.press_all(process, ("mark",), {"barmode": "mark"})
         self.wait_for("item", lambda: bus.item_of(self.desktop.env, process.pid))
 
 

@@ -4,7 +4,7 @@
 #include "platform/qt/KeyPositions.h"
 #include "platform/qt/Xcb.h"
 
-#include <array>
+#include <algorithm>
 #include <cstddef>
 #include <cstdlib>
 #include <span>
@@ -29,10 +29,8 @@ constexpr std::uint8_t newKeyboard = 0, newMap = 1;
 
 bool oneOf(std::span<const xcb_keysym_t> signs, xcb_keysym_t first, xcb_keysym_t second)
 {
-    for (const xcb_keysym_t sign : signs)
-        if (sign == first || sign == second)
-            return true;
-    return false;
+    return std::ranges::any_of(
+        signs, [first, second](xcb_keysym_t sign) { return sign == first || sign == second; });
 }
 
 /// The lowest of the bits, or what keyboards mostly have.
