@@ -34,8 +34,8 @@ exit 3
 ALIAS, REPO = "SSH host alias", "Remote repository path"
 TASK = "Task handoff – goal, context, next step"
 START, PREVIEW = "start on server", "preview task"
-READY = ("READY · mill · capped by prlimit and timeout\nWorkspace: {repo}\nCPU: on average {cpu} of one core · "
-         "memory: no soft / {most} MB per process hard · 300s\nHandoff: {length} characters. Starts a new "
+READY = ("READY · mill · capped by prlimit and timeout\nWorkspace: repo\nCPU: on average {cpu} of one core "
+         "· memory: no soft / {most} MB per process hard · 300s\nHandoff: {length} characters. Starts a new "
          "Codex task.")
 
 
@@ -80,7 +80,7 @@ class Server(PanelCase):
         self.said(process, "Read-only server check complete\\.")
         self.type(process, REPO, "repo")
         self.type(process, TASK, "goal $(touch X)")
-        ready = dict(repo="repo", cpu="100%", most=3072, length=15)
+        ready = dict(cpu="100%", most=3072, length=15)
         self.preview(READY.format(**ready))
         self.type(process, TASK, "!")
         self.act("off", process, START)
