@@ -26,7 +26,7 @@ constexpr int fieldHeight = 30;
 constexpr int taskHeight = 76;
 constexpr int rowSpacing = 8;
 constexpr int smallGap = 8;
-constexpr int gap = 14;
+constexpr int gap = 12;
 
 OstrelButton* serverButton(const ServerButton& words, std::function<void()> handler, int height = fieldHeight)
 {

@@ -9,6 +9,7 @@
 #include "design/controls/ZOLShellLabel.h"
 #include "sessions/SessionPanel.h"
 
+#include <QHBoxLayout>
 #include <QVBoxLayout>
 
 #include <string>
@@ -51,11 +52,15 @@ void addTerminal(QVBoxLayout& column, const SessionRow& row, SessionPanel& sessi
     ostrelTip(open, "Open this exact existing Orca terminal. No prompt is sent and no session is closed.");
     open->setEnabled(row.enabled);
     open->setObjectName(utf16("terminal-" + row.handle.value_or("")));
-    // As wide as what it holds, so that the buttons stand below each other.
-    column.addWidget(
-        grouped(viewRow({ title, open }, width - besideTitle + rowSpacing + openWidth, rowSpacing),
-            utf16(row.title)),
-        0, Qt::AlignLeft);
+    auto* line = new QWidget;
+    line->setFixedWidth(width);
+    auto* across = new QHBoxLayout(line);
+    across->setContentsMargins(0, 0, 0, 0);
+    across->setSpacing(rowSpacing);
+    across->addWidget(title);
+    across->addStretch(1);
+    across->addWidget(open);
+    column.addWidget(grouped(line, utf16(row.title)));
     auto* detail = elidedLabel(utf16(row.detail), 11, QFont::Normal, OstrelStyle::muted);
     detail->setFixedWidth(width);
     column.addWidget(detail);

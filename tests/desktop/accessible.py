@@ -5,6 +5,8 @@
 names PID        prints a JSON array of [name, selected] for all that is showing, in reading order
 press PID NAME [WITHIN]
                  presses the button of that name, in the view of the other one; 1 when there is none
+off PID NAME [WITHIN]
+                 1 unless that button is there and can't be pressed
 focus PID NAME   gives the keyboard to the text field of that name; 1 when there is none
 typed PID NAME   prints what is in the text field of that name; 1 when there is none
 presses PID NAME...
@@ -47,12 +49,20 @@ def names(pid):
     return 0
 
 
+def button(pid, name, within):
+    """The first button of that name; in the view of the other one if there is one."""
+    return next((node for node in views(pid) if node.name == name and (
+        not within or node.parent.name == within) and node.getRole() == pyatspi.ROLE_PUSH_BUTTON), None)
+
+
 def press(pid, name, within=""):
-    for node in views(pid):
-        named = node.name == name and (not within or node.parent.name == within)
-        if named and node.getRole() == pyatspi.ROLE_PUSH_BUTTON:
-            return 0 if node.queryAction().doAction(0) else 1
-    return 1
+    found = button(pid, name, within)
+    return 0 if found and found.queryAction().doAction(0) else 1
+
+
+def off(pid, name, within=""):
+    found = button(pid, name, within)
+    return 0 if found and not found.getState().contains(pyatspi.STATE_SENSITIVE) else 1
 
 
 def field(pid, name):
@@ -126,6 +136,6 @@ def alerts(pid):
 
 
 command, process, *rest = sys.argv[1:]
-verbs = {"names": names, "press": press, "presses": presses, "focus": focus, "typed": typed, "menu": menu,
-         "listen": listen, "follow": follow, "alerts": alerts}
+verbs = {"names": names, "press": press, "presses": presses, "off": off, "focus": focus, "typed": typed,
+         "menu": menu, "listen": listen, "follow": follow, "alerts": alerts}
 sys.exit(verbs[command](int(process), *rest))

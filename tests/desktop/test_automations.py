@@ -20,7 +20,7 @@ MAIN = """
 import os, sys
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
 from ostrel_lib.automations.bridge import main
-from ostrel_lib.automations.places import Places
+from ostrel_lib.places import Places
 root = {root!r}
 folders = {{name: f"{{root}}/{{name}}" for name in ("home", "etc", "spool", "proc")}}
 places = Places(path=root + "/bin", **folders)

@@ -14,7 +14,7 @@ namespace ostrel {
 
 namespace {
 
-constexpr int sideInset = 8;
+constexpr int sideInset = 10; ///< where a field of one line begins
 constexpr int endInset = 6;
 
 } // namespace
