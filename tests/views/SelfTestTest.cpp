@@ -3,6 +3,7 @@
 
 #include "design/Appearance.h"
 #include "design/OstrelStyle.h"
+#include "design/ZOLAppMarkView.h"
 #include "design/controls/OstrelButton.h"
 #include "design/controls/ZOLHintCard.h"
 #include "design/controls/ZOLShellLabel.h"
