@@ -6,8 +6,8 @@
 
 namespace ostrel {
 
-/// Carries out a route that answers and ends: every kind but `application` and `selfTest`. Prints on standard output and
-/// standard error, and gives the exit code. Needs no display and no bus.
+/// Carries out a route that answers and ends: every kind but `application` and `selfTest`. Prints on standard
+/// output and standard error, and gives the exit code. Needs no display and no bus.
 [[nodiscard]] int runCommandLineRoute(const Route& route, AppDelegate& delegate);
 
 } // namespace ostrel

@@ -270,8 +270,8 @@ bool SelfTest::frameHolds(OstrelMode mode)
     const std::vector<std::string> trailing { "settings", "pin-panel", "close-panel" };
     return check(window_.size() == QSize(panelWidth, panelHeight), "window size")
         && check(header->settingsButton()->isActive() == (mode == OstrelMode::settings), "settings button")
-        && check(mode == OstrelMode::settings || strip->selected() == ostrel::words(mode).title,
-            "tab selection")
+        && check(
+            mode == OstrelMode::settings || strip->selected() == ostrel::words(mode).title, "tab selection")
         && check(scroll->width() >= contentWidth - 1, "body width")
         && check(trailingIdentifiers(*header) == trailing, "header buttons")
         && check(character && character->window() == &window_
@@ -280,7 +280,8 @@ bool SelfTest::frameHolds(OstrelMode mode)
         && check(header->markView() == nullptr, "flat mark")
         && check(footer->escLabel()->objectName() == "hint-esc" && footer->escLabel()->text() == "esc close",
             "footer")
-        && check(header->pinButton()->accessibleName() == utf16(ZOLPinPolicy::accessibilityDescription(pinned)),
+        && check(
+            header->pinButton()->accessibleName() == utf16(ZOLPinPolicy::accessibilityDescription(pinned)),
             "pin label")
         && check(strip->id(1) == std::string(ostrel::words(OstrelMode::overview).title)
                 && strip->id(6) == std::string(ostrel::words(OstrelMode::cleanup).title) && !strip->id(9),
@@ -302,8 +303,8 @@ bool SelfTest::choicesHold()
         return OstrelHotkey { key, modifiers, character }.conflict(holders).has_value();
     };
     constexpr std::uint64_t optionCommand = OstrelHotkey::option | OstrelHotkey::command;
-    return check(std::ranges::equal(allBarDisplayModes, modes, {},
-                     [](BarDisplayMode mode) { return rawValue(mode); }),
+    return check(std::ranges::equal(
+                     allBarDisplayModes, modes, {}, [](BarDisplayMode mode) { return rawValue(mode); }),
                "bar modes")
         && check(OstrelHotkey::fallback().display() == "⌥⌘m" && !OstrelHotkey::fallback().conflict(holders),
             "default hotkey")

@@ -104,8 +104,8 @@ bool SelfTest::hintCard()
     const QWidgetList inside = shown.findChildren<QWidget*>(Qt::FindDirectChildrenOnly);
     const bool still = owner_.app.frame().motion().reduceMotion();
     if (!check(panel->width() == 400 && panel->height() >= 72, "hint card: size")
-        || !check(shown.markView().size() == QSize(ZOLHintCard::markSize, ZOLHintCard::markSize),
-            "hint card: mark")
+        || !check(
+            shown.markView().size() == QSize(ZOLHintCard::markSize, ZOLHintCard::markSize), "hint card: mark")
         || !check(shown.actions().size() == 2 && !inside.isEmpty(), "hint card: actions")
         || !check(panel->windowFlags().testFlag(Qt::WindowDoesNotAcceptFocus) && !panel->isVisible()
                 && panel->contentView() == &shown,
@@ -129,8 +129,9 @@ bool SelfTest::hotkeyRules()
           "Sillon=32/2304 macOS screenshot=20/768 macOS screenshot=21/768 macOS screenshot=23/768 "
           "macOS log out=12/768 macOS lock screen=12/4352 macOS full screen=3/4352 macOS dictionary=2/4352 "
           "macOS force quit=53/2304 macOS finder search=49/2304 macOS finder search=49/768";
-    const auto moved = FamilyHotkeys::holders(OstrelHotkey::owner,
-        { .pellamDial = [] { return FamilyHotkeys::Combos { { 40, 2304 } }; } });
+    const auto moved = FamilyHotkeys::holders(OstrelHotkey::owner, { .pellamDial = [] {
+        return FamilyHotkeys::Combos { { 40, 2304 } };
+    } });
     const OstrelHotkey k { 40, optionCommand, "k" }, c { 8, optionCommand, "c" }, m { 46, 0, "m" };
     const OstrelHotkey three { 20, OstrelHotkey::shift | OstrelHotkey::command, "3" };
     const auto built = OstrelHotkey::fromEvent(
@@ -269,8 +270,9 @@ bool SelfTest::themes()
             return false;
     }
     owner_.app.panel().keepIn(nullptr);
-    owner_.print("PASS: actual light → dark → light switch under opposite ambient appearance; rendered canvas "
-                 "pixels and inherited appearance\n");
+    owner_.print(
+        "PASS: actual light → dark → light switch under opposite ambient appearance; rendered canvas "
+        "pixels and inherited appearance\n");
     owner_.print(fmt::format("PASS: shared hint card offscreen {}; appear 0.18 s / panel 0.2 s from tokens; "
                              "pin default off\n",
         hintCardSize_));

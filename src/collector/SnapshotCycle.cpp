@@ -33,8 +33,7 @@ void SnapshotCycle::connect(PanelBody& body, Readout& readout)
 
 void SnapshotCycle::setBusy(std::function<bool()> busy) { busy_ = std::move(busy); }
 
-void SnapshotCycle::show(
-    std::optional<OstrelData> data, std::string_view source, std::string_view state)
+void SnapshotCycle::show(std::optional<OstrelData> data, std::string_view source, std::string_view state)
 {
     lastData_ = std::move(data);
     backendLastSource_ = source;

@@ -8,8 +8,7 @@
 
 namespace ostrel {
 
-ThemeSwitch::ThemeSwitch(
-    platform::UserDefaults& defaults, const Settings& settings, PanelController& panel)
+ThemeSwitch::ThemeSwitch(platform::UserDefaults& defaults, const Settings& settings, PanelController& panel)
     : defaults_(defaults)
     , settings_(settings)
     , panel_(panel)

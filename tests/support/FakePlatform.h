@@ -56,8 +56,8 @@ struct FakePlatform : FakeMachine {
     [[nodiscard]] ostrel::PlatformServices services()
     {
         return { kernel, machine, children, processSignals, defaults, suites, files, bundle, time, time, time,
-            globalQueue, statusBar, notifications, workspace, pasteboard, occlusion, popovers, mouse, hotKeys, screens,
-            alerts, floatingWindows, urlEvents, instances, [this] { ++quits; } };
+            globalQueue, statusBar, notifications, workspace, pasteboard, occlusion, popovers, mouse, hotKeys,
+            screens, alerts, floatingWindows, urlEvents, instances, [this] { ++quits; } };
     }
 
     Machine machine;

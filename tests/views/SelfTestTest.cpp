@@ -61,8 +61,9 @@ TEST(SelfTest, PassesInItsOrderAndLeavesNothingBehind)
     ASSERT_EQ(bench.run(), "");
     std::vector<std::string> heads;
     for (const QString& line : QString::fromStdString(bench.printed).split('\n', Qt::SkipEmptyParts))
-        heads.push_back(line.section(line.startsWith("layout") ? '=' : ' ', 0, line.startsWith("layout") ? 0 : 3)
-                            .toStdString());
+        heads.push_back(
+            line.section(line.startsWith("layout") ? '=' : ' ', 0, line.startsWith("layout") ? 0 : 3)
+                .toStdString());
     const std::vector<std::string> expected { "layout dashboard: scroll", "layout system: scroll",
         "layout processes: scroll", "layout agents: scroll", "layout insights: scroll",
         "layout cleanup: scroll", "layout automations: scroll", "layout server: scroll",
@@ -71,8 +72,9 @@ TEST(SelfTest, PassesInItsOrderAndLeavesNothingBehind)
         "PASS: 45 offscreen tab/state" };
     EXPECT_EQ(heads, expected);
     EXPECT_NE(bench.printed.find("PASS: shared hint card offscreen 400x"), std::string::npos);
-    EXPECT_TRUE(bench.printed.ends_with("PASS: 45 offscreen tab/state combinations; 760x700; fonts; selection; "
-                                        "hidden window; native CPU/RAM valid\n"));
+    EXPECT_TRUE(
+        bench.printed.ends_with("PASS: 45 offscreen tab/state combinations; 760x700; fonts; selection; "
+                                "hidden window; native CPU/RAM valid\n"));
     EXPECT_EQ(bench.defaults.writes, before) << "nothing is stored";
     EXPECT_FALSE(bench.delegate.barItem().exists());
     EXPECT_EQ(bench.delegate.history().points.size(), 120U);
@@ -145,14 +147,14 @@ TEST(SelfTest, ADashboardWithAFigureAndARunnerWithoutADeadlineFail)
     };
     EXPECT_EQ(bench.run(), "compact dashboard contains no decorative hero");
 
-    for (const auto& [outcomes, failure] : { std::pair { std::vector<platform::ChildOutcome> {
-                                                             { .status = 0 }, { .status = 1 } },
-                                                 "collector deadline" },
-             std::pair { std::vector<platform::ChildOutcome> {
-                             { .status = 15, .elapsed = platform::Seconds(2) }, { .status = 1 } },
-                 "collector deadline" },
-             std::pair { std::vector<platform::ChildOutcome> { { .status = 15 }, { .status = 0 } },
-                 "collector nonzero exit" } }) {
+    for (const auto& [outcomes, failure] :
+        { std::pair { std::vector<platform::ChildOutcome> { { .status = 0 }, { .status = 1 } },
+              "collector deadline" },
+            std::pair { std::vector<platform::ChildOutcome> {
+                            { .status = 15, .elapsed = platform::Seconds(2) }, { .status = 1 } },
+                "collector deadline" },
+            std::pair { std::vector<platform::ChildOutcome> { { .status = 15 }, { .status = 0 } },
+                "collector nonzero exit" } }) {
         SelfTestBench other;
         other.children.outcomes.assign(outcomes.begin(), outcomes.end());
         EXPECT_EQ(other.run(), failure);
@@ -162,9 +164,10 @@ TEST(SelfTest, ADashboardWithAFigureAndARunnerWithoutADeadlineFail)
 
 TEST(SelfTest, TakesASnapshotOfAFileAndRefusesWhatIsNone)
 {
-    for (const auto& [text, failure] : { std::pair { R"({"ts":"x","procs":[{"name":"own","pid":"9","rss":1}]})",
-                                             "" },
-             std::pair { "[1]", "the snapshot isn't an object" }, std::pair { "{", "the snapshot isn't JSON" } }) {
+    for (const auto& [text, failure] :
+        { std::pair { R"({"ts":"x","procs":[{"name":"own","pid":"9","rss":1}]})", "" },
+            std::pair { "[1]", "the snapshot isn't an object" },
+            std::pair { "{", "the snapshot isn't JSON" } }) {
         SelfTestBench bench;
         bench.files.contents["/s.json"] = text;
         EXPECT_EQ(bench.run("/s.json"), failure);
