@@ -104,5 +104,6 @@ def alerts(pid):
 
 
 command, process, *rest = sys.argv[1:]
-verbs = {"names": names, "press": press, "presses": presses, "menu": menu, "listen": listen, "follow": follow, "alerts": alerts}
+verbs = {"names": names, "press": press, "presses": presses, "menu": menu, "listen": listen,
+         "follow": follow, "alerts": alerts}
 sys.exit(verbs[command](int(process), *rest))
