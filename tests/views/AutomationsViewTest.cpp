@@ -219,7 +219,8 @@ TEST(AutomationsView, TheSettingsTellOfEachLane)
         "the six schedulers are read on a press of refresh; the tab keeps no timer",
         "enable and disable go through a confirmation and leave a receipt", "This Machine — 2 · me",
         "Server — not reachable · no alias" };
-    EXPECT_EQ(tab.said().mid(0, 5).join("\n").toStdString(), said.join("\n").toStdString());
+    const QStringList all = tab.said();
+    EXPECT_EQ(all.mid(all.indexOf(said[0]), 5).join("\n").toStdString(), said.join("\n").toStdString());
     tab.press("automations-receipts");
     EXPECT_EQ(tab.workspace.opened.size(), 1U);
 }

@@ -121,7 +121,7 @@ TEST(SettingsTab, SaysWhatItHasFromTheTopDown)
     }
     EXPECT_TRUE(tab.texts().contains("make the menu bar yours"));
     EXPECT_EQ(tab.buttons("mark", "open receipts"),
-        "[mark] 104 mark + value 104 value 104 hidden 104 (cpu) 92 (mem) 92 (swap) 92 (load) 92 (mcp) 92 "
+        "[mark] 104 mark + value 104 value 104 hidden 104 [cpu] 92 (mem) 92 [swap] 92 (load) 92 (mcp) 92 "
         "keep panel open 186 [white] 96 black 96 ⌥⌘m 216 default ⌥⌘m 140 [⌥⌘m] 78 ⌃⌥m 78 ⌥⇧m 78 ⌥⌘p 78 ");
     EXPECT_EQ(tab.page().width(), 728);
     for (const QWidget* view : tab.page().findChildren<QWidget*>()) {

@@ -12,7 +12,9 @@
 #include <utility>
 
 #include <QApplication>
+#include <QElapsedTimer>
 #include <QLayout>
+#include <QWindow>
 
 namespace platform {
 
@@ -20,6 +22,9 @@ namespace {
 
 /// The free area when no display tells its own.
 constexpr Rect someDisplay { 0, 0, 1440, 900 };
+
+/// The toolkit waits a while, in milliseconds, before it tells that the keyboard has gone.
+constexpr qint64 slowestNews = 500;
 
 class QtPopover final : public Popover {
 public:
@@ -31,7 +36,11 @@ public:
 
     QtPopover(const QtPopover&) = delete;
     QtPopover& operator=(const QtPopover&) = delete;
-    ~QtPopover() override { QObject::disconnect(turnedAway_); }
+    ~QtPopover() override
+    {
+        QObject::disconnect(turnedTo_);
+        QObject::disconnect(turnedAway_);
+    }
 
     void setContentView(QWidget* view) override
     {
@@ -61,10 +70,12 @@ public:
         const Rect frame = popoverFrame(
             anchor, QSizeF(size_), preferredEdge, display ? displays[*display].visible : someDisplay);
         window_.appear(toToolkit(frame, globalOrigin()).toRect(), animates_ && !shown_);
-        shown_ = true;
+        if (!std::exchange(shown_, true)) {
+            hadKeyboard_ = false;
+            sinceShown_.start();
+        }
         if (!turnedAway_ && !X11PressWatch::seesAll(toolkitXConnection()))
-            turnedAway_ = QObject::connect(qApp, &QGuiApplication::applicationStateChanged, &window_,
-                [this](Qt::ApplicationState state) { closeWhenLeft(state); });
+            followKeyboard();
     }
 
     [[nodiscard]] bool isShown() const override { return shown_; }
@@ -106,8 +117,21 @@ private:
                 || one == QApplication::activeModalWidget());
     }
 
+    void followKeyboard()
+    {
+        turnedTo_ = QObject::connect(
+            qApp, &QGuiApplication::focusWindowChanged, &window_, [this](const QWindow* focused) {
+                hadKeyboard_ = hadKeyboard_ || (focused && focused == window_.windowHandle());
+            });
+        turnedAway_ = QObject::connect(qApp, &QGuiApplication::applicationStateChanged, &window_,
+            [this](Qt::ApplicationState state) { closeWhenLeft(state); });
+    }
+
     void closeWhenLeft(Qt::ApplicationState state)
     {
+        // That of an earlier showing means nothing for one that has yet to get the keyboard.
+        if (!hadKeyboard_ && !sinceShown_.hasExpired(slowestNews))
+            return;
         const bool ours = QApplication::activePopupWidget() || QApplication::activeModalWidget();
         if (transient_ && shown_ && state == Qt::ApplicationInactive && !ours)
             performClose();
@@ -117,10 +141,13 @@ private:
     PopoverWindow window_;
     QSize size_; ///< as the content came, which a low display may have to shrink
     Job didClose_;
+    QMetaObject::Connection turnedTo_;
     QMetaObject::Connection turnedAway_;
     bool animates_ = false;
     bool transient_ = false;
     bool shown_ = false;
+    bool hadKeyboard_ = false; ///< since it was shown
+    QElapsedTimer sinceShown_;
 };
 
 } // namespace
