@@ -12,7 +12,7 @@ import screen
 from desktop_case import SOURCE
 from test_panel import PanelCase
 
-sys.path.insert(0, f"{SOURCE}/tests/collectors")
+sys.path.append(f"{SOURCE}/tests/collectors")
 
 from schedulers import RECEIPTS, Schedulers  # noqa: E402
 

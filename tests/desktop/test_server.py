@@ -11,7 +11,7 @@ import screen
 from desktop_case import SOURCE
 from test_panel import PanelCase
 
-sys.path.insert(0, f"{SOURCE}/tests/collectors")
+sys.path.append(f"{SOURCE}/tests/collectors")
 
 from loopback_server import LoopbackServer, sshd_can_run  # noqa: E402
 

@@ -10,7 +10,7 @@ import screen
 from desktop_case import SOURCE
 from test_panel import PanelCase
 
-sys.path.insert(0, f"{SOURCE}/tests/collectors")
+sys.path.append(f"{SOURCE}/tests/collectors")
 
 from terminals import Terminals  # noqa: E402
 
@@ -30,6 +30,7 @@ class Sessions(PanelCase):
         self.environ = {"TMUX_TMPDIR": bench.root}
         bench.session("a-test", "-n", "plain", "sleep 300")
         bench.tmux("new-window", "-d", "-n", "agent", "bash -c 'bash -c \"exec -a claude sleep 300\"; :'")
+        self.wait_for("agent", lambda: any("agentIdentity" in row for row in bench.rows().values()))
 
     def xterm(self, *words: str) -> int:
         """A terminal in front of all others. Gives its window."""

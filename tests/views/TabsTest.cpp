@@ -131,8 +131,8 @@ TEST(DashboardTab, EveryButtonSaysWhereItLeadsAndLeadsThere)
             }
         EXPECT_EQ(tab.delegate.frame().mode(), mode) << name;
         tab.deliver();
-        // The first look at the cleanup reads what it shows: findings, receipts, groups.
-        const std::size_t readings = mode == cleanup ? 3 : mode == overview ? 1 : 0;
+        // The first look at a tab reads what it shows: the terminals; findings, receipts, groups.
+        const std::size_t readings = mode == cleanup ? 3 : mode == overview || mode == sessions ? 1 : 0;
         EXPECT_EQ(tab.children.requests.size() - runs, readings) << name;
     }
 }
