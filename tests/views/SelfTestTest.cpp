@@ -165,7 +165,8 @@ TEST(SelfTest, ADashboardWithAFigureAndARunnerWithoutADeadlineFail)
 TEST(SelfTest, TakesASnapshotOfAFileAndRefusesWhatIsNone)
 {
     for (const auto& [text, failure] :
-        { std::pair { R"({"ts":"x","procs":[{"name":"own","pid":"9","rss":1}]})", "" },
+        { std::pair {
+              R"({"ts":"x","procs":[{"name":"own","pid":"9","rss":1,"cpu":0,"grp":"g","cmd":"c"}]})", "" },
             std::pair { "[1]", "the snapshot isn't an object" },
             std::pair { "{", "the snapshot isn't JSON" } }) {
         SelfTestBench bench;
