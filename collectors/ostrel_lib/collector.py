@@ -4,7 +4,7 @@ from __future__ import annotations
 
 import os
 
-USAGE_STATUS = 2
+from ostrel_lib.output import USAGE_STATUS, put
 
 
 def main(argv: list[str]) -> int:
@@ -65,15 +65,3 @@ COMMANDS = {
 }
 """What each command line gives, from the script's absolute path and the home. Every answer is one line of
 JSON."""
-
-
-def put(descriptor: int, text: str) -> bool:
-    """Writes ASCII text past Python's own streams, which fail once more at the interpreter's end when the
-    reader has gone. Whether all of it was taken."""
-    left = text.encode("ascii")
-    try:
-        while left:
-            left = left[os.write(descriptor, left):]
-    except OSError:
-        return False
-    return True

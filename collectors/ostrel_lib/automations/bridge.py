@@ -22,7 +22,7 @@ def main(argv: list[str], places: Places | None = None) -> int:
     if words and words[0] in ("journal", "act"):
         return print_answer(words[0], words[1:], places or Places())
     asked = "no command" if not words else "unknown command " + ascii(" ".join(words)[:200])
-    put(2, f"automations_bridge.py: {asked}; try: list [--refresh], journal, act\n".encode("ascii"))
+    put(2, f"automations_bridge.py: {asked}; try: list [--refresh], journal, act\n")
     return USAGE_STATUS
 
 
@@ -61,7 +61,7 @@ def print_answer(command: str, words: list[str], places: Places) -> int:
             answer = {"error": problem, "journal": []} if problem else journal(places, options)
         except Interrupted:
             return 1
-    return 0 if put(1, (dump(answer) + "\n").encode("ascii")) else 1
+    return 0 if put(1, dump(answer) + "\n") else 1
 
 
 def parse(words: list[str], names: tuple[str, ...]) -> tuple[dict[str, str], str]:

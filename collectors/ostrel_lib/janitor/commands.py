@@ -5,8 +5,8 @@ from __future__ import annotations
 import os
 import time
 
-from ostrel_lib.collector import USAGE_STATUS, put
 from ostrel_lib.jsontext import dump
+from ostrel_lib.output import USAGE_STATUS, put
 
 TYPE_CHECKING = False
 if TYPE_CHECKING:

@@ -45,7 +45,7 @@ def main(argv: list[str], places: Places | None = None) -> int:
         answer = answered(read_within(0, MOST_BYTES), places or Places())
     except Interrupted:
         return 1
-    return 0 if put(1, (dump(answer) + "\n").encode("ascii")) else 1
+    return 0 if put(1, dump(answer) + "\n") else 1
 
 
 def answered(data: bytes | None, places: Places) -> dict[str, object]:

@@ -30,9 +30,9 @@ def main(argv: list[str], scene: Scene | None = None) -> int:
             answer = switched(scene, words[1:])
         else:
             asked = ascii(" ".join(words)[:200]) if words else "no command"
-            put(2, f"session_bridge.py: {asked} is not one of: list, switch\n".encode("ascii"))
+            put(2, f"session_bridge.py: {asked} is not one of: list, switch\n")
             return USAGE_STATUS
-        return 0 if put(1, (dump(answer) + "\n").encode("ascii")) else 1
+        return 0 if put(1, dump(answer) + "\n") else 1
     except Interrupted:
         return 1
 
