@@ -12,8 +12,6 @@ namespace {
 constexpr std::string_view motionKey = "ostrel.motion";
 constexpr std::string_view dashboardDogKey = "ostrel.dashboardDog";
 constexpr std::string_view hintsKey = "ostrel.hints";
-constexpr std::string_view serverAliasKey = "ostrel.server.alias";
-constexpr std::string_view serverRepoKey = "ostrel.server.repo";
 
 } // namespace
 
@@ -36,8 +34,6 @@ void Settings::loadSettings(NativeTick& tick)
     motionEnabled = defaults_.boolean(motionKey).value_or(true);
     dashboardDogEnabled = defaults_.boolean(dashboardDogKey).value_or(true);
     hintsEnabled = defaults_.boolean(hintsKey).value_or(true);
-    serverAlias = defaults_.text(serverAliasKey).value_or("");
-    serverRepo = defaults_.text(serverRepoKey).value_or("");
 }
 
 void Settings::loadPin()

@@ -54,8 +54,6 @@ public:
     bool motionEnabled = true;
     bool dashboardDogEnabled = true;
     bool hintsEnabled = true;
-    std::string serverAlias;
-    std::string serverRepo;
 
 private:
     void loadPin();

@@ -37,9 +37,9 @@ struct SettingsBench {
     [[nodiscard]] std::string told() const
     {
         const Settings& s = settings;
-        return fmt::format("pinned {}, {} s, {}, {} cleared {}, motion {}, dog {}, hints {}, server {}:{}",
-            s.pinned, tick.nativeInterval().count(), bar(), s.hotkey.storage(), s.hotkeyCleared,
-            s.motionEnabled, s.dashboardDogEnabled, s.hintsEnabled, s.serverAlias, s.serverRepo);
+        return fmt::format("pinned {}, {} s, {}, {} cleared {}, motion {}, dog {}, hints {}", s.pinned,
+            tick.nativeInterval().count(), bar(), s.hotkey.storage(), s.hotkeyCleared, s.motionEnabled,
+            s.dashboardDogEnabled, s.hintsEnabled);
     }
 
     FakeKernel kernel;
@@ -55,8 +55,7 @@ TEST(Settings, AFirstLaunchTakesTheDefaultsAndStoresWhatItMigrates)
     SettingsBench bench;
     bench.load();
     EXPECT_EQ(bench.told(),
-        "pinned false, 5 s, mark cpu+swap, 46:1572864:m cleared false, motion true, dog true, hints true, "
-        "server :");
+        "pinned false, 5 s, mark cpu+swap, 46:1572864:m cleared false, motion true, dog true, hints true");
     EXPECT_EQ(bench.stored.boolean(pin), false);
     EXPECT_EQ(bench.stored.values.size(), 6U) << "the pin, the bar's two choices, and a flag for each";
 }
@@ -68,15 +67,14 @@ TEST(Settings, EveryStoredChoiceIsTaken)
         bench.stored.setBoolean(key, true);
     for (const char* key : { "ostrel.motion", "ostrel.dashboardDog", "ostrel.hints" })
         bench.stored.setBoolean(key, false);
-    for (const auto& [key, text] : { std::pair { "dev.quent.ostrel.refresh", "calm" }, { mode, "hidden" },
-             { hotkey, "35:786432::" }, { "ostrel.server.alias", "box" }, { "ostrel.server.repo", "~/src" } })
+    for (const auto& [key, text] :
+        { std::pair { "dev.quent.ostrel.refresh", "calm" }, { mode, "hidden" }, { hotkey, "35:786432::" } })
         bench.stored.setText(key, text);
     bench.stored.setTextArray(parts, { "mcp", "load" });
     bench.load();
     EXPECT_EQ(bench.told(),
-        "pinned true, 10 s, hidden load+mcp, 35:786432:: cleared true, motion false, dog false, hints false, "
-        "server box:~/src");
-    EXPECT_EQ(bench.stored.values.size(), 14U) << "loading writes nothing";
+        "pinned true, 10 s, hidden load+mcp, 35:786432:: cleared true, motion false, dog false, hints false");
+    EXPECT_EQ(bench.stored.values.size(), 12U) << "loading writes nothing";
 }
 
 TEST(Settings, AnOldPinIsTurnedOffOnceAndThenTheChoiceStands)
@@ -153,8 +151,7 @@ TEST(Settings, AChangeIsWrittenAtOnce)
     next.load();
     EXPECT_EQ(next.told(),
         "pinned false, 5 s, hidden cpu+load, 46:1572864:m cleared false, motion false, dog true, hints "
-        "false, "
-        "server :");
+        "false");
 }
 
 TEST(OstrelHotkey, TheLabelGivesTheModifiersInOneOrder)
