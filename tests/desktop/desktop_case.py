@@ -110,9 +110,11 @@ class DesktopCase(unittest.TestCase):
         screen.press(self.desktop, "Escape")
         self.panel_has_gone()
 
-    def last_close(self) -> str:
-        """The reason kept for the last close of the panel."""
-        return self.settings()["ostrel.lastClose"].split()[0]
+    def closed_by(self, reason: str) -> None:
+        """Waits until that is the reason kept for the last close: it is stored once the panel is off the
+        screen."""
+        self.wait_for(f"close by {reason}",
+                      lambda: self.settings().get("ostrel.lastClose", "").split()[:1] == [reason])
 
     def settings(self) -> dict[str, Any]:
         """What the instrument keeps in its settings."""

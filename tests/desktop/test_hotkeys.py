@@ -42,7 +42,7 @@ class Hotkeys(PanelCase):
             shown = bool(screen.panel_window(self.desktop))
             screen.press(self.desktop, combination)
             self.wait_for(f"{combination} seen", lambda: bool(screen.panel_window(self.desktop)) != shown)
-        self.assertEqual(self.last_close(), "bar-or-hotkey")
+        self.closed_by("bar-or-hotkey")
 
     def stored(self, key: str):
         return self.settings().get(f"dev.quent.ostrel.{key}")

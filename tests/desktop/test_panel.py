@@ -116,7 +116,7 @@ class Panel(PanelCase):
         self.panel()
         screen.press(self.desktop, "Escape")
         self.panel_has_gone()
-        self.assertEqual(self.last_close(), "esc")
+        self.closed_by("esc")
         self.assertIsNone(process.poll())
 
     def test_pin_theme_close_button_and_a_press_outside_do_what_they_say(self):
@@ -133,7 +133,7 @@ class Panel(PanelCase):
         self.assertEqual(screen.panel_window(self.desktop), self.panel(), "it stayed through both presses")
         screen.click(self.desktop, *outside)
         self.panel_has_gone()
-        self.assertEqual(self.last_close(), "outside-click")
+        self.closed_by("outside-click")
 
         self.assertTrue(bus.press_row(self.desktop.env, self.item(process), "show panel"))
         # By now the item has its place, and the panel hangs from it.
@@ -147,7 +147,7 @@ class Panel(PanelCase):
             self.wait_for_keyboard()
         self.press(process, "close panel")
         self.panel_has_gone()
-        self.assertEqual(self.last_close(), "x")
+        self.closed_by("x")
 
     def test_live_labels_follow_every_tick_and_the_history_outlives_a_restart(self):
         process = self.start(refresh="fast")

@@ -63,7 +63,7 @@ class Settings(PanelCase):
         self.press_all(process, *THEN)
         self.press(process, "preview companion")
         self.panel_has_gone()
-        self.assertEqual(self.last_close(), "preview-companion")
+        self.closed_by("preview-companion")
         self.wait_for("sample card", self.visible_windows)
         self.route("ostrel://show")
         self.press_all(process, ("pressure hints · on",), {"ostrel.hints": False})

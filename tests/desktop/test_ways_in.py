@@ -60,7 +60,7 @@ class WaysIn(DesktopCase):
         """Waits until the panel is on the screen, or off it for that reason."""
         if reason:
             self.panel_has_gone()
-            self.assertEqual(self.last_close(), reason)
+            self.closed_by(reason)
         else:
             self.panel()
 

@@ -94,7 +94,7 @@ class Windows(DesktopsCase):
                 if reason == "route-toggle":
                     self.route("ostrel://toggle")
                 self.panel_has_gone()
-                self.assertEqual(self.last_close(), reason)
+                self.closed_by(reason)
 
     def activates(self, window: int) -> bool:
         self.desktop.run(["xdotool", "windowactivate", str(window)])
