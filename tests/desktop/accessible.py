@@ -24,8 +24,11 @@ import sys
 import time
 
 import pyatspi
+from gi.repository import GLib
 
 GENEROUS = 20.0  # seconds
+ATTEMPTS = 10
+"""Walks until two agree: one alone misses views when the program draws anew in the middle of it."""
 
 
 def walk(node, below_root):
@@ -45,8 +48,21 @@ def views(pid):
 
 
 def names(pid):
-    print(json.dumps([[node.name, node.getState().contains(pyatspi.STATE_SELECTED)] for node in views(pid)]))
-    return 0
+    before, shown = None, shown_by(pid)
+    for _ in range(ATTEMPTS):
+        if shown is not None and shown == before:
+            break
+        before, shown = shown, shown_by(pid)
+    print(json.dumps(shown))
+    return 0 if shown is not None else 1
+
+
+def shown_by(pid):
+    """One walk over what shows; None when a view went away under it."""
+    try:
+        return [[node.name, node.getState().contains(pyatspi.STATE_SELECTED)] for node in views(pid)]
+    except (GLib.GError, LookupError, RuntimeError):
+        return None
 
 
 def button(pid, name, within):

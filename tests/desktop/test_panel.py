@@ -38,7 +38,7 @@ class PanelCase(DesktopCase):
     def names(self, process: subprocess.Popen) -> dict[str, bool]:
         """What shows, by name, and whether it is the selected one of its kind."""
         told = self.desktop.run([sys.executable, ACCESSIBLE, "names", str(process.pid)]).stdout
-        return dict(json.loads(told or "[]"))
+        return dict(json.loads(told or "null") or [])
 
     def said(self, process: subprocess.Popen, pattern: str) -> str:
         """Waits until a view's name matches, and gives that name."""
