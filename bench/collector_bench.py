@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: Apache-2.0
 """What one snapshot costs, beside a bare Python and a process list of the system, in one run.
 
-usage: collector_bench.py [--runs N] [processes ...]
+usage: collector_bench.py BUILD_FOLDER [--runs N] [processes ...]
 
 For each number of processes (300 and 1500 unless told) the machine is filled up with sleeping children, and
 each command runs in turn with the others, so that a busy moment hits all alike. Prints the median and the
@@ -19,13 +19,18 @@ import sys
 import tempfile
 import time
 
+sys.dont_write_bytecode = True
+from figures import fill_up, keep, run  # noqa: E402
+
 PYTHON = "/usr/bin/python3"
 COLLECTORS = os.path.join(os.path.dirname(os.path.dirname(os.path.abspath(__file__))), "collectors")
 SCRIPT = os.path.join(COLLECTORS, "ostrel.py")
-SCAN = {300: (5.0, 16.0), 1500: (32.0, 75.0)}
-"""By processes: milliseconds of CPU that the same scan takes in C++, and `ps`, on the design machine. What
-may be taken is a bare Python with the imports and four such scans; how fast another machine is shows in its
-`ps`."""
+SCANS = 4
+"""A snapshot may take a bare Python with the imports and so many times a raw scan of the same processes."""
+START_MS = 20.0  # a script's own start, CPU
+WALL_MS = 500.0  # a snapshot of 300 processes
+PSUTIL = ("import psutil, time\nlist(psutil.process_iter(['pid', 'name', 'memory_info', 'cmdline', "
+          "'cpu_times']))")
 
 COMMANDS = {
     "python3 -c pass": [PYTHON, "-c", "pass"],
@@ -36,42 +41,20 @@ COMMANDS = {
     ],
     "ostrel.py json": [PYTHON, SCRIPT, "json"],
     "ps -eo pid,rss,pcpu,args": ["/usr/bin/ps", "-eo", "pid,rss,pcpu,args"],
+    "psutil, one look": [PYTHON, "-c", PSUTIL],
 }
+SCAN = "a raw scan in C++, two looks"
 
 
-def run(command: list[str], environment: dict[str, str]) -> tuple[float, float]:
-    """One run: CPU and wall time, in milliseconds."""
-    actions = [(os.POSIX_SPAWN_OPEN, descriptor, os.devnull, os.O_RDWR, 0) for descriptor in (0, 1, 2)]
-    begin = time.perf_counter()
-    pid = os.posix_spawn(command[0], command, environment, file_actions=actions)
-    _, _, usage = os.wait4(pid, 0)
-    wall = time.perf_counter() - begin
-    return (usage.ru_utime + usage.ru_stime) * 1000, wall * 1000
-
-
-def fill_up(wanted: int) -> list[int]:
-    """Starts sleeping children until there are `wanted` processes that aren't kernel threads; gives their
-    pids."""
-    present = 0
-    for name in os.listdir("/proc"):
-        if name.isdecimal():
-            try:
-                with open(f"/proc/{name}/cmdline", "rb") as file:
-                    present += bool(file.read(1))
-            except OSError:
-                continue
-    return [os.posix_spawn("/bin/sleep", ["sleep", "3600"], {}) for _ in range(max(0, wanted - present))]
-
-
-def measure(runs: int) -> dict[str, list[tuple[float, float]]]:
+def measure(commands: dict[str, list[str]], runs: int) -> dict[str, list[tuple[float, float]]]:
     """Runs every command so often, one after the other, once before the count to fill the caches."""
-    results: dict[str, list[tuple[float, float]]] = {name: [] for name in COMMANDS}
+    results: dict[str, list[tuple[float, float]]] = {name: [] for name in commands}
     with tempfile.TemporaryDirectory() as caches:
         environment = {
             "PATH": "/usr/bin:/bin:/usr/sbin:/sbin", "PYTHONPYCACHEPREFIX": caches, "HOME": caches}
         for turn in range(runs + 1):
-            for name, command in COMMANDS.items():
-                result = run(command, environment)
+            for name, command in commands.items():
+                result = run(command, environment)[:2]
                 if turn:
                     results[name].append(result)
     return results
@@ -90,15 +73,23 @@ def report(processes: int, results: dict[str, list[tuple[float, float]]]) -> Non
 
 def report_budget(processes: int, results: dict[str, list[tuple[float, float]]]) -> None:
     """Prints what the snapshot takes beside what it may take."""
-    def cpu(name: str) -> float:
-        return statistics.median(cpu for cpu, _ in results[name])
+    def median(name: str, column: int = 0) -> float:
+        return statistics.median(row[column] for row in results[name])
 
-    imports = cpu("ostrel.py, imports only")
-    scan, listing = SCAN[min(SCAN, key=lambda size: abs(size - processes))]
-    allowed = imports + 4 * scan * cpu("ps -eo pid,rss,pcpu,args") / listing
-    taken = cpu("ostrel.py json")
-    print(f"snapshot {taken:.1f} ms of CPU beside {allowed:.1f} ({imports:.1f} and 4 scans as fast as ps"
-          f" here); start {cpu('ostrel.py (no command)'):.1f}")
+    group = f"the collector, {processes} processes"
+    taken, imports, scan = map(median, ("ostrel.py json", "ostrel.py, imports only", SCAN))
+    allowed = imports + SCANS * scan
+    bare = median("python3 -c pass")
+    keep(group, "`ostrel.py json`, CPU", taken, "ms", beside=SCAN, stands=scan, most=allowed)
+    psutil = median("psutil, one look")
+    keep(group, "`ostrel.py json`, CPU, two looks", taken, "ms", beside="psutil, one look and no JSON",
+         stands=psutil, most_ratio=1.0)
+    keep(group, "`ostrel.py json`, wall", median("ostrel.py json", 1), "ms",
+         most=WALL_MS if processes <= 300 else None)
+    start = median("ostrel.py (no command)")
+    keep(group, "a script's start, CPU", start, "ms", beside="bare Python", stands=bare, most=START_MS)
+    print(f"snapshot {taken:.1f} ms of CPU beside {allowed:.1f} ({imports:.1f} and {SCANS} raw scans);"
+          f" start {start:.1f}")
 
 
 def report_parts(processes: int, runs: int) -> None:
@@ -144,14 +135,16 @@ def report_parts(processes: int, runs: int) -> None:
 
 def main() -> int:
     parser = argparse.ArgumentParser(description=__doc__.split("\n", 1)[0])
+    parser.add_argument("build")
     parser.add_argument("--runs", type=int, default=15)
     parser.add_argument("processes", type=int, nargs="*", default=[300, 1500])
     options = parser.parse_args()
+    commands = {**COMMANDS, SCAN: [os.path.abspath(options.build) + "/bench/raw_scan"]}
     children: list[int] = []
     try:
         for wanted in options.processes:
             children += fill_up(wanted)
-            results = measure(options.runs)
+            results = measure(commands, options.runs)
             report(wanted, results)
             report_budget(wanted, results)
             report_parts(wanted, options.runs)

@@ -18,10 +18,15 @@ import sys
 import tempfile
 import time
 
+sys.dont_write_bytecode = True
+from figures import keep, run  # noqa: E402
+
 PYTHON = "/usr/bin/python3"
 COLLECTORS = os.path.join(os.path.dirname(os.path.dirname(os.path.abspath(__file__))), "collectors")
 SCRIPT = os.path.join(COLLECTORS, "ostrel_janitor.py")
 FILES_PER_FOLDER = 1000
+FINDINGS_MS = 3000.0
+FINDINGS_MIB = 60.0
 OLD_SECONDS = 30 * 86400
 
 
@@ -36,16 +41,6 @@ def commands(home: str) -> dict[str, list[str]]:
         "preview": [PYTHON, SCRIPT, "preview", "--group=agents-light"],
         "find -mtime +14": ["/usr/bin/find", home + "/.claude/debug", "-type", "f", "-mtime", "+14"],
     }
-
-
-def run(command: list[str], environment: dict[str, str]) -> tuple[float, float, float]:
-    """One run: CPU and wall time in milliseconds, peak memory in MiB."""
-    actions = [(os.POSIX_SPAWN_OPEN, descriptor, os.devnull, os.O_RDWR, 0) for descriptor in (0, 1, 2)]
-    begin = time.perf_counter()
-    pid = os.posix_spawn(command[0], command, environment, file_actions=actions)
-    _, _, usage = os.wait4(pid, 0)
-    wall = time.perf_counter() - begin
-    return (usage.ru_utime + usage.ru_stime) * 1000, wall * 1000, usage.ru_maxrss / 1024
 
 
 def fill(folder: str, files: int) -> None:
@@ -84,6 +79,13 @@ def main() -> int:
     print(f"{f'{options.files} files':<24}{'CPU ms':>10}{'wall ms':>10}{'peak MiB':>10}")
     for name, rows in results.items():
         print(f"{name:<24}" + "".join(f"{statistics.median(column):10.1f}" for column in zip(*rows)))
+    middle = {name: [statistics.median(column) for column in zip(*rows)] for name, rows in results.items()}
+    group = f"the janitor, {options.files:,} files in the home"
+    find = "`find` over the same"
+    for name in ("findings", "preview"):
+        keep(group, f"`{name}`, CPU", middle[name][0], "ms", beside=find, stands=middle["find -mtime +14"][0],
+             most=FINDINGS_MS if name == "findings" else None)
+    keep(group, "`findings`, peak memory", middle["findings"][2], "MiB", most=FINDINGS_MIB)
     return 0
 
 

@@ -31,6 +31,11 @@ def memory_mb(pid: int) -> tuple[float, float]:
     return pss, dirty
 
 
+def resident_mb(pid: int) -> float:
+    """All of its memory that is present, shared or not, in megabytes."""
+    return _field(pid, "smaps_rollup", "Rss") / 1024
+
+
 def median_and_high(values: list[float]) -> tuple[float, float]:
     """The median, and what 95 of 100 stay below."""
     return statistics.median(values), sorted(values)[int(0.95 * (len(values) - 1))]

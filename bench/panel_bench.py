@@ -4,7 +4,7 @@
 opening costs and what is left awake and in memory afterwards. Beside it a window of the toolkit of the same
 size with nothing in it, in the same run. Prints figures, asserts nothing.
 
-Usage: panel_bench.py BUILD_FOLDER [SECONDS_OF_IDLENESS]
+Usage: panel_bench.py BUILD_FOLDER [SECONDS_OF_IDLENESS [OPENINGS]]
 """
 import mmap
 import os
@@ -24,6 +24,7 @@ sys.path.insert(0, f"{PROJECT}/tests/desktop")
 
 import bus  # noqa: E402
 import screen  # noqa: E402
+from figures import keep  # noqa: E402
 from measure import end, median_and_high, memory_mb, processor_ms, switches, switches_since  # noqa: E402
 from private_desktop import PrivateDesktop  # noqa: E402
 
@@ -45,6 +46,15 @@ class Opening(NamedTuple):
     """What an opening took, in milliseconds."""
     wall: float  # from the press to the picture
     processor: float  # of the program up to then
+
+
+class Figures(NamedTuple):
+    """What a program's openings came to: milliseconds to the first and to a later picture, megabytes of its
+    own after half of all openings, and after all."""
+    first: float
+    later: float
+    dirty_half: float
+    dirty: float
 
 
 class Watched:
@@ -125,14 +135,17 @@ def place_of(desktop: PrivateDesktop, subject: Subject) -> screen.Box:
     return box
 
 
-def show(what: str, openings: list[Opening]) -> None:
+def show(what: str, openings: list[Opening]) -> float:
+    """Prints what the openings took and gives the median time to the picture, in milliseconds."""
     wall, high = median_and_high([one.wall for one in openings])
     used = statistics.median(one.processor for one in openings)
     print(f"    {what:12} {wall:8.1f} {high:10.1f} {used:12.1f}")
+    return wall
 
 
-def idle(subject: Subject, what: str, pid: int, seconds: float) -> None:
-    """Lets the program be and prints what it did by itself."""
+def idle(what: str, pid: int, seconds: float) -> float:
+    """Lets the program be, prints what it did by itself, and gives the megabytes that it alone has written
+    to."""
     settle(pid)
     used, before, begin = processor_ms(pid), switches(pid), time.monotonic()
     time.sleep(seconds)
@@ -140,9 +153,10 @@ def idle(subject: Subject, what: str, pid: int, seconds: float) -> None:
     woken, used = switches_since(pid, before), processor_ms(pid) - used
     pss, dirty = memory_mb(pid)
     print(f"    {what:12} {woken / lasted:8.2f} {used / lasted:10.2f} {pss:12.1f} {dirty:8.1f}")
+    return dirty
 
 
-def measure(desktop: PrivateDesktop, subject: Subject, seconds: float) -> None:
+def measure(desktop: PrivateDesktop, subject: Subject, seconds: float, openings: int) -> Figures:
     """All figures of one program."""
     pixels = Watched(desktop, place_of(desktop, subject))
     firsts = []
@@ -161,14 +175,20 @@ def measure(desktop: PrivateDesktop, subject: Subject, seconds: float) -> None:
         laters.append(open_once(subject, process, handle, pixels))
         time.sleep(0.3)
     print(f"{subject.name}\n    opening    median ms     p95 ms       CPU ms")
-    show("first", firsts)
-    show("later", laters)
+    first, later = show("first", firsts), show("later", laters)
     print("    idle       switches/s  CPU ms/s       PSS MB own dirty MB")
-    idle(subject, "open", process.pid, seconds)
-    close(subject, process, handle, pixels)
-    idle(subject, "closed again", process.pid, seconds)
+    idle("open", process.pid, seconds)
+    dirty = []
+    for half in (openings // 2, openings - openings // 2):
+        for _ in range(half):
+            close(subject, process, handle, pixels)
+            open_once(subject, process, handle, pixels)
+        close(subject, process, handle, pixels)
+        dirty.append(idle("closed again", process.pid, seconds))
+        open_once(subject, process, handle, pixels)
     end(process)
     process.stdout.close()
+    return Figures(first, later, *dirty)
 
 
 def item_subject(desktop: PrivateDesktop, program: str) -> Subject:
@@ -198,10 +218,15 @@ def bare_subject(program: str) -> Subject:
 def main(arguments: list[str]) -> int:
     build = os.path.abspath(arguments[0])
     seconds = float(arguments[1]) if len(arguments) > 1 else 10
+    openings = int(arguments[2]) if len(arguments) > 2 else 40
     with PrivateDesktop() as desktop:
-        bare = bare_subject(f"{build}/bench/bare_widgets")
-        for subject in (bare, item_subject(desktop, f"{build}/ostrel")):
-            measure(desktop, subject, seconds)
+        bare = measure(desktop, bare_subject(f"{build}/bench/bare_widgets"), seconds, 2)
+        ours = measure(desktop, item_subject(desktop, f"{build}/ostrel"), seconds, openings)
+    group, window = "the panel, on a screen", "an empty Qt window"
+    keep(group, "press to picture, first", ours.first, "ms", beside=window, stands=bare.first, most=80)
+    keep(group, "press to picture, later", ours.later, "ms", beside=window, stands=bare.later, most=20)
+    keep(group, f"own memory after {openings} openings", ours.dirty, "MB", beside="after half of them",
+         stands=ours.dirty_half, most=14)
     return 0
 
 

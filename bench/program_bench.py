@@ -5,26 +5,35 @@ one reading, the start, a background tick, wake-ups and memory. Prints figures, 
 
 Usage: program_bench.py BUILD_FOLDER [SECONDS_IN_THE_BACKGROUND]
 """
-import json
 import os
-import shutil
+import signal
 import statistics
 import subprocess
 import sys
 import time
+from typing import NamedTuple, Union
 
 sys.dont_write_bytecode = True
 PROJECT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 sys.path.insert(0, f"{PROJECT}/tests/desktop")
 
 import bus  # noqa: E402
-from measure import end, memory_mb, processor_ms, switches, switches_since  # noqa: E402
+from figures import fill_up, keep  # noqa: E402
+from measure import end, memory_mb, processor_ms, resident_mb, switches, switches_since  # noqa: E402
+from peers import peers, plugin_process, settings, start, tray_with_load  # noqa: E402
 from private_desktop import PrivateDesktop  # noqa: E402
 
-SETTINGS = ".config/zol-mini-apps/dev.quent.ostrel.json"
-TICK = 3.0  # seconds, at the fast profile
-CONKY = """conky.config = { out_to_console = true, out_to_x = false, update_interval = 3 }
-conky.text = [[ ${cpu} ${memperc} ${swapperc} ${loadavg 1} ]]"""
+TICK = 5  # seconds, at the normal profile
+PROCESSES = 300
+OURS, BARE = "ostrel --background", "an empty Qt window"
+
+
+class Watched(NamedTuple):
+    """A program that somebody else started."""
+    pid: int
+
+
+Program = Union[subprocess.Popen, Watched]
 
 
 def wall_ms(command: list, env: dict, runs: int) -> float:
@@ -48,50 +57,81 @@ def start_ms(desktop: PrivateDesktop, command: list, ready, runs: int) -> float:
     return statistics.median(times)
 
 
-def background(desktop: PrivateDesktop, commands: dict, seconds: float) -> None:
-    """Lets all programs run beside each other and prints what each took."""
-    quiet = {"stdout": subprocess.DEVNULL, "stderr": subprocess.DEVNULL}
-    running = {name: subprocess.Popen(command, env=desktop.env, **quiet)
-               for name, command in commands.items()}
+def background(programs: dict[str, Program], seconds: float) -> dict[str, list[float]]:
+    """Lets all programs run beside each other. Gives for each processor milliseconds a tick, switches a
+    second, resident and shared-out memory and what it alone has written, in megabytes."""
     time.sleep(5)
-    before = {name: (processor_ms(one.pid), switches(one.pid)) for name, one in running.items()}
+    before = {name: (processor_ms(one.pid), switches(one.pid)) for name, one in programs.items()}
     begin = time.monotonic()
     time.sleep(seconds)
     lasted = time.monotonic() - begin
-    print(f"in the background for {lasted:.0f} s   CPU per {TICK:.0f} s   switches/s   PSS MB   own dirty MB")
-    for name, one in running.items():
-        cpu = processor_ms(one.pid) - before[name][0]
-        woken = switches_since(one.pid, before[name][1])
-        pss, dirty = memory_mb(one.pid)
-        print(f"  {name:26} {cpu / lasted * TICK:8.2f} ms {woken / lasted:12.2f} {pss:8.1f} {dirty:18.1f}")
-    for one in running.values():
-        end(one)
+    taken = {}
+    print(f"in the background for {lasted:.0f} s   CPU per {TICK} s   switches/s   RSS MB   PSS MB   own MB")
+    for name, one in programs.items():
+        cpu = (processor_ms(one.pid) - before[name][0]) / lasted * TICK
+        woken = switches_since(one.pid, before[name][1]) / lasted
+        taken[name] = [cpu, woken, resident_mb(one.pid), *memory_mb(one.pid)]
+        print(f"  {name:26} {cpu:8.2f} ms {woken:12.2f} {taken[name][2]:8.1f} {taken[name][3]:8.1f} "
+              f"{taken[name][4]:12.1f}")
+    return taken
+
+
+def keep_background(taken: dict[str, list[float]], minutes: float) -> None:
+    """Keeps the instrument's figures, each beside each of the others'."""
+    ours = taken[OURS]
+    after = f"after {minutes:g} min"
+    for name, theirs in taken.items():
+        if name == OURS:
+            continue
+        bare = name == BARE
+        group = f"in the background, {PROCESSES} processes, a look every {TICK} s"
+        keep(group, "CPU a tick", ours[0], "ms", beside=name, stands=theirs[0], most=None if bare else 0.5)
+        keep(group, "voluntary switches a second", ours[1], "", beside=name, stands=theirs[1],
+             most=1.5 if bare else None)
+        keep(group, f"resident memory {after}", ours[2], "MB", beside=name, stands=theirs[2])
+        keep(group, f"proportional memory {after}", ours[3], "MB", beside=name, stands=theirs[3],
+             most_ratio=1.2 if bare else None)
+        keep(group, f"own memory {after}", ours[4], "MB", beside=name, stands=theirs[4],
+             most=5 if bare else None)
 
 
 def main(arguments: list) -> int:
     build = os.path.abspath(arguments[0])
-    seconds = float(arguments[1]) if len(arguments) > 1 else 30
+    seconds = float(arguments[1]) if len(arguments) > 1 else 60
     ostrel, core, widgets = f"{build}/ostrel", f"{build}/bench/bare_core", f"{build}/bench/bare_widgets"
-    with PrivateDesktop() as desktop:
-        home = desktop.env["HOME"]
-        os.makedirs(os.path.dirname(f"{home}/{SETTINGS}"), exist_ok=True)
-        with open(f"{home}/{SETTINGS}", "w", encoding="utf-8") as file:
-            json.dump({"dev.quent.ostrel.refresh": "fast"}, file)
-        reading = wall_ms([ostrel, "--readings"], desktop.env, 15) - 200
+    with PrivateDesktop(tray=tray_with_load(TICK)) as desktop:
+        env = desktop.env
+        settings(desktop.home, refresh="normal")
+        reading = wall_ms([ostrel, "--readings"], env, 15) - 200
+        empty = wall_ms([core], env, 15)
         print(f"one reading, wall            {reading:8.2f} ms beyond 200")
-        print(f"  beside: an empty Qt Core   {wall_ms([core], desktop.env, 15):8.2f} ms")
-        print(f"  beside: /bin/true          {wall_ms(['/bin/true'], desktop.env, 15):8.2f} ms")
+        print(f"  beside: an empty Qt Core   {empty:8.2f} ms")
+        print(f"  beside: /bin/true          {wall_ms(['/bin/true'], env, 15):8.2f} ms")
         item = start_ms(desktop, [ostrel, "--background"],
-                        lambda one: bus.item_of(desktop.env, one.pid) is not None, 7)
+                        lambda one: bus.item_of(env, one.pid) is not None, 7)
         bare = start_ms(desktop, [widgets], lambda one: one.stdout.readline() == b"ready\n", 7)
         print(f"start to the item, CPU       {item:8.2f} ms")
         print(f"  beside: an empty Qt window {bare:8.2f} ms   ratio {item / bare:.2f}")
-        commands = {"ostrel --background": [ostrel, "--background"], "an empty Qt window": [widgets]}
-        if shutil.which("conky"):
-            with open(f"{home}/conky.conf", "w", encoding="ascii") as file:
-                file.write(CONKY)
-            commands["conky, no process list"] = ["conky", "-c", f"{home}/conky.conf"]
-        background(desktop, commands, seconds)
+        keep("the start", "`--readings` beyond its 0.2 s, wall", reading, "ms",
+             beside="an empty Qt Core program", stands=empty, most=20)
+        keep("the start", "`--background` to the item, CPU", item, "ms", beside=BARE, stands=bare,
+             most_ratio=1.5)
+        started = [*(subprocess.Popen(command, env=env, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+                     for command in ([ostrel, "--background"], [widgets]))]
+        programs: dict[str, Program] = dict(zip((OURS, BARE), started))
+        for peer in peers(desktop.home, TICK):
+            started.append(start(peer, env))
+            programs[peer.name] = started[-1]
+        plugin = plugin_process()
+        if plugin:
+            programs["the load plugin of Xfce"] = Watched(plugin)
+        sleepers = fill_up(PROCESSES)
+        keep_background(background(programs, seconds), seconds / 60)
+        for pid in sleepers:
+            os.kill(pid, signal.SIGKILL)
+            os.waitpid(pid, 0)
+        for one in started:
+            end(one)
     return 0
 
 
