@@ -55,6 +55,7 @@ void addLanes(QVBoxLayout& body, const AutomationsBody& text, AutomationsTab& ta
     }
     if (row)
         row->addStretch(1);
+    body.addSpacing(chipSpacing); // the filters are one more row
 }
 
 QWidget* searchField(const std::string& query, AutomationsTab& tab)
