@@ -107,8 +107,9 @@ def run(
         return Outcome(problem=f"{argv[0]} wasn't asked any more, since the time was used up")
     environment = {key: value for key, value in os.environ.items() if key not in UNWANTED}
     environment.update(SPOKEN, PATH=places.path, HOME=places.home)
-    source, end = input_of(stdin, hold)
+    source = end = 0
     try:
+        source, end = input_of(stdin, hold)
         child = subprocess.Popen(
             argv, executable=program, env=environment, stdin=source, stdout=subprocess.PIPE,
             stderr=subprocess.PIPE, start_new_session=True, cwd="/")
@@ -117,12 +118,15 @@ def run(
             os.close(end)
         return Outcome(problem=f"{argv[0]} can't be started: {problem.strerror}")
     finally:
-        os.close(source)
+        if source:
+            os.close(source)
     feeder = threading.Thread(target=feed, args=(end, stdin), daemon=True)
     try:
         if end:
             feeder.start()
         return served(child, argv[0], seconds, most)
+    except (OSError, RuntimeError) as problem:  # the second one where no thread can be had
+        return Outcome(problem=f"{argv[0]} can't be listened to: {getattr(problem, 'strerror', None) or problem}")
     finally:
         if child.poll() is None:
             kill_group(child)
@@ -143,9 +147,14 @@ def input_of(stdin: bytes, hold: bool) -> tuple[int, int]:
     if not stdin:
         return os.open(os.devnull, os.O_RDONLY), 0
     source = os.memfd_create("input")
-    with open(os.dup(source), "wb") as file:
-        file.write(stdin)
-    os.lseek(source, 0, os.SEEK_SET)
+    try:
+        left = memoryview(stdin)
+        while left:
+            left = left[os.write(source, left):]
+        os.lseek(source, 0, os.SEEK_SET)
+    except OSError:
+        os.close(source)
+        raise
     return source, 0
 
 

@@ -196,7 +196,8 @@ def is_there(path: str, device: int, inode: int) -> bool:
 
 
 def has_receipt(folder: int, run: str) -> bool:
-    """Whether a run that was killed at its very end had written its receipt."""
+    """Whether a run that was killed at its very end had written its receipt. A line that a full disk cut short
+    is none."""
     mark = ('"run": "' + run + '"').encode("ascii", "replace")
-    return any(mark in line for name in receipts.day_files(folder)[:3]
+    return any(mark in line and receipts.parse(line) is not None for name in receipts.day_files(folder)[:3]
                for line in receipts.last_lines(folder, name))
