@@ -14,7 +14,7 @@ import os
 import stat
 import time
 
-from ostrel_lib.files import LONGEST_NUMBER
+from ostrel_lib.files import LONGEST_NUMBER, read_at
 from ostrel_lib.jsontext import dump, parse
 from ostrel_lib.owned import make_folder
 
@@ -200,7 +200,7 @@ def latest(file: int, most: int) -> list[tuple[bytes, dict[str, object]]]:
     while left and len(found) < most:
         size = min(BLOCK, left)
         left -= size
-        lines = (os.pread(file, size, left) + rest).split(b"\n")
+        lines = (read_at(file, size, left) + rest).split(b"\n")
         # The first line goes on in the block before; one that is too long already needs no more of it.
         rest = lines.pop(0)[:LONGEST_LINE + 1] if left else b""
         for line in reversed(lines):

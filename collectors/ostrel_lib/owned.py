@@ -3,6 +3,7 @@
 with nothing followed or waited for that somebody put in their place."""
 from __future__ import annotations
 
+import errno
 import os
 import stat
 
@@ -23,7 +24,7 @@ def make_folder(path: str) -> None:
         pass
     status = os.stat(path)
     if not stat.S_ISDIR(status.st_mode):
-        raise NotADirectoryError(20, "it isn't a folder", path)
+        raise NotADirectoryError(errno.ENOTDIR, "it isn't a folder", path)
     if status.st_mode & OTHERS_WRITE and status.st_uid == os.geteuid():
         try:
             os.chmod(path, stat.S_IMODE(status.st_mode) & ~OTHERS_WRITE)
@@ -38,17 +39,17 @@ def open_lines(path: str, folder: int | None = None) -> int:
     file = os.open(path, flags, 0o600, dir_fd=folder)
     if not stat.S_ISREG(os.fstat(file).st_mode):
         os.close(file)
-        raise OSError(22, "it isn't a regular file", path)
+        raise OSError(errno.EINVAL, "it isn't a regular file", path)
     return file
 
 
 def add_line(file: int, line: bytes) -> None:
     """Appends a line in one write, so that writers at the same time lose nothing of each other's. One that
-    another writer left unfinished is ended first; it looks the same while it is being written, so there can be
-    empty lines. Raises OSError when it isn't there as a whole: what is missing can't follow it, since the line
-    of another may stand there by now."""
+    another writer left unfinished is ended first; it looks the same while it is being written, so there can
+    be empty lines. Raises OSError when it isn't there as a whole: what is missing can't follow it, since the
+    line of another may stand there by now."""
     size = os.fstat(file).st_size
     whole = size == 0 or os.pread(file, 1, size - 1) == b"\n"
     text = line + b"\n" if whole else b"\n" + line + b"\n"
     if os.write(file, text) != len(text):
-        raise OSError(28, "the disk took half a line")
+        raise OSError(errno.ENOSPC, "the disk took half a line")

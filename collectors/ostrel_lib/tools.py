@@ -5,6 +5,7 @@ from __future__ import annotations
 import os
 import select
 import signal
+import stat
 import subprocess
 import threading
 import time
@@ -26,13 +27,22 @@ UNWANTED = ("LANGUAGE", "COLUMNS", "LINES", "SYSTEMD_LOG_LEVEL", "SYSTEMD_LOG_TA
 
 
 class Interrupted(BaseException):
-    """The bridge was asked to end."""
+    """The bridge was asked to end, or nobody reads its answer any more."""
 
 
 def end_on_request() -> None:
     """From now on SIGTERM raises `Interrupted`, so that no tool outlives the bridge: each runs in a session
     of its own, which a signal to the bridge's group doesn't reach."""
     signal.signal(signal.SIGTERM, interrupt)
+
+
+def end_without_reader(places: Places) -> None:
+    """From now on no tool is waited for once nobody reads the answer any more: the program may have been
+    killed. For what changes nothing; an action that has begun is brought to its end and its receipt."""
+    try:
+        places.reader = 1 if stat.S_ISFIFO(os.fstat(1).st_mode) else -1
+    except OSError:
+        pass
 
 
 def interrupt(*_: object) -> None:
@@ -124,9 +134,10 @@ def run(
     try:
         if end:
             feeder.start()
-        return served(child, argv[0], seconds, most)
+        return served(child, argv[0], seconds, most, places.reader)
     except (OSError, RuntimeError) as problem:  # the second one where no thread can be had
-        return Outcome(problem=f"{argv[0]} can't be listened to: {getattr(problem, 'strerror', None) or problem}")
+        why = getattr(problem, "strerror", None) or problem
+        return Outcome(problem=f"{argv[0]} can't be listened to: {why}")
     finally:
         if child.poll() is None:
             kill_group(child)
@@ -168,8 +179,9 @@ def feed(end: int, data: bytes) -> None:
         pass
 
 
-def served(child: subprocess.Popen[bytes], name: str, seconds: float, most: int) -> Outcome:
-    """Reads both outputs until the child has ended, or until one of the limits is reached."""
+def served(child: subprocess.Popen[bytes], name: str, seconds: float, most: int, reader: int) -> Outcome:
+    """Reads both outputs until the child has ended, or until one of the limits is reached. Raises Interrupted
+    when the pipe `reader` has no reader any more."""
     outcome = Outcome()
     outputs = {child.stdout.fileno(): [], child.stderr.fileno(): []}  # type: ignore[union-attr]
     out = child.stdout.fileno()  # type: ignore[union-attr]
@@ -180,12 +192,16 @@ def served(child: subprocess.Popen[bytes], name: str, seconds: float, most: int)
     poller = select.poll()
     for descriptor in (*outputs, ended):
         poller.register(descriptor, select.POLLIN)
+    if reader >= 0:
+        poller.register(reader, 0)  # which tells of errors alone
     end = time.monotonic() + seconds
     try:
         gone = False
         while not gone and not outcome.problem:
             ready = [descriptor for descriptor, _ in poller.poll(max(0.0, end - time.monotonic()) * 1000)]
             gone = ended in ready
+            if reader in ready:
+                raise Interrupted
             for descriptor in outputs if gone else ready:
                 # Once it has ended, what is in the pipes is read, and nobody is waited for.
                 while part := take(descriptor):

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// A library to be loaded before the C library's: it lets one system call of the process that it is loaded into
-// fail, fall short or hang. Tests only.
+// A library to be loaded before the C library's: it lets one system call of the process that it is loaded
+// into fail, fall short or hang. Tests only.
 //
 //   OSTREL_FAULT_KIND   open, read, write, sync, rename, unlink, mkdir, chmod, spawn, descriptor
 //   OSTREL_FAULT_AT     which call of that kind, from 1
@@ -99,7 +99,10 @@ void tell(const char* kind, const char* path)
     ::syscall(SYS_close, file);
 }
 
-bool concerns(const char* path) { return !plan.below || std::strncmp(path, plan.below, std::strlen(plan.below)) == 0; }
+bool concerns(const char* path)
+{
+    return !plan.below || std::strncmp(path, plan.below, std::strlen(plan.below)) == 0;
+}
 
 /// Counts a call. Whether it is to be hit; a hang is over by then and doesn't hit.
 bool counts(const char* kind, const char* path, bool canHalve = false)
@@ -169,7 +172,8 @@ ssize_t granted(const char* kind, int descriptor, std::size_t wanted)
 }
 
 /// The next function of that name.
-template <typename Function> Function* real(const char* name)
+template <typename Function>
+Function* real(const char* name)
 {
     return reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, name));
 }
@@ -188,23 +192,23 @@ mode_t modeOf(int flags, va_list arguments)
 
 } // namespace
 
-#define OPENS(name)                                                                                               \
-    EXPORTED int name(const char* path, int flags, ...)                                                           \
-    {                                                                                                             \
-        va_list arguments;                                                                                        \
-        va_start(arguments, flags);                                                                               \
-        const mode_t mode = modeOf(flags, arguments);                                                             \
-        va_end(arguments);                                                                                        \
-        return openReally(AT_FDCWD, path, flags, mode);                                                           \
+#define OPENS(name)                                                                                          \
+    EXPORTED int name(const char* path, int flags, ...)                                                      \
+    {                                                                                                        \
+        va_list arguments;                                                                                   \
+        va_start(arguments, flags);                                                                          \
+        const mode_t mode = modeOf(flags, arguments);                                                        \
+        va_end(arguments);                                                                                   \
+        return openReally(AT_FDCWD, path, flags, mode);                                                      \
     }
-#define OPENS_AT(name)                                                                                            \
-    EXPORTED int name(int folder, const char* path, int flags, ...)                                               \
-    {                                                                                                             \
-        va_list arguments;                                                                                        \
-        va_start(arguments, flags);                                                                               \
-        const mode_t mode = modeOf(flags, arguments);                                                             \
-        va_end(arguments);                                                                                        \
-        return openReally(folder, path, flags, mode);                                                             \
+#define OPENS_AT(name)                                                                                       \
+    EXPORTED int name(int folder, const char* path, int flags, ...)                                          \
+    {                                                                                                        \
+        va_list arguments;                                                                                   \
+        va_start(arguments, flags);                                                                          \
+        const mode_t mode = modeOf(flags, arguments);                                                        \
+        va_end(arguments);                                                                                   \
+        return openReally(folder, path, flags, mode);                                                        \
     }
 OPENS(open)
 OPENS(open64)
@@ -231,11 +235,11 @@ EXPORTED ssize_t __read_chk(int descriptor, void* into, std::size_t count, std::
     return read(descriptor, into, count);
 }
 
-#define READS_AT(name)                                                                                            \
-    EXPORTED ssize_t name(int descriptor, void* into, std::size_t count, off_t place)                             \
-    {                                                                                                             \
-        const ssize_t most = granted("read", descriptor, count);                                                  \
-        return most < 0 ? -1 : ::syscall(SYS_pread64, descriptor, into, most, place);                             \
+#define READS_AT(name)                                                                                       \
+    EXPORTED ssize_t name(int descriptor, void* into, std::size_t count, off_t place)                        \
+    {                                                                                                        \
+        const ssize_t most = granted("read", descriptor, count);                                             \
+        return most < 0 ? -1 : ::syscall(SYS_pread64, descriptor, into, most, place);                        \
     }
 READS_AT(pread)
 READS_AT(pread64)
@@ -263,11 +267,15 @@ EXPORTED int renameat(int fromFolder, const char* from, int toFolder, const char
     return static_cast<int>(::syscall(SYS_renameat2, fromFolder, from, toFolder, to, 0));
 }
 
-EXPORTED int rename(const char* from, const char* to) noexcept { return renameat(AT_FDCWD, from, AT_FDCWD, to); }
+EXPORTED int rename(const char* from, const char* to) noexcept
+{
+    return renameat(AT_FDCWD, from, AT_FDCWD, to);
+}
 
 EXPORTED int unlinkat(int folder, const char* path, int flags) noexcept
 {
-    return hitsPath("unlink", folder, path) ? -1 : static_cast<int>(::syscall(SYS_unlinkat, folder, path, flags));
+    return hitsPath("unlink", folder, path) ? -1
+                                            : static_cast<int>(::syscall(SYS_unlinkat, folder, path, flags));
 }
 
 EXPORTED int unlink(const char* path) noexcept { return unlinkat(AT_FDCWD, path, 0); }
@@ -275,20 +283,23 @@ EXPORTED int rmdir(const char* path) noexcept { return unlinkat(AT_FDCWD, path, 
 
 EXPORTED int mkdirat(int folder, const char* path, mode_t mode) noexcept
 {
-    return hitsPath("mkdir", folder, path) ? -1 : static_cast<int>(::syscall(SYS_mkdirat, folder, path, mode));
+    return hitsPath("mkdir", folder, path) ? -1
+                                           : static_cast<int>(::syscall(SYS_mkdirat, folder, path, mode));
 }
 
 EXPORTED int mkdir(const char* path, mode_t mode) noexcept { return mkdirat(AT_FDCWD, path, mode); }
 
 EXPORTED int fchmod(int descriptor, mode_t mode) noexcept
 {
-    return hitsDescriptor("chmod", descriptor) ? -1 : static_cast<int>(::syscall(SYS_fchmod, descriptor, mode));
+    return hitsDescriptor("chmod", descriptor) ? -1
+                                               : static_cast<int>(::syscall(SYS_fchmod, descriptor, mode));
 }
 
 EXPORTED int pipe2(int* ends, int flags) noexcept
 {
-    return isOn("descriptor") && counts("descriptor", "pipe:") ? -1
-                                                               : static_cast<int>(::syscall(SYS_pipe2, ends, flags));
+    return isOn("descriptor") && counts("descriptor", "pipe:")
+        ? -1
+        : static_cast<int>(::syscall(SYS_pipe2, ends, flags));
 }
 
 EXPORTED int pipe(int* ends) noexcept { return pipe2(ends, 0); }
@@ -308,13 +319,13 @@ EXPORTED pid_t fork() noexcept
 /// A vfork can't be passed on from a function that returns, so its child gets a copy of the memory.
 EXPORTED pid_t vfork() noexcept { return fork(); }
 
-#define SPAWNS(name)                                                                                              \
-    EXPORTED int name(pid_t* pid, const char* path, const posix_spawn_file_actions_t* actions,                    \
-        const posix_spawnattr_t* attributes, char* const arguments[], char* const environment[]) noexcept         \
-    {                                                                                                             \
-        if (isOn("spawn") && counts("spawn", path))                                                               \
-            return plan.error;                                                                                    \
-        return real<decltype(name)>(#name)(pid, path, actions, attributes, arguments, environment);               \
+#define SPAWNS(name)                                                                                         \
+    EXPORTED int name(pid_t* pid, const char* path, const posix_spawn_file_actions_t* actions,               \
+        const posix_spawnattr_t* attributes, char* const arguments[], char* const environment[]) noexcept    \
+    {                                                                                                        \
+        if (isOn("spawn") && counts("spawn", path))                                                          \
+            return plan.error;                                                                               \
+        return real<decltype(name)>(#name)(pid, path, actions, attributes, arguments, environment);          \
     }
 SPAWNS(posix_spawn)
 SPAWNS(posix_spawnp)

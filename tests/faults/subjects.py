@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
-"""What writes, and what it promises: commands, the homes that they work on, and how to tell a broken promise."""
+"""What writes, and what it promises: commands, the homes that they work on, and how to tell a broken
+promise."""
 import glob
 import json
 import os
@@ -40,13 +41,14 @@ class Run(NamedTuple):
 
 class Subject(NamedTuple):
     """A command. `whole` says what is broken at any time, with the answer of the last run; `settled` what is,
-    once a run went undisturbed."""
+    once a run went undisturbed. With `reads_in_the_end` nothing is promised where reading fails for good."""
     command: list[str]
     lay: Callable[[str], None]
     whole: Callable[[str, dict], str]
     settled: Callable[[str, dict], str]
     kinds: list[tuple[str, str]]
     stdin: bytes = b""
+    reads_in_the_end: bool = False
 
     def wrong_after(self, root: str, run: Run, killed: bool) -> str:
         """What is wrong after a run with a fault."""
@@ -231,7 +233,8 @@ def lay_inventory(root: str) -> None:
         "migration", "registry_state", "last_run", "last_result", "next_run", "observation")}}]
     text = json.dumps({"ok": True, "lanes": [], "automations": rows}).encode()
     from binascii import crc32
-    put(f"{root}/{CACHE}", b"ostrel-automations 1 %08x %d %d\n" % (crc32(text), len(text), time.time()) + text)
+    header = b"ostrel-automations 1 %08x %d %d\n" % (crc32(text), len(text), time.time())
+    put(f"{root}/{CACHE}", header + text)
 
 
 def unit(root: str, name: str) -> dict:
@@ -349,7 +352,7 @@ def settings_settled(root: str, answer: dict) -> str:
 
 
 def receipt_settled(root: str, answer: dict) -> str:
-    return "" if [line["pid"] for line in receipts(root, "stop") if "pid" in line][-1:] == [17] else "no receipt"
+    return "" if any(line.get("pid") == 17 for line in receipts(root, "stop")) else "no receipt"
 
 
 def lay_runtime(root: str) -> None:
@@ -361,30 +364,30 @@ def runtime_settled(root: str, answer: dict) -> str:
     return f"left over: {left}" if left else ""
 
 
+def receipt_whole(root: str, answer: dict) -> str:
+    """Receipts that were there stay."""
+    return "" if any("pid" not in line for line in receipts(root, "stop")) else "an old receipt was lost"
+
+
 def SUBJECTS(writer: str) -> dict[str, Subject]:  # noqa: N802
     """All of them by name."""
     act = script("automations_bridge.py", "act", *JOB_OPTIONS, "--confirm", "--op")
-    return {
-        "history": Subject([writer, "history"], lay_points, points_whole, points_settled, FILES),
-        "settings": Subject([writer, "settings"], lay_settings, settings_whole, settings_settled, FILES),
-        "receipt": Subject([writer, "receipt"], lay_cache, cleanup_kept, receipt_settled, FILES),
-        "instance": Subject([writer, "instance"], lay_runtime, nothing, runtime_settled, FILES),
-        "compaction": Subject(script("ostrel.py", "history-clean", "--apply"), lay_samples, compaction_whole,
-                              compaction_settled, FILES),
-        "snapshot": Subject(script("ostrel.py", "json"), lay_samples, snapshot_whole, snapshot_settled, FILES),
-        "cleanup": Subject(script("ostrel_janitor.py", "clean", "--group=app-caches", "--select=pip", "--apply"),
-                           lay_cache, cleanup_whole, cleanup_settled, FILES),
-        "receipts": Subject(script("ostrel_janitor.py", "receipts"), lay_cache, cleanup_whole, receipts_settled,
-                            FILES),
-        "findings": Subject(script("ostrel_janitor.py", "findings"), lay_cache, cleanup_whole, nothing, FILES),
-        "act": Subject([*act, "disable"], lay_timers, act_whole, act_settled, FILES + TOOLS),
-        "plan": Subject([*act, "plan"], lay_inventory, plan_whole, plan_settled, FILES),
-        "inventory": Subject(script("automations_bridge.py", "list", "--refresh"), lay_timers, inventory_whole,
-                             inventory_settled, FILES + TOOLS[:2]),
-        "server": Subject(script("ostrel_remote.py"), lay_server, server_whole, server_settled, TOOLS, HEALTH),
-    }
-
-
-def cleanup_kept(root: str, answer: dict) -> str:
-    """Receipts that were there stay."""
-    return "" if any("pid" not in line for line in receipts(root, "stop")) else "an old receipt was lost"
+    clean = script("ostrel_janitor.py", "clean", "--group=app-caches", "--select=pip", "--apply")
+    return {name: Subject(*parts) for name, parts in {
+        "history": ([writer, "history"], lay_points, points_whole, points_settled, FILES, b"", True),
+        "settings": ([writer, "settings"], lay_settings, settings_whole, settings_settled, FILES),
+        "receipt": ([writer, "receipt"], lay_cache, receipt_whole, receipt_settled, FILES),
+        "instance": ([writer, "instance"], lay_runtime, nothing, runtime_settled, FILES),
+        "compaction": (script("ostrel.py", "history-clean", "--apply"), lay_samples, compaction_whole,
+                       compaction_settled, FILES),
+        "snapshot": (script("ostrel.py", "json"), lay_samples, snapshot_whole, snapshot_settled, FILES),
+        "cleanup": (clean, lay_cache, cleanup_whole, cleanup_settled, FILES),
+        "receipts": (script("ostrel_janitor.py", "receipts"), lay_cache, cleanup_whole, receipts_settled,
+                     FILES),
+        "findings": (script("ostrel_janitor.py", "findings"), lay_cache, cleanup_whole, nothing, FILES),
+        "act": ([*act, "disable"], lay_timers, act_whole, act_settled, FILES + TOOLS),
+        "plan": ([*act, "plan"], lay_inventory, plan_whole, plan_settled, FILES),
+        "inventory": (script("automations_bridge.py", "list", "--refresh"), lay_timers, inventory_whole,
+                      inventory_settled, FILES + TOOLS[:2]),
+        "server": (script("ostrel_remote.py"), lay_server, server_whole, server_settled, TOOLS, HEALTH),
+    }.items()}

@@ -3,8 +3,8 @@
 
 sweep.py LIBRARY WRITER [--rounds N] [--first N] [NAME …]
 
-A run goes in a home of its own. Its n-th call of a kind fails, falls short, or is its last since the process is
-killed there; n goes up until no call is hit. Then the same command runs once more, undisturbed, and has to
+A run goes in a home of its own. Its n-th call of a kind fails, falls short, or is its last since the process
+is killed there; n goes up until no call is hit. Then the same command runs once more, undisturbed, and has to
 succeed. Which fault a call gets goes by the round, so that some rounds have tried each.
 """
 import argparse
@@ -58,8 +58,8 @@ def run(subject: Subject, root: str, more: dict[str, str]) -> Run:
     """One run of a subject's command in the home below the root."""
     environment = {"HOME": root + "/home", "PATH": root + "/bin", "TZ": "UTC", "TMUX_TMPDIR": root,
                    "PYTHONDONTWRITEBYTECODE": "1", **more}
-    done = subprocess.run(subject.command, input=subject.stdin, cwd=root, env=environment, capture_output=True,
-                          timeout=LONGEST, check=False)
+    done = subprocess.run(subject.command, input=subject.stdin, cwd=root, env=environment,
+                          capture_output=True, timeout=LONGEST, check=False)
     return Run(done.returncode, done.stdout, done.stderr)
 
 
@@ -94,6 +94,8 @@ def sweep(subject: Subject, kind: str, below: str, turn: int, library: str) -> t
     faults: list[str] = []
     for at in itertools.count(1):
         deed = DEEDS[kind][(at + turn - 1) % len(DEEDS[kind])]
+        if subject.reads_in_the_end and kind in ("open", "read"):
+            deed = deed.partition(" ")[0]
         met, wrong = attempt(subject, Fault(kind, at, deed, below), library)
         if wrong:
             faults.append(wrong)
@@ -113,13 +115,14 @@ def main() -> int:
     subjects = SUBJECTS(os.path.abspath(asked.writer))
     if unknown := set(asked.names) - set(subjects):
         parser.error(f"there is no {sorted(unknown)}; there are {' '.join(subjects)}")
+    library = os.path.abspath(asked.library)
     wrong = 0
     with concurrent.futures.ThreadPoolExecutor(WORKERS) as pool:
         jobs = {}
         for turn in range(asked.first, asked.first + asked.rounds):
             for name in asked.names or subjects:
                 for kind, below in subjects[name].kinds:
-                    job = pool.submit(sweep, subjects[name], kind, below, turn, os.path.abspath(asked.library))
+                    job = pool.submit(sweep, subjects[name], kind, below, turn, library)
                     jobs[job] = f"{name}, {kind} {below}".rstrip()
         for job, name in jobs.items():
             calls, faults = job.result()

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Writes what the instrument writes, with its own parts and without a desktop: writer WHAT. Prints what the parts
-// say came of it. The home is $HOME's.
+// Writes what the instrument writes, with its own parts and without a desktop: writer WHAT. Prints what the
+// parts say came of it. The home is $HOME's.
 
 #include "history/OstrelHistory.h"
 #include "janitor/JanitorReceipts.h"

@@ -6,6 +6,7 @@ import os
 import stat
 import time
 
+from ostrel_lib.files import read_at
 from ostrel_lib.jsontext import dump
 from ostrel_lib.owned import add_line, make_folder, open_lines
 
@@ -95,7 +96,7 @@ def last_lines(folder: int, name: str) -> list[bytes]:
         if not stat.S_ISREG(status.st_mode):
             return []
         start = max(0, status.st_size - MOST_BYTES)
-        lines = os.pread(file, MOST_BYTES, start).split(b"\n")
+        lines = read_at(file, MOST_BYTES, start).split(b"\n")
     except OSError:
         return []
     finally:
