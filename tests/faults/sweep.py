@@ -54,12 +54,12 @@ class Fault(NamedTuple):
                 "OSTREL_FAULT_TOLD": told, "OSTREL_FAULT_COUNT": MANY if lasting else "1"}
 
 
-def run(subject: Subject, root: str, more: dict[str, str]) -> Run:
+def run(subject: Subject, root: str, more: dict[str, str], umask: int = 0o077) -> Run:
     """One run of a subject's command in the home below the root."""
     environment = {"HOME": root + "/home", "PATH": root + "/bin", "TZ": "UTC", "TMUX_TMPDIR": root,
                    "PYTHONDONTWRITEBYTECODE": "1", **more}
     done = subprocess.run(subject.command, input=subject.stdin, cwd=root, env=environment,
-                          capture_output=True, timeout=LONGEST, check=False)
+                          capture_output=True, timeout=LONGEST, check=False, umask=umask)
     return Run(done.returncode, done.stdout, done.stderr)
 
 
