@@ -3,9 +3,14 @@
 
 #include "support/QtEnvironment.h"
 
+#include <chrono>
+#include <condition_variable>
+#include <cstddef>
 #include <future>
+#include <mutex>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -124,6 +129,101 @@ TEST(AppDelegate, EndsWithItsTimersFirstThenTheChildrenThenTheItem)
     bench.delegate.applicationWillTerminate();
     background.join();
     EXPECT_TRUE(left);
+}
+
+/// A background with a thread for each job, in which every child hangs until it is let go.
+class HangingBackground {
+public:
+    explicit HangingBackground(AppBench& bench)
+        : bench_(bench)
+    {
+        bench_.children.whileRunning = [this] {
+            std::unique_lock lock(mutex_);
+            ++hanging_;
+            changed_.notify_all();
+            changed_.wait(lock, [this] { return over_; });
+        };
+    }
+    HangingBackground(const HangingBackground&) = delete;
+    HangingBackground& operator=(const HangingBackground&) = delete;
+    ~HangingBackground()
+    {
+        {
+            const std::lock_guard lock(mutex_);
+            over_ = true;
+        }
+        changed_.notify_all();
+        for (std::thread& thread : threads_)
+            thread.join();
+    }
+
+    /// Starts what waits, one job after the other, each until it has ended or hangs.
+    void start()
+    {
+        while (!bench_.globalQueue.waiting.empty()) {
+            auto job = std::move(bench_.globalQueue.waiting.front().second);
+            bench_.globalQueue.waiting.pop_front();
+            threads_.emplace_back([this, job = std::move(job)]() mutable {
+                job();
+                job = nullptr;
+                const std::lock_guard lock(mutex_);
+                ++ended_;
+                changed_.notify_all();
+            });
+            std::unique_lock lock(mutex_);
+            changed_.wait(lock, [this] { return hanging_ + ended_ == threads_.size(); });
+        }
+    }
+
+    [[nodiscard]] std::size_t hanging()
+    {
+        const std::lock_guard lock(mutex_);
+        return hanging_;
+    }
+
+private:
+    AppBench& bench_;
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    std::vector<std::thread> threads_;
+    std::size_t hanging_ = 0;
+    std::size_t ended_ = 0;
+    bool over_ = false;
+};
+
+TEST(AppDelegate, ATickNeverWaitsForAScriptWhateverHangs)
+{
+    AppBench bench;
+    HangingBackground background(bench);
+    bench.start();
+    // A drawn tab asks for what it shows; the buttons ask for the rest.
+    for (const auto& [mode, button] : std::vector<std::pair<OstrelMode, QString>> {
+             { OstrelMode::automations, "refresh inventory" },
+             { OstrelMode::sessions, "refresh terminals" },
+             { OstrelMode::diagnosis, "refresh findings" },
+             { OstrelMode::cleanup, "review orphan mcp" },
+             { OstrelMode::server, "check capacity" },
+         }) {
+        bench.delegate.frame().switchMode(mode);
+        background.start();
+        if (auto* view = bench.button(button); view && view->isEnabled())
+            view->click();
+        background.start();
+    }
+    EXPECT_GE(background.hanging(), 4U);
+    const int reads = bench.kernel.reads;
+    const auto period = bench.delegate.tick().nativeInterval();
+    constexpr int minutes = 30;
+    for (int minute = 0; minute < minutes; ++minute) {
+        bench.time.advance(std::chrono::minutes(1));
+        background.start();
+    }
+    EXPECT_GE(bench.kernel.reads - reads, static_cast<int>(minutes * 60 / period.count()));
+    EXPECT_EQ(bench.delegate.history().points.size(), minutes + 1U);
+    EXPECT_EQ(bench.files.contents[OstrelHistory::defaultPath("/home/someone")],
+        bench.delegate.history().serialized())
+        << "what hangs holds no other job";
+    EXPECT_LE(background.hanging(), 8U) << "one of each kind at a time";
 }
 
 } // namespace
