@@ -143,10 +143,12 @@ class Kills(PanelCase):
         process = self.start_with_scripts(scripts, self.home)
         self.wait_for_keyboard()
         for key, script, button, heard, answered in (
-            ("7", "automations_bridge.py", "refresh inventory", "inventory: .+", r"\d+ entries · \d+ enabled"),
+            ("7", "automations_bridge.py", "refresh inventory", "inventory: .+",
+             r"\d+ entries · \d+ enabled"),
             ("4", "session_bridge.py", "refresh terminals", "Terminal source unavailable.*",
              r"\d+ terminal tabs · read .*|No terminal can be listed: .*"),
-            ("5", "ostrel_janitor.py", "refresh findings", "collector unavailable · .*", r"\d+ findings · collected .*"),
+            ("5", "ostrel_janitor.py", "refresh findings", "collector unavailable · .*",
+             r"\d+ findings · collected .*"),
             ("8", "ostrel_remote.py", "check capacity", "Server bridge stopped\\.",
              r"srv\.invalid can't be reached .*|ssh isn't installed .*"),
             ("1", "ostrel.py", "", "", ""),
@@ -242,7 +244,8 @@ class Kills(PanelCase):
         item = self.item(process)
         for action in ("compact", "clean", "stop", "quit", "run", "", "../x"):
             bus.call(self.desktop.env, *bus.APPLICATION, f"{bus.OPEN}.ActivateAction", action, "[]", "{}")
-        self.route("ostrel://clean", "ostrel://stop?pid=1", "ostrel:?command=quit", "ostrel://show?command=run")
+        self.route("ostrel://clean", "ostrel://stop?pid=1", "ostrel:?command=quit",
+                   "ostrel://show?command=run")
         for method, words in (("Activate", ["1", "1"]), ("SecondaryActivate", ["1", "1"]),
                               ("Scroll", ["120", "vertical"]), ("ContextMenu", ["1", "1"])):
             bus.call(self.desktop.env, item.service, item.path, f"{bus.ITEM}.{method}", *words)
