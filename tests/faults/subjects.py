@@ -1,10 +1,11 @@
 # SPDX-License-Identifier: Apache-2.0
 """What writes, and what it promises: commands, the homes that they work on, and how to tell a broken
 promise."""
+import atexit
 import glob
 import json
 import os
-import sys
+import subprocess
 import time
 from collections.abc import Callable, Iterator
 from typing import NamedTuple
@@ -20,6 +21,7 @@ SETTINGS = "home/.config/zol-mini-apps/dev.quent.ostrel.json"
 CACHE = "home/.cache/ostrel/automations"
 KILLED = -9
 FILES = [(kind, "") for kind in ("open", "read", "write", "sync", "rename", "unlink", "mkdir", "chmod")]
+KERNEL = [("open", "/proc/"), ("read", "/proc/")]
 ANYWHERE = "*"
 TOOLS = [("spawn", ANYWHERE), ("descriptor", ANYWHERE), ("read", "pipe:"), ("write", "/memfd:")]
 
@@ -74,7 +76,7 @@ def wrong_ending(run: Run, command: list[str]) -> str:
     return ""
 
 
-def nothing(root: str, answer: dict = {}) -> str:
+def nothing(root: str, answer: object = None) -> str:
     """No promise."""
     return ""
 
@@ -199,6 +201,23 @@ def cleanup_settled(root: str, answer: dict) -> str:
     gone = sum(not os.path.exists(f"{root}/{path}") for path in CACHED)
     told = sum(line["removed"] for line in receipts(root, "clean"))
     return "" if gone == told == len(CACHED) else f"{gone} files went, and receipts tell of {told}"
+
+
+def stops_of() -> list[str]:
+    """Processes that must never be offered: the first one, this one, and one that only the end of its command
+    line tells to be an agent's. It ends with this process."""
+    words = ["/bin/sh", "-c", "read line", "sh", *["word"] * 50, "/opt/agents/claude"]
+    agent = subprocess.Popen(words, stdin=subprocess.PIPE)
+    atexit.register(agent.communicate)
+    return ["1", str(os.getpid()), str(agent.pid)]
+
+
+def stops_whole(root: str, answer: dict) -> str:
+    return "a process is offered that must not be" if answer.get("allowed") else ""
+
+
+def stops_settled(root: str, answer: dict) -> str:
+    return "" if len(answer["refused"]) == 3 else "a process is missing"
 
 
 def receipts_settled(root: str, answer: dict) -> str:
@@ -384,6 +403,8 @@ def SUBJECTS(writer: str) -> dict[str, Subject]:  # noqa: N802
         "cleanup": (clean, lay_cache, cleanup_whole, cleanup_settled, FILES),
         "receipts": (script("ostrel_janitor.py", "receipts"), lay_cache, cleanup_whole, receipts_settled,
                      FILES),
+        "stops": (script("ostrel_janitor.py", "kill-preview", "--pids=" + ",".join(stops_of())), nothing,
+                  stops_whole, stops_settled, KERNEL),
         "findings": (script("ostrel_janitor.py", "findings"), lay_cache, cleanup_whole, nothing, FILES),
         "act": ([*act, "disable"], lay_timers, act_whole, act_settled, FILES + TOOLS),
         "plan": ([*act, "plan"], lay_inventory, plan_whole, plan_settled, FILES),
