@@ -5,7 +5,9 @@ import atexit
 import glob
 import json
 import os
+import shutil
 import subprocess
+import tempfile
 import time
 from collections.abc import Callable, Iterator
 from typing import NamedTuple
@@ -43,7 +45,8 @@ class Run(NamedTuple):
 
 class Subject(NamedTuple):
     """A command. `whole` says what is broken at any time, with the answer of the last run; `settled` what is,
-    once a run went undisturbed. With `reads_in_the_end` nothing is promised where reading fails for good."""
+    once a run went undisturbed. With `reads_in_the_end` nothing is promised where reading fails for good;
+    what is `slow` is left to longer runs."""
     command: list[str]
     lay: Callable[[str], None]
     whole: Callable[[str, dict], str]
@@ -51,6 +54,7 @@ class Subject(NamedTuple):
     kinds: list[tuple[str, str]]
     stdin: bytes = b""
     reads_in_the_end: bool = False
+    slow: bool = False
 
     def wrong_after(self, root: str, run: Run, killed: bool) -> str:
         """What is wrong after a run with a fault."""
@@ -203,17 +207,35 @@ def cleanup_settled(root: str, answer: dict) -> str:
     return "" if gone == told == len(CACHED) else f"{gone} files went, and receipts tell of {told}"
 
 
-def stops_of() -> list[str]:
+def started(*words: str) -> int:
+    """A process that ends with this one."""
+    process = subprocess.Popen(words, stdin=subprocess.PIPE)
+    atexit.register(process.communicate)
+    return process.pid
+
+
+def never_offered() -> list[str]:
     """Processes that must never be offered: the first one, this one, and one that only the end of its command
-    line tells to be an agent's. It ends with this process."""
-    words = ["/bin/sh", "-c", "read line", "sh", *["word"] * 50, "/opt/agents/claude"]
-    agent = subprocess.Popen(words, stdin=subprocess.PIPE)
-    atexit.register(agent.communicate)
-    return ["1", str(os.getpid()), str(agent.pid)]
+    line tells to be an agent's."""
+    agent = started("/bin/sh", "-c", "read line", "sh", *["word"] * 50, "/opt/agents/claude")
+    return ["1", str(os.getpid()), str(agent)]
+
+
+def start_a_server() -> None:
+    """An MCP server that isn't left behind, since this process started it."""
+    folder = tempfile.mkdtemp()
+    atexit.register(shutil.rmtree, folder, ignore_errors=True)
+    put(folder + "/mcp-server-probe.py", b"import sys; sys.stdin.read()")
+    started(PYTHON, folder + "/mcp-server-probe.py")
 
 
 def stops_whole(root: str, answer: dict) -> str:
     return "a process is offered that must not be" if answer.get("allowed") else ""
+
+
+def offers_whole(root: str, answer: dict) -> str:
+    ours = [row for row in answer.get("allowed", []) if "mcp-server-probe.py" in row["cmd"]]
+    return f"a server is offered whose starter lives: {ours}" if ours else ""
 
 
 def stops_settled(root: str, answer: dict) -> str:
@@ -391,6 +413,7 @@ def receipt_whole(root: str, answer: dict) -> str:
 def SUBJECTS(writer: str) -> dict[str, Subject]:  # noqa: N802
     """All of them by name."""
     act = script("automations_bridge.py", "act", *JOB_OPTIONS, "--confirm", "--op")
+    start_a_server()
     clean = script("ostrel_janitor.py", "clean", "--group=app-caches", "--select=pip", "--apply")
     return {name: Subject(*parts) for name, parts in {
         "history": ([writer, "history"], lay_points, points_whole, points_settled, FILES, b"", True),
@@ -403,8 +426,10 @@ def SUBJECTS(writer: str) -> dict[str, Subject]:  # noqa: N802
         "cleanup": (clean, lay_cache, cleanup_whole, cleanup_settled, FILES),
         "receipts": (script("ostrel_janitor.py", "receipts"), lay_cache, cleanup_whole, receipts_settled,
                      FILES),
-        "stops": (script("ostrel_janitor.py", "kill-preview", "--pids=" + ",".join(stops_of())), nothing,
+        "stops": (script("ostrel_janitor.py", "kill-preview", "--pids=" + ",".join(never_offered())), nothing,
                   stops_whole, stops_settled, KERNEL),
+        "offers": (script("ostrel_janitor.py", "mcp-preview", "--depth=light"), nothing, offers_whole,
+                   nothing, KERNEL, b"", False, True),
         "findings": (script("ostrel_janitor.py", "findings"), lay_cache, cleanup_whole, nothing, FILES),
         "act": ([*act, "disable"], lay_timers, act_whole, act_settled, FILES + TOOLS),
         "plan": ([*act, "plan"], lay_inventory, plan_whole, plan_settled, FILES),

@@ -109,7 +109,7 @@ def main() -> int:
     parser.add_argument("library")
     parser.add_argument("writer")
     parser.add_argument("--rounds", type=int, default=1)
-    parser.add_argument("--first", type=int, default=0, help="the first round")
+    parser.add_argument("--first", type=int, default=0, help="the first round, 0 is the quick one")
     parser.add_argument("names", nargs="*")
     asked = parser.parse_args()
     subjects = SUBJECTS(os.path.abspath(asked.writer))
