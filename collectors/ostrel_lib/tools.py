@@ -13,6 +13,10 @@ import time
 from ostrel_lib.oneline import clean
 from ostrel_lib.places import Places
 
+TYPE_CHECKING = False
+if TYPE_CHECKING:
+    from collections.abc import Callable
+
 MOST_OUTPUT = 16 << 20
 MOST_ERRORS = 64 << 10
 PATIENCE = 10.0
@@ -48,6 +52,23 @@ def end_without_reader(places: Places) -> None:
 def interrupt(*_: object) -> None:
     """The handler of the signal."""
     raise Interrupted
+
+
+def hold_back() -> Callable[[], None]:
+    """Only notes a request to end from now on, and gives the way back, which follows a noted one. A tool that
+    is just being started isn't known yet, so nobody could end it."""
+    handler = signal.getsignal(signal.SIGTERM)
+    if handler is not interrupt:
+        return lambda: None
+    noted: list[int] = []
+    signal.signal(signal.SIGTERM, lambda number, _: noted.append(number))
+
+    def follow() -> None:
+        signal.signal(signal.SIGTERM, interrupt)
+        if noted:
+            raise Interrupted
+
+    return follow
 
 
 class Outcome:
@@ -118,6 +139,7 @@ def run(
     environment = {key: value for key, value in os.environ.items() if key not in UNWANTED}
     environment.update(SPOKEN, PATH=places.path, HOME=places.home)
     source = end = 0
+    follow = hold_back()
     try:
         source, end = input_of(stdin, hold)
         child = subprocess.Popen(
@@ -126,12 +148,14 @@ def run(
     except OSError as problem:
         if end:
             os.close(end)
+        follow()
         return Outcome(problem=f"{argv[0]} can't be started: {problem.strerror}")
     finally:
         if source:
             os.close(source)
     feeder = threading.Thread(target=feed, args=(end, stdin), daemon=True)
     try:
+        follow()
         if end:
             feeder.start()
         return served(child, argv[0], seconds, most, places.reader)

@@ -6,7 +6,8 @@
 //   OSTREL_FAULT_KIND   open, read, write, sync, rename, unlink, mkdir, chmod, spawn, descriptor
 //   OSTREL_FAULT_AT     which call of that kind, from 1
 //   OSTREL_FAULT_DO     an error number, "short" (half of what was asked, for read and write), "hang" (a
-//                       second, then as asked), or "kill" (the process, before the call)
+//                       second, then as asked), "kill" (the process, before the call), or "term" (asks it to
+//                       end, then as asked)
 //   OSTREL_FAULT_COUNT  how many calls in a row from that one on, 1 if it isn't told
 //   OSTREL_FAULT_BELOW  counts only calls whose path, or whose descriptor's, begins so; a pipe's is "pipe:"
 //   OSTREL_FAULT_TOLD   a file that gets a line for each call that was hit
@@ -38,7 +39,7 @@
 
 namespace {
 
-enum class Deed { error, halve, hang, kill };
+enum class Deed { error, halve, hang, kill, term };
 
 struct Plan {
     const char* kind = nullptr;
@@ -81,6 +82,8 @@ __attribute__((constructor)) void takePlan()
         plan.deed = Deed::hang;
     else if (deed && std::strcmp(deed, "kill") == 0)
         plan.deed = Deed::kill;
+    else if (deed && std::strcmp(deed, "term") == 0)
+        plan.deed = Deed::term;
     else if (deed)
         plan.error = std::atoi(deed);
     plan.kind = kind;
@@ -116,9 +119,13 @@ bool counts(const char* kind, const char* path, bool canHalve = false)
     tell(kind, path);
     if (plan.deed == Deed::kill)
         ::syscall(SYS_kill, plan.process, SIGKILL);
+    if (plan.deed == Deed::term)
+        ::syscall(SYS_kill, plan.process, SIGTERM);
     if (plan.deed == Deed::hang) {
         const timespec pause { hangSeconds, 0 };
         ::nanosleep(&pause, nullptr);
+    }
+    if (plan.deed == Deed::hang || plan.deed == Deed::term) {
         errno = before;
         return false;
     }
