@@ -34,7 +34,6 @@
 #include <unistd.h>
 
 // The declarations that fortified programs call by, and those of large files.
-// NOLINTBEGIN(bugprone-reserved-identifier)
 #define EXPORTED extern "C" __attribute__((visibility("default")))
 
 namespace {
@@ -336,4 +335,3 @@ EXPORTED pid_t vfork() noexcept { return fork(); }
     }
 SPAWNS(posix_spawn)
 SPAWNS(posix_spawnp)
-// NOLINTEND(bugprone-reserved-identifier)
