@@ -73,16 +73,17 @@ def hold_back() -> Callable[[], None]:
 
 class Outcome:
     """What a tool gave. `problem` says in words why there is no answer, `missing` that the tool isn't
-    installed. `status` is negative for a signal, and -1 without a start."""
+    installed, `started` that it ran. `status` is negative for a signal, and -1 without a start."""
 
-    __slots__ = ("status", "out", "err", "problem", "missing")
+    __slots__ = ("status", "out", "err", "problem", "missing", "started")
 
-    def __init__(self, status: int = -1, problem: str = "", missing: bool = False) -> None:
-        self.status = status
+    def __init__(self, problem: str = "", missing: bool = False, started: bool = False) -> None:
+        self.status = -1
         self.out = b""
         self.err = b""
         self.problem = problem
         self.missing = missing
+        self.started = started
 
     @property
     def failure(self) -> str:
@@ -161,7 +162,7 @@ def run(
         return served(child, argv[0], seconds, most, places.reader)
     except (OSError, RuntimeError) as problem:  # the second one where no thread can be had
         why = getattr(problem, "strerror", None) or problem
-        return Outcome(problem=f"{argv[0]} can't be listened to: {why}")
+        return Outcome(problem=f"{argv[0]} can't be listened to: {why}", started=True)
     finally:
         if child.poll() is None:
             kill_group(child)
@@ -206,7 +207,7 @@ def feed(end: int, data: bytes) -> None:
 def served(child: subprocess.Popen[bytes], name: str, seconds: float, most: int, reader: int) -> Outcome:
     """Reads both outputs until the child has ended, or until one of the limits is reached. Raises Interrupted
     when the pipe `reader` has no reader any more."""
-    outcome = Outcome()
+    outcome = Outcome(started=True)
     outputs = {child.stdout.fileno(): [], child.stderr.fileno(): []}  # type: ignore[union-attr]
     out = child.stdout.fileno()  # type: ignore[union-attr]
     sizes = dict.fromkeys(outputs, 0)

@@ -33,7 +33,6 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-// The declarations that fortified programs call by, and those of large files.
 #define EXPORTED extern "C" __attribute__((visibility("default")))
 
 namespace {

@@ -341,8 +341,34 @@ HEALTH = b'{"id": "A", "command": "health", "payload": {"sshAlias": "srv"}}\n'
 
 def lay_server(root: str) -> None:
     """What stands in for the way to a server: its words are a shell's here."""
-    put(f"{root}/bin/ssh", b'#!/bin/sh\nPATH=/usr/bin:/bin\nfor word; do :; done\nexec /bin/sh -c "$word"\n',
+    put(f"{root}/bin/ssh", b'#!/bin/sh\nPATH="$PATH:/usr/bin:/bin"\nfor word; do :; done\nexec /bin/sh -c "$word"\n',
         mode=0o700)
+
+
+TOKEN = "00000000"
+"""Where it stands in what is sent, each run has a number of its own."""
+TASK = json.dumps({"id": "A", "command": "execute", "payload": {
+    "sshAlias": "srv", "repoPath": "~/repo", "task": "go on", "kind": "codex_continuation",
+    "jobId": f"ostrel-{TOKEN}", "timeoutSeconds": 20, "profile": "eco", "apply": True}}).encode()
+
+
+def lay_agent(root: str) -> None:
+    """A server with a repository and an agent that does what it is told."""
+    lay_server(root)
+    os.makedirs(root + "/home/repo/.git")
+    put(f"{root}/bin/codex", b'#!/bin/sh\ncat >> "$HOME/done"\n', mode=0o700)
+    put(f"{root}/bin/systemctl", b"#!/bin/sh\nexit 1\n", mode=0o700)
+
+
+def task_whole(root: str, answer: dict) -> str:
+    result = answer.get("result", {})
+    if answer.get("ok") is True and result.get("exitCode") == 0 and not read(root + "/home/done"):
+        return "a task is told as done that wasn't begun"
+    return server_whole(root, answer)
+
+
+def task_settled(root: str, answer: dict) -> str:
+    return "" if answer.get("ok") is True and read(root + "/home/done") else "it isn't done"
 
 
 def server_whole(root: str, answer: dict) -> str:
@@ -436,4 +462,5 @@ def SUBJECTS(writer: str) -> dict[str, Subject]:  # noqa: N802
         "inventory": (script("automations_bridge.py", "list", "--refresh"), lay_timers, inventory_whole,
                       inventory_settled, FILES + TOOLS[:2]),
         "server": (script("ostrel_remote.py"), lay_server, server_whole, server_settled, TOOLS, HEALTH),
+        "task": (script("ostrel_remote.py"), lay_agent, task_whole, task_settled, TOOLS, TASK),
     }.items()}

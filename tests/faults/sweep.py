@@ -18,7 +18,7 @@ import sys
 import tempfile
 from typing import NamedTuple
 
-from subjects import ANYWHERE, SUBJECTS, Run, Subject
+from subjects import ANYWHERE, SUBJECTS, TOKEN, Run, Subject
 
 LONGEST = 60  # seconds
 MANY = "1000000"
@@ -60,7 +60,8 @@ def run(subject: Subject, root: str, more: dict[str, str], umask: int = 0o077) -
     """One run of a subject's command in the home below the root."""
     environment = {"HOME": root + "/home", "PATH": root + "/bin", "TZ": "UTC", "TMUX_TMPDIR": root,
                    "PYTHONDONTWRITEBYTECODE": "1", **more}
-    done = subprocess.run(subject.command, input=subject.stdin, cwd=root, env=environment,
+    data = subject.stdin.replace(TOKEN.encode(), os.urandom(4).hex().encode())
+    done = subprocess.run(subject.command, input=data, cwd=root, env=environment,
                           capture_output=True, timeout=LONGEST, check=False, umask=umask)
     return Run(done.returncode, done.stdout, done.stderr)
 

@@ -135,7 +135,8 @@ def problem_of(request: Request, outcome: Outcome, told: Told) -> str:
         repo = clean(str(request.payload.get("repoPath", "")), 200)
         return FAILURES[reason].format(alias=alias, repo=repo, rest=rest) if reason in FAILURES else ""
     said = (outcome.problem or outcome.complaint).rstrip(".")
-    if "started" in told.words or (outcome.problem and request.payload.get("apply") is True):
+    lost = outcome.problem and outcome.started and request.payload.get("apply") is True
+    if "started" in told.words or lost:
         why = said or "it was closed"
         return (f"The connection to {alias} was lost while the task ran ({why}); the task ends with it, or "
                 f"at its limit of {request.payload['timeoutSeconds']} s.")
