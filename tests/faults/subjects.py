@@ -341,8 +341,8 @@ HEALTH = b'{"id": "A", "command": "health", "payload": {"sshAlias": "srv"}}\n'
 
 def lay_server(root: str) -> None:
     """What stands in for the way to a server: its words are a shell's here."""
-    put(f"{root}/bin/ssh", b'#!/bin/sh\nPATH="$PATH:/usr/bin:/bin"\nfor word; do :; done\nexec /bin/sh -c "$word"\n',
-        mode=0o700)
+    words = b'PATH="$PATH:/usr/bin:/bin"\nfor word; do :; done\nexec /bin/sh -c "$word"\n'
+    put(f"{root}/bin/ssh", b"#!/bin/sh\n" + words, mode=0o700)
 
 
 TOKEN = "00000000"
