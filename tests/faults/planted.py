@@ -134,6 +134,15 @@ class Planted(unittest.TestCase):
             with open(root + "/outside/kept", encoding="ascii") as file:
                 self.assertEqual(file.read(), "kept")
 
+    @unittest.skipUnless(os.geteuid() == 0, "only root gives a folder away")
+    def test_a_runtime_folder_of_somebody_elses_is_neither_used_nor_cleared(self):
+        subject = SUBJECTS(WRITER)["instance"]
+        root = self.lay(subject)
+        os.chown(root + "/home/run/ostrel", 65534, 65534)
+        before = os.listdir(root + "/home/run/ostrel")
+        self.assertEqual(run(subject, root, {}).code, 0)
+        self.assertEqual(os.listdir(root + "/home/run/ostrel"), before)
+
 
 if __name__ == "__main__":
     WRITER = os.path.abspath(sys.argv.pop(1))
