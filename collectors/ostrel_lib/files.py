@@ -72,6 +72,14 @@ def read_within(descriptor: int, most: int) -> bytes | None:
     return b"".join(parts)
 
 
+def read_at(descriptor: int, size: int, place: int) -> bytes:
+    """That many bytes of an open file from a place on, fewer only where it ends. Raises OSError."""
+    data = os.pread(descriptor, size, place)
+    while len(data) < size and (part := os.pread(descriptor, size - len(data), place + len(data))):
+        data += part
+    return data
+
+
 def network(proc_root: str, name: str) -> bytes:
     """One of the kernel's lists on the network as this process sees it. The folder that /proc shows for it is
     a link to where it really is, so the list is taken from there."""

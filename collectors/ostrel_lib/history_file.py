@@ -14,8 +14,9 @@ import os
 import stat
 import time
 
-from ostrel_lib.files import LONGEST_NUMBER
+from ostrel_lib.files import LONGEST_NUMBER, read_at
 from ostrel_lib.jsontext import dump, parse
+from ostrel_lib.owned import make_folder
 
 TYPE_CHECKING = False
 if TYPE_CHECKING:
@@ -73,7 +74,7 @@ def append(home: str, sample: dict[str, object], wait: float = 0.5) -> str:
         return "not a sample"
     folder = folder_of(home)
     try:
-        os.makedirs(folder, 0o700, exist_ok=True)
+        make_folder(folder)
         lock = take_lock(folder, wait)
     except OSError as fault:
         return reason(fault)
@@ -161,7 +162,10 @@ def replace(
             raise OSError("changed by another program")
         os.rename(beside, os.path.join(folder, name))
     except OSError:
-        os.unlink(beside)
+        try:
+            os.unlink(beside)
+        except OSError:
+            pass  # the next replacement does it
         raise
     flush_folder(folder)
     return size
@@ -196,7 +200,7 @@ def latest(file: int, most: int) -> list[tuple[bytes, dict[str, object]]]:
     while left and len(found) < most:
         size = min(BLOCK, left)
         left -= size
-        lines = (os.pread(file, size, left) + rest).split(b"\n")
+        lines = (read_at(file, size, left) + rest).split(b"\n")
         # The first line goes on in the block before; one that is too long already needs no more of it.
         rest = lines.pop(0)[:LONGEST_LINE + 1] if left else b""
         for line in reversed(lines):

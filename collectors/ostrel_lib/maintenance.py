@@ -8,6 +8,7 @@ import time
 
 from ostrel_lib import history_file as history
 from ostrel_lib.history_file import reason
+from ostrel_lib.owned import make_folder
 
 TYPE_CHECKING = False
 if TYPE_CHECKING:
@@ -99,6 +100,7 @@ def history_clean(home: str, apply: bool) -> dict[str, object]:
         if not os.path.lexists(os.path.join(folder, history.NAME)):
             return answer
         if apply:
+            make_folder(folder)
             lock = history.take_lock(folder, LOCK_WAIT)
             if lock is None:
                 refusal = "unchanged, another program holds the history"

@@ -14,9 +14,10 @@ REGISTRY_NAME = "~/.config/zol-mini-apps/ostrel-automations.json"
 
 
 class Places:
-    """The folders, the search path for tools, and the clocks. Everything can be replaced by a test."""
+    """The folders, the search path for tools, and the clocks. Everything can be replaced by a test. `reader`
+    is the pipe whose reader the tools run for, -1 where they run on without one."""
 
-    __slots__ = ("home", "etc", "spool", "proc", "path", "host", "clock", "pause")
+    __slots__ = ("home", "etc", "spool", "proc", "path", "host", "clock", "pause", "reader")
 
     def __init__(
         self,
@@ -36,6 +37,7 @@ class Places:
         self.host = os.uname().nodename
         self.clock = clock
         self.pause = pause
+        self.reader = -1
 
     @property
     def settings(self) -> str:

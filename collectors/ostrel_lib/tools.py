@@ -5,12 +5,17 @@ from __future__ import annotations
 import os
 import select
 import signal
+import stat
 import subprocess
 import threading
 import time
 
 from ostrel_lib.oneline import clean
 from ostrel_lib.places import Places
+
+TYPE_CHECKING = False
+if TYPE_CHECKING:
+    from collections.abc import Callable
 
 MOST_OUTPUT = 16 << 20
 MOST_ERRORS = 64 << 10
@@ -26,7 +31,7 @@ UNWANTED = ("LANGUAGE", "COLUMNS", "LINES", "SYSTEMD_LOG_LEVEL", "SYSTEMD_LOG_TA
 
 
 class Interrupted(BaseException):
-    """The bridge was asked to end."""
+    """The bridge was asked to end, or nobody reads its answer any more."""
 
 
 def end_on_request() -> None:
@@ -35,23 +40,50 @@ def end_on_request() -> None:
     signal.signal(signal.SIGTERM, interrupt)
 
 
+def end_without_reader(places: Places) -> None:
+    """From now on no tool is waited for once nobody reads the answer any more: the program may have been
+    killed. For what changes nothing; an action that has begun is brought to its end and its receipt."""
+    try:
+        places.reader = 1 if stat.S_ISFIFO(os.fstat(1).st_mode) else -1
+    except OSError:
+        pass
+
+
 def interrupt(*_: object) -> None:
     """The handler of the signal."""
     raise Interrupted
 
 
+def hold_back() -> Callable[[], None]:
+    """Only notes a request to end from now on, and gives the way back, which follows a noted one. A tool that
+    is just being started isn't known yet, so nobody could end it."""
+    handler = signal.getsignal(signal.SIGTERM)
+    if handler is not interrupt:
+        return lambda: None
+    noted: list[int] = []
+    signal.signal(signal.SIGTERM, lambda number, _: noted.append(number))
+
+    def follow() -> None:
+        signal.signal(signal.SIGTERM, interrupt)
+        if noted:
+            raise Interrupted
+
+    return follow
+
+
 class Outcome:
     """What a tool gave. `problem` says in words why there is no answer, `missing` that the tool isn't
-    installed. `status` is negative for a signal, and -1 without a start."""
+    installed, `started` that it ran. `status` is negative for a signal, and -1 without a start."""
 
-    __slots__ = ("status", "out", "err", "problem", "missing")
+    __slots__ = ("status", "out", "err", "problem", "missing", "started")
 
-    def __init__(self, status: int = -1, problem: str = "", missing: bool = False) -> None:
-        self.status = status
+    def __init__(self, problem: str = "", missing: bool = False, started: bool = False) -> None:
+        self.status = -1
         self.out = b""
         self.err = b""
         self.problem = problem
         self.missing = missing
+        self.started = started
 
     @property
     def failure(self) -> str:
@@ -107,22 +139,30 @@ def run(
         return Outcome(problem=f"{argv[0]} wasn't asked any more, since the time was used up")
     environment = {key: value for key, value in os.environ.items() if key not in UNWANTED}
     environment.update(SPOKEN, PATH=places.path, HOME=places.home)
-    source, end = input_of(stdin, hold)
+    source = end = 0
+    follow = hold_back()
     try:
+        source, end = input_of(stdin, hold)
         child = subprocess.Popen(
             argv, executable=program, env=environment, stdin=source, stdout=subprocess.PIPE,
             stderr=subprocess.PIPE, start_new_session=True, cwd="/")
     except OSError as problem:
         if end:
             os.close(end)
+        follow()
         return Outcome(problem=f"{argv[0]} can't be started: {problem.strerror}")
     finally:
-        os.close(source)
+        if source:
+            os.close(source)
     feeder = threading.Thread(target=feed, args=(end, stdin), daemon=True)
     try:
+        follow()
         if end:
             feeder.start()
-        return served(child, argv[0], seconds, most)
+        return served(child, argv[0], seconds, most, places.reader)
+    except (OSError, RuntimeError) as problem:  # the second one where no thread can be had
+        why = getattr(problem, "strerror", None) or problem
+        return Outcome(problem=f"{argv[0]} can't be listened to: {why}", started=True)
     finally:
         if child.poll() is None:
             kill_group(child)
@@ -143,9 +183,14 @@ def input_of(stdin: bytes, hold: bool) -> tuple[int, int]:
     if not stdin:
         return os.open(os.devnull, os.O_RDONLY), 0
     source = os.memfd_create("input")
-    with open(os.dup(source), "wb") as file:
-        file.write(stdin)
-    os.lseek(source, 0, os.SEEK_SET)
+    try:
+        left = memoryview(stdin)
+        while left:
+            left = left[os.write(source, left):]
+        os.lseek(source, 0, os.SEEK_SET)
+    except OSError:
+        os.close(source)
+        raise
     return source, 0
 
 
@@ -159,9 +204,10 @@ def feed(end: int, data: bytes) -> None:
         pass
 
 
-def served(child: subprocess.Popen[bytes], name: str, seconds: float, most: int) -> Outcome:
-    """Reads both outputs until the child has ended, or until one of the limits is reached."""
-    outcome = Outcome()
+def served(child: subprocess.Popen[bytes], name: str, seconds: float, most: int, reader: int) -> Outcome:
+    """Reads both outputs until the child has ended, or until one of the limits is reached. Raises Interrupted
+    when the pipe `reader` has no reader any more."""
+    outcome = Outcome(started=True)
     outputs = {child.stdout.fileno(): [], child.stderr.fileno(): []}  # type: ignore[union-attr]
     out = child.stdout.fileno()  # type: ignore[union-attr]
     sizes = dict.fromkeys(outputs, 0)
@@ -171,12 +217,16 @@ def served(child: subprocess.Popen[bytes], name: str, seconds: float, most: int)
     poller = select.poll()
     for descriptor in (*outputs, ended):
         poller.register(descriptor, select.POLLIN)
+    if reader >= 0:
+        poller.register(reader, 0)  # which tells of errors alone
     end = time.monotonic() + seconds
     try:
         gone = False
         while not gone and not outcome.problem:
             ready = [descriptor for descriptor, _ in poller.poll(max(0.0, end - time.monotonic()) * 1000)]
             gone = ended in ready
+            if reader in ready:
+                raise Interrupted
             for descriptor in outputs if gone else ready:
                 # Once it has ended, what is in the pipes is read, and nobody is waited for.
                 while part := take(descriptor):

@@ -17,6 +17,7 @@ namespace {
 
 /// 1440 lines take under 100 kB; a file of this size isn't ours.
 constexpr std::size_t longestFile = std::size_t { 16 } * 1024 * 1024;
+constexpr int moreReadings = 2;
 
 /// A double beyond this has no fraction left, and a foreign line's 1e308 would print as 309 digits at every
 /// save.
@@ -161,7 +162,10 @@ OstrelHistory OstrelHistory::load(
     const platform::FileManager& files, const std::string& path, platform::Instant now)
 {
     OstrelHistory history;
-    const auto text = files.read(path, longestFile);
+    auto text = files.read(path, longestFile);
+    // The next minute replaces the file, so a day would be lost with one reading that failed by chance.
+    for (int more = moreReadings; !text && more > 0 && files.fileExists(path); --more)
+        text = files.read(path, longestFile);
     if (!text || !isValidUtf8(*text))
         return history;
     history.points = parse(*text);

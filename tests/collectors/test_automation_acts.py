@@ -222,9 +222,11 @@ class ActTest(unittest.TestCase):
         with open(box.root + "/state.json", "rb") as file:
             self.assertEqual(file.read(), before)
 
-    def test_a_bridge_that_is_ended_in_the_middle_leaves_no_child_and_an_action_leaves_a_receipt(self):
-        act = ("act", "--lane", "launchd", "--id", "user:a.timer", "--op", "enable", "--confirm")
-        for words in (act, ("list", "--refresh"), ("journal", "--lane", "launchd", "--id", "user:a.timer")):
+    def test_a_bridge_that_is_ended_or_not_read_leaves_no_child_and_an_action_leaves_a_receipt(self):
+        job = ("--lane", "launchd", "--id", "user:a.timer")
+        act, journal = ("act", *job, "--op", "enable", "--confirm"), ("journal", *job)
+        for words, asked in ((act, True), (journal, True), (journal, False), (("list",), True),
+                             (("list",), False)):
             box = Schedulers(self)
             box.tool("systemctl", f'cd "{box.root}"; echo $$ > new; /bin/mv new pid; exec /bin/sleep 300')
             child = subprocess.Popen(
@@ -234,7 +236,10 @@ class ActTest(unittest.TestCase):
             while not os.path.exists(box.root + "/pid"):
                 self.assertLess(time.monotonic(), limit)
                 time.sleep(0.01)
-            child.send_signal(signal.SIGTERM)
+            if asked:
+                child.send_signal(signal.SIGTERM)
+            else:
+                child.stdout.close()
             out, _ = child.communicate(timeout=60)
             with open(box.root + "/pid", encoding="ascii") as file:
                 self.assertFalse(os.path.exists(f"/proc/{int(file.read())}"), words)

@@ -368,15 +368,19 @@ class KilledRunTest(unittest.TestCase):
             self.assertEqual((receipt["removed"], receipt["freed_mb"], receipt["group"]),
                              (removed, 0.01 if there else 1.01, "agents-deep"))
 
-    def test_a_run_that_wrote_its_receipt_and_was_killed_gets_no_second_one(self):
-        home = Home(self)
-        record = progress.Progress(home.path, "agents-deep")
-        unlink, os.unlink = os.unlink, lambda *_, **__: None
-        try:
-            record.finish()
-        finally:
-            os.unlink = unlink
-        self.assertEqual([len(home.receipts) for _ in range(2)], [1, 1])
+    def test_a_run_that_wrote_its_receipt_and_was_killed_gets_a_second_one_only_if_that_is_not_whole(self):
+        for torn in (0, 1, 2, 40):
+            home = Home(self)
+            record = progress.Progress(home.path, "agents-deep")
+            unlink, os.unlink = os.unlink, lambda *_, **__: None
+            try:
+                record.finish()
+            finally:
+                os.unlink = unlink
+            folder = home.at("Library/Application Support/Ostrel/receipts")
+            day, = (name for name in os.listdir(folder) if name.endswith(".jsonl"))
+            os.truncate(f"{folder}/{day}", os.path.getsize(f"{folder}/{day}") - torn)
+            self.assertEqual([len(home.receipts) for _ in range(2)], [1, 1], torn)
 
     def test_what_is_no_record_beside_the_receipts_is_passed_over(self):
         home = Home(self)

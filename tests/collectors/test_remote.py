@@ -11,6 +11,7 @@ import unittest
 from fabricated_machine import COLLECTORS
 from loopback_server import LoopbackServer, sshd_can_run
 
+from ostrel_lib.files import read
 from ostrel_lib.places import Places
 from ostrel_lib.remote.bridge import answered
 from ostrel_lib.remote.request import RULES, taken
@@ -176,9 +177,14 @@ class RemoteTest(unittest.TestCase):
 
     def test_a_task_ends_with_the_bridge_and_with_the_connection(self):
         child = self.begin()
-        child.stdin.write(request("execute", {**TASK, "task": "stay", "timeoutSeconds": 300}))
+        child.stdin.write(request("execute", {**TASK, "task": "stay with-my-secret", "timeoutSeconds": 300,
+                                              "repoPath": "~/./././repo"}))
         child.stdin.close()
         pids = self.await_running()
+        lines = b"".join(read(f"/proc/{pid}/cmdline") for pid in os.listdir("/proc") if pid.isdecimal())
+        self.assertIn(SCRIPT.encode(), lines)
+        for secret in (b"with-my-secret", b"/./././repo", TASK["jobId"].encode()):
+            self.assertNotIn(secret, lines, "everybody can read a command line")
         child.send_signal(signal.SIGTERM)
         self.assertEqual((child.wait(60), child.stdout.read()), (1, b""))
         self.await_end(pids)

@@ -65,7 +65,7 @@ class DesktopCase(unittest.TestCase):
         os.makedirs(collectors)
         shutil.copy(os.environ["OSTREL_PROGRAM"], f"{app}/ostrel")
         os.symlink(os.path.realpath(f"{built}/share/ostrel/icons"), f"{app}/share/ostrel/icons")
-        for name in ("ostrel_lib", "ostrel.py"):
+        for name in {"ostrel_lib", "ostrel.py"} - scripts.keys():
             os.symlink(f"{SOURCE}/collectors/{name}", f"{collectors}/{name}")
         for name, text in scripts.items():
             with open(f"{collectors}/{name}", "w", encoding="utf-8") as file:

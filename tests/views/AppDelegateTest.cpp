@@ -3,9 +3,15 @@
 
 #include "support/QtEnvironment.h"
 
+#include <chrono>
+#include <condition_variable>
+#include <cstddef>
+#include <functional>
 #include <future>
+#include <mutex>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -124,6 +130,100 @@ TEST(AppDelegate, EndsWithItsTimersFirstThenTheChildrenThenTheItem)
     bench.delegate.applicationWillTerminate();
     background.join();
     EXPECT_TRUE(left);
+}
+
+/// A background with a thread for each job, in which every child hangs until it is let go.
+class HangingBackground {
+public:
+    explicit HangingBackground(AppBench& bench)
+        : bench_(bench)
+    {
+        bench_.children.whileRunning = [this] {
+            std::unique_lock lock(mutex_);
+            const std::size_t place = hanging_++;
+            changed_.notify_all();
+            changed_.wait(lock, [this, place] { return place < released_; });
+        };
+    }
+    HangingBackground(const HangingBackground&) = delete;
+    HangingBackground& operator=(const HangingBackground&) = delete;
+    ~HangingBackground()
+    {
+        // One at a time, since the fakes know one thread.
+        while (released_ < hanging_) {
+            std::unique_lock lock(mutex_);
+            const std::size_t ended = ended_;
+            ++released_;
+            changed_.notify_all();
+            changed_.wait(lock, [this, ended] { return ended_ > ended; });
+        }
+        for (std::thread& thread : threads_)
+            thread.join();
+    }
+
+    /// Starts what waits, one job after the other, each until it has ended or hangs.
+    void start()
+    {
+        while (!bench_.globalQueue.waiting.empty()) {
+            auto job = std::move(bench_.globalQueue.waiting.front().second);
+            bench_.globalQueue.waiting.pop_front();
+            threads_.emplace_back([this, job = std::move(job)]() mutable {
+                job();
+                job = nullptr;
+                const std::lock_guard lock(mutex_);
+                ++ended_;
+                changed_.notify_all();
+            });
+            std::unique_lock lock(mutex_);
+            changed_.wait(lock, [this] { return hanging_ + ended_ == threads_.size(); });
+        }
+    }
+
+    [[nodiscard]] std::size_t hanging()
+    {
+        const std::lock_guard lock(mutex_);
+        return hanging_;
+    }
+
+private:
+    AppBench& bench_;
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    std::vector<std::thread> threads_;
+    std::size_t hanging_ = 0;
+    std::size_t ended_ = 0;
+    std::size_t released_ = 0;
+};
+
+TEST(AppDelegate, ATickNeverWaitsForAScriptWhateverHangs)
+{
+    AppBench bench;
+    bench.defaults.setText("ostrel.server.alias", "srv");
+    HangingBackground background(bench);
+    bench.start();
+    for (const auto& ask : std::vector<std::function<void(AppDelegate&)>> {
+             [](AppDelegate& app) { app.automationsTab().refresh(); },
+             [](AppDelegate& app) { app.janitorTab().refreshFindings(); },
+             [](AppDelegate& app) { app.sessionPanel().refresh(); },
+             [](AppDelegate& app) { app.server().checkServer(); },
+         }) {
+        ask(bench.delegate);
+        background.start();
+    }
+    EXPECT_GE(background.hanging(), 5U) << "the snapshot, and what was asked for";
+    const int reads = bench.kernel.reads;
+    const auto period = bench.delegate.tick().nativeInterval();
+    constexpr int minutes = 30;
+    for (int minute = 0; minute < minutes; ++minute) {
+        bench.time.advance(std::chrono::minutes(1));
+        background.start();
+    }
+    EXPECT_GE(bench.kernel.reads - reads, static_cast<int>(minutes * 60 / period.count()));
+    EXPECT_EQ(bench.delegate.history().points.size(), minutes + 1U);
+    EXPECT_EQ(bench.files.contents[OstrelHistory::defaultPath("/home/someone")],
+        bench.delegate.history().serialized())
+        << "what hangs holds no other job";
+    EXPECT_LE(background.hanging(), 8U) << "one of each kind at a time";
 }
 
 } // namespace

@@ -59,6 +59,9 @@ def act(places: Places, options: dict[str, str], problem: str) -> dict[str, obje
             done = carry_out(places, options, problem)
         except Interrupted:
             pass
+        except OSError as problem:
+            words = f"this machine can't go on ({problem.strerror}); look at the job before trying again"
+            done = Done("failed", words)
         finally:
             signal.signal(signal.SIGTERM, signal.SIG_IGN)
             written = receipt.write({**subject, "result": done.result, "detail": clean(done.words),

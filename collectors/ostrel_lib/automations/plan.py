@@ -9,7 +9,7 @@ from hashlib import blake2s
 
 from ostrel_lib.automations import cache
 from ostrel_lib.automations.act import Done
-from ostrel_lib.automations.smallfile import parse_json
+from ostrel_lib.automations.smallfile import parse_json, read_file
 from ostrel_lib.oneline import clean
 from ostrel_lib.places import Places
 
@@ -44,9 +44,8 @@ def save(places: Places, lane: str, identity: str) -> Done:
     problem = cache.replace(path, text(places, row).encode("utf-8", "replace"))
     if problem:
         return Done("failed", f"the plan can't be saved: {problem}")
-    with open(path, "rb") as file:
-        if not file.read(1):
-            return Done("failed", "the plan can't be read back")
+    if not read_file(path)[0]:
+        return Done("failed", "the plan can't be read back")
     title = clean(str(row["title"]), 80)
     return Done("done", f"plan · {title} · saved in Ostrel/plans as {os.path.basename(path)}")
 

@@ -6,6 +6,7 @@ import os
 import time
 
 from ostrel_lib.jsontext import dump
+from ostrel_lib.owned import add_line, make_folder, open_lines
 from ostrel_lib.places import Places
 
 KIND = "automation"
@@ -24,23 +25,17 @@ class Receipt:
         self.problem = ""
         self.descriptor = -1
         try:
-            os.makedirs(folder, mode=0o700, exist_ok=True)
-            self.descriptor = os.open(
-                self.path,
-                os.O_RDWR | os.O_APPEND | os.O_CREAT | os.O_NOFOLLOW | os.O_NONBLOCK | os.O_CLOEXEC,
-                0o600)
+            make_folder(folder)
+            self.descriptor = open_lines(self.path)
         except OSError as problem:
             self.problem = problem.strerror or "it can't be opened"
 
     def write(self, fields: dict[str, object]) -> str:
         """Appends the line in one write. The path, or "" when it can't be written."""
         stamp = time.strftime("%Y-%m-%d %H:%M:%S", time.localtime(self.clock()))
-        line = (dump({"ts": stamp, "kind": KIND, **fields}) + "\n").encode("ascii")
         try:
-            size = os.fstat(self.descriptor).st_size
-            if size and os.pread(self.descriptor, 1, size - 1) != b"\n":
-                line = b"\n" + line  # a writer before us was cut off in the middle
-            return self.path if os.write(self.descriptor, line) == len(line) else ""
+            add_line(self.descriptor, dump({"ts": stamp, "kind": KIND, **fields}).encode("ascii"))
+            return self.path
         except OSError:
             return ""
 

@@ -99,12 +99,15 @@ def service_of(cgroup: bytes) -> bytes:
 
 
 def own_line(proc_root: str) -> set[int]:
-    """This process and all that it runs below: the panel, and what the panel was started by."""
+    """This process and all that it runs below: the panel, and what the panel was started by, up to the first
+    one or one that this user isn't shown. Empty when one of them can't be read."""
     pid = number(own_pid(proc_root).encode("ascii", "replace"))
     line: set[int] = set()
     while pid > 0 and pid not in line:
         line.add(pid)
         _, fields = after_name(read(f"{proc_root}/{pid}/stat", 4096))
+        if len(fields) < 2 and os.path.lexists(f"{proc_root}/{pid}"):
+            return set()
         pid = number(fields[1]) if len(fields) > 1 else 0
     return line
 
@@ -118,6 +121,8 @@ def refusal(person: Person, ours: set[int], own_service: bytes, rows: list[str])
         return "a kernel thread"
     if person.uids != [user] * 4:
         return "belongs to another user" if person.uids else "its user can't be told"
+    if not ours:
+        return "what this program runs below can't be told"
     if person.pid in ours:
         return "this program runs in it or below it"
     if len(person.cmdline) > LONGEST_COMMAND:

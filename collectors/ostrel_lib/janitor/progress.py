@@ -3,7 +3,8 @@
 killed still gets its receipt.
 
 The run holds a lock on its file, which ends with the process. A later call that finds a file without a lock
-makes the receipt. Before the first entry is tried the file has a line with the group; for each entry then a
+makes the receipt. A run that ended without being able to write its receipt has its outcome in the name of
+its file. Before the first entry is tried the file has a line with the group; for each entry then a
 line that says which is tried next, with the disk space it has, and a line with the outcome: "+" and the bytes
 freed, or "-". The outcome is written together with the next attempt, so a killed run leaves at most one
 attempt open; the disk tells how that ended.
@@ -71,11 +72,18 @@ class Progress:
 
     def finish(self) -> None:
         """Turns the record into a receipt. Raises OSError when that can't be written; the next call of the
-        script then makes it."""
-        self._write()
-        give_receipt(self._folder, self._name, self.group, self.removed, self.freed, cut_short=False)
-        os.close(self._file)
-        os.close(self._folder)
+        script then makes it, and learns the outcome from the record's name if that still can be changed: a
+        name takes no room on a disk that stays full."""
+        try:
+            self._write()
+            give_receipt(self._folder, self._name, self.group, self.removed, self.freed, cut_short=False)
+        except OSError:
+            counted = f"{run_of(self._name)}.{self.group}.{self.removed}.{self.freed}{ENDING}"
+            os.rename(self._name, counted, src_dir_fd=self._folder, dst_dir_fd=self._folder)
+            raise
+        finally:
+            os.close(self._file)
+            os.close(self._folder)
 
     def _write(self) -> None:
         """A full disk is no reason to stop what makes room on it: what can't be written yet is kept."""
@@ -87,6 +95,11 @@ class Progress:
                 raise
 
 
+def run_of(name: str) -> str:
+    """The name of the run that a record is of."""
+    return name.partition(".")[0]
+
+
 def ascii_line(text: str) -> bytes:
     """A text as one line of ASCII."""
     return quoted(text).encode("ascii") + b"\n"
@@ -94,8 +107,8 @@ def ascii_line(text: str) -> bytes:
 
 def give_receipt(folder: int, name: str, group: str, removed: int, freed: int, cut_short: bool) -> None:
     """Appends the receipt of a run and removes its record. Raises OSError."""
-    run = name[:-len(ENDING)]
-    receipt = {"kind": "clean", "group": group, "removed": removed, "freed_mb": mib(freed), "run": run}
+    receipt: dict[str, object] = {
+        "kind": "clean", "group": group, "removed": removed, "freed_mb": mib(freed), "run": run_of(name)}
     if cut_short:
         receipt["cut_short"] = True
     receipts.append(folder, receipt)
@@ -133,15 +146,20 @@ def settle(home: str, folder: int, name: str) -> None:
         fcntl.flock(file, fcntl.LOCK_EX | fcntl.LOCK_NB)
         if os.stat(name, dir_fd=folder, follow_symlinks=False).st_ino != status.st_ino:
             return
-        group, removed, freed = outcome(file, home)
+        counted = name[:-len(ENDING)].split(".")
+        ended = len(counted) == 4
+        if ended:
+            group, removed, freed = counted[1], int(counted[2]), int(counted[3])
+        else:
+            group, removed, freed = outcome(file, home)
         if group is None:
             old = time.time() - status.st_mtime > BEGINNING_SECONDS
             if old and status.st_size <= BEGINNING_BYTES:
                 os.unlink(name, dir_fd=folder)
-        elif has_receipt(folder, name[:-len(ENDING)]):
+        elif has_receipt(folder, run_of(name)):
             os.unlink(name, dir_fd=folder)
         else:
-            give_receipt(folder, name, group, removed, freed, cut_short=True)
+            give_receipt(folder, name, group, removed, freed, cut_short=not ended)
     except (BlockingIOError, FileNotFoundError, ValueError):
         return  # another call's, or no record of ours
     finally:
@@ -196,7 +214,8 @@ def is_there(path: str, device: int, inode: int) -> bool:
 
 
 def has_receipt(folder: int, run: str) -> bool:
-    """Whether a run that was killed at its very end had written its receipt."""
+    """Whether a run that was killed at its very end had written its receipt. A line that a full disk cut
+    short is none."""
     mark = ('"run": "' + run + '"').encode("ascii", "replace")
-    return any(mark in line for name in receipts.day_files(folder)[:3]
+    return any(mark in line and receipts.parse(line) is not None for name in receipts.day_files(folder)[:3]
                for line in receipts.last_lines(folder, name))

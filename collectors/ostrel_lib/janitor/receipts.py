@@ -6,7 +6,9 @@ import os
 import stat
 import time
 
+from ostrel_lib.files import read_at
 from ostrel_lib.jsontext import dump
+from ostrel_lib.owned import add_line, make_folder, open_lines
 
 FOLDER = "Library/Application Support/Ostrel/receipts"
 RECORD_ENDING = ".progress"
@@ -22,7 +24,7 @@ def open_folder(home: str, make: bool) -> int | None:
     """The open folder of the receipts; None when it isn't there and isn't to be made. Raises OSError."""
     path = home + "/" + FOLDER
     if make:
-        os.makedirs(path, mode=0o700, exist_ok=True)
+        make_folder(path)
     try:
         return os.open(path, os.O_RDONLY | os.O_DIRECTORY | os.O_CLOEXEC)
     except FileNotFoundError:
@@ -38,20 +40,12 @@ def has_records(home: str) -> bool:
 
 
 def append(folder: int, receipt: dict[str, object]) -> None:
-    """Adds one receipt, its time set here, to today's file. One write at the end of the file, so that writers
-    at the same time lose nothing; a line that a writer couldn't finish doesn't take this one with it. A line
-    of another writer that is half there at this moment looks the same, so there can be empty lines. Raises
-    OSError."""
+    """Adds one receipt, its time set here, to today's file. Raises OSError."""
     now = time.localtime()
-    line = dump({"ts": time.strftime("%Y-%m-%d %H:%M:%S", now), **receipt}) + "\n"
-    flags = os.O_RDWR | os.O_APPEND | os.O_CREAT | os.O_NOFOLLOW | os.O_CLOEXEC
-    file = os.open(time.strftime("%Y-%m-%d.jsonl", now), flags, 0o600, dir_fd=folder)
+    line = dump({"ts": time.strftime("%Y-%m-%d %H:%M:%S", now), **receipt})
+    file = open_lines(time.strftime("%Y-%m-%d.jsonl", now), folder)
     try:
-        size = os.fstat(file).st_size
-        whole = size == 0 or os.pread(file, 1, size - 1) == b"\n"
-        left = (line if whole else "\n" + line).encode("ascii")
-        while left:
-            left = left[os.write(file, left):]
+        add_line(file, line.encode("ascii"))
     finally:
         os.close(file)
 
@@ -102,7 +96,7 @@ def last_lines(folder: int, name: str) -> list[bytes]:
         if not stat.S_ISREG(status.st_mode):
             return []
         start = max(0, status.st_size - MOST_BYTES)
-        lines = os.pread(file, MOST_BYTES, start).split(b"\n")
+        lines = read_at(file, MOST_BYTES, start).split(b"\n")
     except OSError:
         return []
     finally:

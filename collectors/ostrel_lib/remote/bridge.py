@@ -13,7 +13,7 @@ from ostrel_lib.remote.caps import MANNERS, effective, words
 from ostrel_lib.remote.program import COMMAND, conversation
 from ostrel_lib.remote.request import MOST_BYTES, Request, taken
 from ostrel_lib.ssh import SSH
-from ostrel_lib.tools import Interrupted, Outcome, end_on_request, run
+from ostrel_lib.tools import Interrupted, Outcome, end_on_request, end_without_reader, run
 
 QUICK = 16.0
 """Seconds for what starts nothing; the reader waits for 18."""
@@ -62,12 +62,14 @@ def answered(data: bytes | None, places: Places) -> dict[str, object]:
 def carried_out(places: Places, request: Request) -> tuple[dict[str, object], str]:
     """The result, and in a sentence why there is none."""
     payload = request.payload
+    start = payload.get("apply") is True and request.command == "execute"
+    if not start:
+        end_without_reader(places)
     if request.command == "health":
         told = asked(places, request, QUICK, "health")
         return (health(told), "") if not told.problem else ({}, told.problem)
     seconds = int(str(payload["timeoutSeconds"]))
     profile = str(payload["profile"])
-    start = payload["apply"] is True
     told = asked(
         places, request, seconds + GRACE if start else QUICK, "start" if start else "preview",
         str(payload["repoPath"]), str(payload["jobId"]), str(seconds), *words(profile, seconds),
@@ -133,7 +135,8 @@ def problem_of(request: Request, outcome: Outcome, told: Told) -> str:
         repo = clean(str(request.payload.get("repoPath", "")), 200)
         return FAILURES[reason].format(alias=alias, repo=repo, rest=rest) if reason in FAILURES else ""
     said = (outcome.problem or outcome.complaint).rstrip(".")
-    if "started" in told.words or (outcome.problem and request.payload.get("apply") is True):
+    lost = outcome.problem and outcome.started and request.payload.get("apply") is True
+    if "started" in told.words or lost:
         why = said or "it was closed"
         return (f"The connection to {alias} was lost while the task ran ({why}); the task ends with it, or "
                 f"at its limit of {request.payload['timeoutSeconds']} s.")

@@ -178,7 +178,12 @@ bool LinuxFileManager::createDirectories(const std::string& path)
             break;
     }
     struct stat folder { };
-    return ::stat(path.c_str(), &folder) == 0 && S_ISDIR(folder.st_mode);
+    if (::stat(path.c_str(), &folder) != 0 || !S_ISDIR(folder.st_mode))
+        return false;
+    constexpr mode_t othersWrite = S_IWGRP | S_IWOTH;
+    if ((folder.st_mode & othersWrite) != 0 && folder.st_uid == ::geteuid())
+        ::chmod(path.c_str(), folder.st_mode & ~othersWrite & ALLPERMS);
+    return true;
 }
 
 bool LinuxFileManager::replace(const std::string& path, std::string_view contents)

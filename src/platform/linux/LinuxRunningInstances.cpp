@@ -25,6 +25,7 @@ constexpr int startField = 22; ///< of /proc/{pid}/stat
 /// A number of 64 bits and a line break fit.
 constexpr std::size_t longestText = 24;
 constexpr mode_t othersMode = 077;
+constexpr std::string_view unfinishedEnd = ".new";
 
 /// The whole text as a number above zero, written as this program writes it.
 template <typename Number>
@@ -63,7 +64,7 @@ std::optional<std::uint64_t> recordedStart(const UniqueFd& folder, const char* n
 bool record(const UniqueFd& folder, const std::string& name, std::uint64_t start)
 {
     const std::string text = std::to_string(start) + "\n";
-    const std::string unfinished = name + ".new";
+    const std::string unfinished = name + std::string(unfinishedEnd);
     ::unlinkat(folder.get(), unfinished.c_str(), 0);
     const UniqueFd file(::openat(
         folder.get(), unfinished.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
@@ -128,11 +129,17 @@ std::vector<RunningInstance> LinuxRunningInstances::others()
         folder ? ::fdopendir(::fcntl(folder.get(), F_DUPFD_CLOEXEC, 0)) : nullptr, &::closedir);
     std::vector<RunningInstance> found;
     while (const dirent* entry = entries ? ::readdir(entries.get()) : nullptr) {
-        const auto pid = wholeNumber<int>(entry->d_name);
+        std::string_view name = entry->d_name;
+        const bool unfinished = name.ends_with(unfinishedEnd);
+        if (unfinished)
+            name.remove_suffix(unfinishedEnd.size());
+        const auto pid = wholeNumber<int>(name);
         if (!pid || *pid == ::getpid())
             continue;
         const auto start = startOf(*pid);
-        const auto recorded = recordedStart(folder, entry->d_name);
+        if (unfinished && start)
+            continue; // it may be about to be renamed
+        const auto recorded = unfinished ? std::nullopt : recordedStart(folder, entry->d_name);
         if (start && recorded == start)
             found.push_back({ .pid = *pid, .launch = start });
         else

@@ -50,7 +50,7 @@ FileStamp stampOf(const std::string& path)
 class FileLock {
 public:
     explicit FileLock(const std::string& path)
-        : file_(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600))
+        : file_(::open(path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, 0600))
     {
         for (int step = 0; file_ && step < lockSteps; ++step) {
             if (::flock(file_.get(), LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK)

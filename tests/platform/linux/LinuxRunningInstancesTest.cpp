@@ -81,6 +81,8 @@ TEST(LinuxRunningInstances, NothingInTheFolderDeceivesOrHoldsIt)
     home.write("run/0" + living, start + "\n");
     home.write("run/-1", start + "\n");
     home.write("run/name", start + "\n");
+    home.write("run/2147483644.new", start);
+    home.write("run/" + living + ".new", start);
     home.write("run/1", std::string(std::size_t { 1 } << 20, '1'));
     fs::create_directory(folder + "3");
     ASSERT_EQ(::mkfifo((folder + "2147483646").c_str(), 0600), 0);
@@ -88,6 +90,8 @@ TEST(LinuxRunningInstances, NothingInTheFolderDeceivesOrHoldsIt)
     EXPECT_TRUE(own.others().empty());
     EXPECT_FALSE(fs::exists(folder + living)) << "another process had that id";
     EXPECT_FALSE(fs::exists(folder + "2147483646"));
+    EXPECT_FALSE(fs::exists(folder + "2147483644.new")) << "a start that was killed";
+    EXPECT_TRUE(fs::exists(folder + living + ".new")) << "it may be about to get its name";
     EXPECT_TRUE(fs::exists(folder + std::to_string(me.pid)));
 }
 
