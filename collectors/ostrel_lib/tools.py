@@ -35,6 +35,16 @@ def end_on_request() -> None:
     signal.signal(signal.SIGTERM, interrupt)
 
 
+READERS: list[int] = []
+"""The descriptors whose readers are waited for; none for a bridge that is to finish what it does."""
+
+
+def end_unread() -> None:
+    """From now on a tool is ended, and `Interrupted` raised, once nobody can read the answer any more: for a
+    command that only reads, so that it doesn't outlive whoever asked."""
+    READERS[:] = [1]
+
+
 def interrupt(*_: object) -> None:
     """The handler of the signal."""
     raise Interrupted
@@ -171,11 +181,15 @@ def served(child: subprocess.Popen[bytes], name: str, seconds: float, most: int)
     poller = select.poll()
     for descriptor in (*outputs, ended):
         poller.register(descriptor, select.POLLIN)
+    for descriptor in READERS:
+        poller.register(descriptor, 0)  # tells of its end alone
     end = time.monotonic() + seconds
     try:
         gone = False
         while not gone and not outcome.problem:
             ready = [descriptor for descriptor, _ in poller.poll(max(0.0, end - time.monotonic()) * 1000)]
+            if not set(READERS).isdisjoint(ready):
+                raise Interrupted
             gone = ended in ready
             for descriptor in outputs if gone else ready:
                 # Once it has ended, what is in the pipes is read, and nobody is waited for.

@@ -31,9 +31,10 @@ def print_inventory(places: Places, refresh: bool) -> int:
     text: bytes | memoryview = b"" if refresh else cache.load(places.cache, places.clock())
     if not text:
         from ostrel_lib.automations.inventory import collect
-        from ostrel_lib.tools import Interrupted, end_on_request
+        from ostrel_lib.tools import Interrupted, end_on_request, end_unread
 
         end_on_request()
+        end_unread()
         try:
             text = collect(places, REFRESH if refresh else QUICK)
         except Interrupted:
@@ -45,7 +46,7 @@ def print_inventory(places: Places, refresh: bool) -> int:
 
 def print_answer(command: str, words: list[str], places: Places) -> int:
     """Prints what `journal` or `act` has to tell."""
-    from ostrel_lib.tools import Interrupted, end_on_request
+    from ostrel_lib.tools import Interrupted, end_on_request, end_unread
     from ostrel_lib.jsontext import dump
 
     end_on_request()
@@ -57,6 +58,7 @@ def print_answer(command: str, words: list[str], places: Places) -> int:
     else:
         from ostrel_lib.automations.journal import journal
 
+        end_unread()
         try:
             answer = {"error": problem, "journal": []} if problem else journal(places, options)
         except Interrupted:

@@ -13,7 +13,7 @@ from ostrel_lib.remote.caps import MANNERS, effective, words
 from ostrel_lib.remote.program import COMMAND, conversation
 from ostrel_lib.remote.request import MOST_BYTES, Request, taken
 from ostrel_lib.ssh import SSH
-from ostrel_lib.tools import Interrupted, Outcome, end_on_request, run
+from ostrel_lib.tools import Interrupted, Outcome, end_on_request, end_unread, run
 
 QUICK = 16.0
 """Seconds for what starts nothing; the reader waits for 18."""
@@ -63,11 +63,14 @@ def carried_out(places: Places, request: Request) -> tuple[dict[str, object], st
     """The result, and in a sentence why there is none."""
     payload = request.payload
     if request.command == "health":
+        end_unread()
         told = asked(places, request, QUICK, "health")
         return (health(told), "") if not told.problem else ({}, told.problem)
     seconds = int(str(payload["timeoutSeconds"]))
     profile = str(payload["profile"])
     start = payload["apply"] is True
+    if not start:
+        end_unread()
     told = asked(
         places, request, seconds + GRACE if start else QUICK, "start" if start else "preview",
         str(payload["repoPath"]), str(payload["jobId"]), str(seconds), *words(profile, seconds),
