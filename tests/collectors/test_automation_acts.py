@@ -237,7 +237,7 @@ class ActTest(unittest.TestCase):
         with open(box.root + "/pid", encoding="ascii") as file:
             return child, int(file.read())
 
-    def test_a_bridge_that_is_ended_or_unread_leaves_no_child_and_an_action_goes_on_and_leaves_a_receipt(self):
+    def test_a_bridge_that_is_ended_or_unread_leaves_no_child_but_an_unread_action_goes_on(self):
         act, tool = self.begun("act", "--lane", "launchd", "--id", "user:a.timer", "--op", "enable",
                                "--confirm")
         unread, tool_of_unread = self.begun("act", "--lane", "launchd", "--id", "user:b.timer", "--op",
