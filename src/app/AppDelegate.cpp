@@ -24,6 +24,9 @@ namespace {
 /// At quit, how long the collector's children get to end: asking, then killing, takes half a second.
 constexpr platform::Seconds quitPatience { 0.8 };
 
+/// Of a tooltip's text, in points.
+constexpr double tipSize = 11;
+
 /// When to look for an elder instance again.
 constexpr platform::Seconds secondLook { 1.2 };
 
@@ -139,10 +142,6 @@ AppDelegate::AppDelegate(const PlatformServices& services)
     analyst_.connect(frame_);
     janitor_.connect(frame_);
     workloads_.connect(frame_);
-    janitor_.setOnOpenTab([this](std::string_view target) {
-        if (const auto mode = findingTarget(target))
-            frame_.switchMode(*mode);
-    });
     automations_.connect(frame_);
     terminals_.connect(frame_);
     liveSessions_.connect(frame_);
@@ -169,6 +168,10 @@ AppDelegate::~AppDelegate() = default;
 
 bool AppDelegate::applicationDidFinishLaunching(const LaunchWish& wish)
 {
+    janitor_.setOnOpenTab([this](std::string_view target) {
+        if (const auto mode = findingTarget(target))
+            frame_.switchMode(*mode);
+    });
     if (leavesToElder(wish))
         return false;
     // Of two that were started in one moment, neither may have seen the other yet.
@@ -177,6 +180,7 @@ bool AppDelegate::applicationDidFinishLaunching(const LaunchWish& wish)
             services_.quit();
     }));
     theme_.loadTheme();
+    (void)OstrelStyle::mono(tipSize); // registers the faces, also for tooltips, before anything is drawn
     ZOLHintCard::font = OstrelStyle::mono;
     ZOLAppShellStyle::font = OstrelStyle::mono;
     settings_.loadSettings(tick_);
@@ -212,9 +216,11 @@ void AppDelegate::loadHistory()
 bool AppDelegate::leavesToElder(const LaunchWish& wish)
 {
     const auto line = enforceSingleInstance(services_.instances, services_.urlEvents, wish);
-    if (line)
-        say(stdout, *line);
-    return line.has_value();
+    if (!line)
+        return false;
+    services_.instances.withdraw();
+    say(stdout, *line);
+    return true;
 }
 
 void AppDelegate::listenToRoutes()
@@ -230,7 +236,21 @@ void AppDelegate::applicationWillTerminate()
     tick_.stopNativeTimer();
     snapshots_.invalidateTimer();
     collector_->cancelAll();
+    // A launch from here on needn't give way to this process.
+    services_.instances.withdraw();
+    testbedObservation_.reset();
+    services_.urlEvents.stop();
+    hotkeys_.stop();
+    hints_.dismissCompanion();
+    panel_.takeDown();
     barItem_.removeStatusItem();
+    collector_->awaitIdle(quitPatience);
+}
+
+void AppDelegate::processWillExit()
+{
+    collector_->cancelAll();
+    services_.instances.withdraw();
     collector_->awaitIdle(quitPatience);
 }
 

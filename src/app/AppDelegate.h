@@ -54,8 +54,14 @@ public:
     /// panel. False when an elder instance runs: it has been told, nothing was started, and this process is
     /// to exit with 0.
     [[nodiscard]] bool applicationDidFinishLaunching(const LaunchWish& wish);
-    /// The end: no further tick or fetch, and the collector's children are asked to end.
+    /// The end: no further tick or fetch, the collector's children are asked to end, and all that the desktop
+    /// had of this process goes. Children of other runners go on: what a user has confirmed isn't cut short,
+    /// and a script that only reads ends by itself once nobody reads its answer. Waits for the collector's
+    /// children, less than a second.
     void applicationWillTerminate();
+    /// What can still be done when the toolkit ends the process by itself, since its display has gone. It is
+    /// called on the way out, and touches no view and no bus. Nothing behind `applicationWillTerminate`.
+    void processWillExit();
 
     /// The processor sampler that all of the process shares.
     [[nodiscard]] CPUSampler& cpuSampler() { return cpuSampler_; }

@@ -12,6 +12,7 @@
 #include <clocale>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 
 #include <QApplication>
 #include <QByteArray>
@@ -21,6 +22,8 @@
 namespace ostrel {
 
 namespace {
+
+AppDelegate* running = nullptr; ///< while its loop turns
 
 void choosePlatform()
 {
@@ -66,13 +69,20 @@ int runApplication(
     std::signal(SIGCHLD, SIG_DFL);
     // Before the toolkit starts its threads: a signal goes to any thread that doesn't keep it back.
     platform::QtTerminationSignals::keepBack();
+    // The toolkit ends the process by itself when its display goes.
+    std::atexit([] {
+        if (running)
+            running->processWillExit();
+    });
     choosePlatform();
     const Toolkit toolkit(argc, argv);
     const platform::QtTerminationSignals signals([] { QApplication::quit(); });
     platform.mainQueue().attach();
     int code = 0;
     if (delegate.applicationDidFinishLaunching(wish)) {
+        running = &delegate;
         code = QApplication::exec();
+        running = nullptr;
         delegate.applicationWillTerminate();
         // No loop turns any more that would drop what was put off.
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);

@@ -239,7 +239,7 @@ bool SelfTest::combination(const State& state, OstrelMode mode)
             frameText(scroll->geometry()), frameText(scroll->widget()->geometry())));
     tellAbout("combination", window_);
     const bool decorated = first<VoxelView>(*scroll->widget()) || first<ZOLAppMarkView>(*scroll->widget());
-    if (!frameHolds(mode) || !marksHold() || !choicesHold()
+    if (!frameHolds(mode) || !marksHold() || !choicesHold() || !edgesHold()
         || !check(mode != OstrelMode::overview || !live || !decorated,
             "compact dashboard contains no decorative hero")
         || !check(scroll->height() >= lowestBody, "body height: below 320"))
@@ -250,11 +250,13 @@ bool SelfTest::combination(const State& state, OstrelMode mode)
     const QPixmap picture = window_.grab();
     if (live && !savePicture(window_, title))
         return false;
+    if (!check(!picture.isNull(), "rendering: nothing was drawn")
+        || !check(!window_.isVisible(), "hidden window: it is on screen")
+        || !check(!owner_.app.panel().built(), "hidden window: a popover was made")
+        || !check(!owner_.app.barItem().exists(), "hidden window: a status item was made"))
+        return false;
     ++count_;
-    return check(!picture.isNull(), "rendering: nothing was drawn")
-        && check(!window_.isVisible(), "hidden window: it is on screen")
-        && check(!owner_.app.panel().built(), "hidden window: a popover was made")
-        && check(!owner_.app.barItem().exists(), "hidden window: a status item was made");
+    return true;
 }
 
 bool SelfTest::frameHolds(OstrelMode mode)
@@ -266,7 +268,6 @@ bool SelfTest::frameHolds(OstrelMode mode)
     if (!check(header && strip && footer, "frame: a part is missing"))
         return false;
     const auto* character = header->findChild<QWidget*>("header-character");
-    const bool pinned = owner_.app.settings().pinned;
     const std::vector<std::string> trailing { "settings", "pin-panel", "close-panel" };
     return check(window_.size() == QSize(panelWidth, panelHeight), "window size")
         && check(header->settingsButton()->isActive() == (mode == OstrelMode::settings), "settings button")
@@ -277,9 +278,17 @@ bool SelfTest::frameHolds(OstrelMode mode)
         && check(character && character->window() == &window_
                 && character->height() == static_cast<int>(ZOLAppMarkView::headerSize),
             "header character")
-        && check(header->markView() == nullptr, "flat mark")
-        && check(footer->escLabel()->objectName() == "hint-esc" && footer->escLabel()->text() == "esc close",
-            "footer")
+        && check(header->markView() == nullptr, "flat mark");
+}
+
+bool SelfTest::edgesHold()
+{
+    const auto* footer = first<ZOLFooterLine>(window_);
+    const auto* header = first<ZOLAppHeader>(window_);
+    const auto* strip = first<ZOLTabStrip>(window_);
+    const bool pinned = owner_.app.settings().pinned;
+    return check(footer->escLabel()->objectName() == "hint-esc" && footer->escLabel()->text() == "esc close",
+               "footer")
         && check(
             header->pinButton()->accessibleName() == utf16(ZOLPinPolicy::accessibilityDescription(pinned)),
             "pin label")

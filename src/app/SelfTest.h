@@ -52,6 +52,8 @@ private:
     [[nodiscard]] bool frameHolds(OstrelMode mode);
     [[nodiscard]] bool marksHold();
     [[nodiscard]] bool choicesHold();
+    /// Footer, pin and the keys of the tabs.
+    [[nodiscard]] bool edgesHold();
     [[nodiscard]] bool hintCard();
     [[nodiscard]] bool hotkeyRules();
     [[nodiscard]] bool hotkeyRecorder();
@@ -68,7 +70,8 @@ private:
     void hold(QWidget* content);
     void layOut();
     void tellAbout(std::string_view step, QWidget& subject);
-    void press(std::uint32_t keyCode, std::uint64_t modifiers, const std::string& characters);
+    /// A key goes to the recorder, which has to take it; the tab is then drawn anew.
+    [[nodiscard]] bool press(std::uint32_t keyCode, std::uint64_t modifiers, const std::string& characters);
     /// The button's caption, or the label's text, of the first view of that name; empty without one.
     [[nodiscard]] std::string caption(std::string_view identifier) const;
     [[nodiscard]] std::string words(std::string_view identifier) const;
@@ -81,7 +84,6 @@ private:
     std::optional<OstrelData> snapshot_;
     std::string hintCardSize_;
     int count_ = 0;
-    bool captured_ = true; ///< each press so far was taken by the recorder
     std::string failure_;
 };
 

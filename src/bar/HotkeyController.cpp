@@ -61,6 +61,12 @@ void HotkeyController::applyHotkey()
     owner_.settings.writeHotkey();
 }
 
+void HotkeyController::stop()
+{
+    disarmHotkeyRecorder();
+    monitor_.unregister();
+}
+
 bool HotkeyController::registerHotkey(const OstrelHotkey& hotkey)
 {
     toldLater_ = false;

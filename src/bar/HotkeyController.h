@@ -43,6 +43,8 @@ public:
     void start();
     /// Registers the stored combination, or else the shipped one.
     void applyHotkey();
+    /// Gives the combination back to the desktop, and hears no key any more. Stores nothing.
+    void stop();
 
     /// The press on the field: begins to record, or gives up.
     void recordHotkey();

@@ -58,6 +58,8 @@ public:
     void showCompanion(bool preview);
     /// Ends a hint with a receipt of that state; a sample without one. Nothing without a card.
     void finishHint(std::string_view state);
+    /// Takes a card off the screen without a receipt.
+    void dismissCompanion();
 
     /// The panel is about to come on screen. `opening` unless it is there already.
     void panelWillShow(bool opening);
@@ -77,7 +79,6 @@ public:
     [[nodiscard]] bool hintIsPreview() const { return hintIsPreview_; }
 
 private:
-    void dismissCompanion();
     void saveHintPolicy();
     void scheduleHintFlashes(int level);
     void cardDismissed(std::string_view reason);

@@ -210,6 +210,12 @@ void PanelController::setPinned(bool pinned)
         surface_->setPinned(pinned);
 }
 
+void PanelController::takeDown()
+{
+    surface_.reset();
+    popover_.reset();
+}
+
 void PanelController::rebuildContent()
 {
     if (!popover_)

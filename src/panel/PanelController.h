@@ -71,6 +71,8 @@ public:
     [[nodiscard]] bool built() const { return popover_ != nullptr; }
     /// Keeps the content in somebody else's popover from its next rebuilding on, or in none.
     void keepIn(std::unique_ptr<platform::Popover> popover) { popover_ = std::move(popover); }
+    /// Drops the popover with all that is in it. No reason is kept: nobody closed the panel.
+    void takeDown();
 
     /// The surface's reason for one of the texts that `close` is given.
     [[nodiscard]] static ZOLSurface::CloseReason closeReason(std::string_view text);

@@ -24,6 +24,9 @@ public:
     [[nodiscard]] virtual RunningInstance current() = 0;
     /// The living ones but this, in the order of their process ids.
     [[nodiscard]] virtual std::vector<RunningInstance> others() = 0;
+    /// Takes this process off what the others see, until `current` is called again: it is about to end, and a
+    /// new one needn't give way to it.
+    virtual void withdraw() = 0;
 };
 
 } // namespace platform

@@ -222,34 +222,47 @@ class ActTest(unittest.TestCase):
         with open(box.root + "/state.json", "rb") as file:
             self.assertEqual(file.read(), before)
 
-    def test_a_bridge_that_is_ended_or_not_read_leaves_no_child_and_an_action_leaves_a_receipt(self):
-        job = ("--lane", "launchd", "--id", "user:a.timer")
-        act, journal = ("act", *job, "--op", "enable", "--confirm"), ("journal", *job)
-        for words, asked in ((act, True), (journal, True), (journal, False), (("list",), True),
-                             (("list",), False)):
-            box = Schedulers(self)
-            box.tool("systemctl", f'cd "{box.root}"; echo $$ > new; /bin/mv new pid; exec /bin/sleep 300')
-            child = subprocess.Popen(
-                ["/usr/bin/python3", "-B", SCRIPT, *words], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
-                env={"HOME": box.home, "PATH": box.root + "/bin"})
-            limit = time.monotonic() + 60
-            while not os.path.exists(box.root + "/pid"):
-                self.assertLess(time.monotonic(), limit)
-                time.sleep(0.01)
-            if asked:
-                child.send_signal(signal.SIGTERM)
-            else:
-                child.stdout.close()
-            out, _ = child.communicate(timeout=60)
-            with open(box.root + "/pid", encoding="ascii") as file:
-                self.assertFalse(os.path.exists(f"/proc/{int(file.read())}"), words)
-            if words is act:
-                answer = json.loads(out)
-                self.assertIn("ended in the middle", answer["error"])
-                with open(answer["receipt"], encoding="ascii") as file:
-                    self.assertEqual(json.loads(file.read())["result"], "interrupted")
-            else:
-                self.assertEqual((out, child.returncode), (b"", 1), words)
+    def begun(self, *words):
+        """A bridge whose first tool hangs, once that runs, and the tool's number."""
+        box = Schedulers(self)
+        box.tool("systemctl", f'cd "{box.root}"; echo $$ > new; /bin/mv new pid; exec /bin/sleep 300')
+        child = subprocess.Popen(
+            ["/usr/bin/python3", "-B", SCRIPT, *words], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+            env={"HOME": box.home, "PATH": box.root + "/bin"})
+        self.addCleanup(child.stdout.close)
+        limit = time.monotonic() + 60
+        while not os.path.exists(box.root + "/pid"):
+            self.assertLess(time.monotonic(), limit)
+            time.sleep(0.01)
+        with open(box.root + "/pid", encoding="ascii") as file:
+            return child, int(file.read())
+
+    def test_a_bridge_that_is_ended_or_unread_leaves_no_child_but_an_unread_action_goes_on(self):
+        act, tool = self.begun("act", "--lane", "launchd", "--id", "user:a.timer", "--op", "enable",
+                               "--confirm")
+        unread, tool_of_unread = self.begun("act", "--lane", "launchd", "--id", "user:b.timer", "--op",
+                                            "enable", "--confirm")
+        unread.stdout.close()
+        for words in (("list", "--refresh"), ("journal", "--lane", "launchd", "--id", "user:a.timer")):
+            for asked in (True, False):
+                child, its_tool = self.begun(*words)
+                if asked:
+                    child.send_signal(signal.SIGTERM)
+                    self.assertEqual(child.stdout.read(), b"")
+                else:
+                    child.stdout.close()
+                self.assertEqual(child.wait(60), 1, words)
+                self.assertFalse(os.path.exists(f"/proc/{its_tool}"), words)
+        for child, its_tool in ((unread, tool_of_unread), (act, tool)):
+            self.assertIsNone(child.poll())
+            child.send_signal(signal.SIGTERM)
+            out = b"" if child is unread else child.stdout.read()
+            child.wait(60)
+            self.assertFalse(os.path.exists(f"/proc/{its_tool}"))
+        answer = json.loads(out or b"{}")
+        self.assertIn("ended in the middle", answer["error"])
+        with open(answer["receipt"], encoding="ascii") as file:
+            self.assertEqual(json.loads(file.read())["result"], "interrupted")
 
 
 class ToolsTest(unittest.TestCase):

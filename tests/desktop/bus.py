@@ -59,9 +59,14 @@ def has_host(env: dict[str, str]) -> bool:
     return _watcher(env, "IsStatusNotifierHostRegistered") is True
 
 
+def items(env: dict[str, str]) -> list[str]:
+    """All status items that the watcher lists; none without one."""
+    return _watcher(env, "RegisteredStatusNotifierItems") or []
+
+
 def item_of(env: dict[str, str], pid: int) -> Optional[Item]:
     """The registered status item of a process; None when the watcher lists none."""
-    for entry in _watcher(env, "RegisteredStatusNotifierItems") or []:
+    for entry in items(env):
         service, slash, path = entry.partition("/")
         if call(env, *_DAEMON, "org.freedesktop.DBus.GetConnectionUnixProcessID", service) == pid:
             return Item(service, slash + path if slash else "/StatusNotifierItem")

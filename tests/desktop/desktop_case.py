@@ -59,6 +59,10 @@ class DesktopCase(unittest.TestCase):
         """Starts a copy of the program beside which some scripts are other ones, in a home that is there.
         Children get a fixed search path, so what stands in for a tool is told to a script by its main."""
         self.home = home
+        return self.start_program(self.copy_with_scripts(scripts))
+
+    def copy_with_scripts(self, scripts: dict[str, str]) -> str:
+        """A copy of the program beside which some scripts are other ones."""
         app = tempfile.mkdtemp(dir=self.desktop.folder)
         built = os.path.dirname(os.path.abspath(os.environ["OSTREL_PROGRAM"]))
         collectors = f"{app}/share/ostrel/collectors"
@@ -71,7 +75,7 @@ class DesktopCase(unittest.TestCase):
             with open(f"{collectors}/{name}", "w", encoding="utf-8") as file:
                 file.write(text)
         self.collectors = collectors
-        return self.start_program(f"{app}/ostrel")
+        return f"{app}/ostrel"
 
     def end(self, process: subprocess.Popen) -> None:
         """Asks the instrument to end and checks that it does, without a fault."""

@@ -31,7 +31,12 @@ def end_with_parent() -> None:
 
 def living(mark: str) -> set[int]:
     """The running processes that carry the mark, without the caller."""
-    entry = f"{MARK}={mark}".encode()
+    return having(MARK, mark)
+
+
+def having(name: str, value: str) -> set[int]:
+    """The running processes that were started with that variable, without the caller."""
+    entry = f"{name}={value}".encode()
     found: set[int] = set()
     for pid in map(int, filter(str.isdigit, os.listdir("/proc"))):
         with contextlib.suppress(OSError):

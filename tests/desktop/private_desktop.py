@@ -222,6 +222,13 @@ class PrivateDesktop:
         part.kill()
         part.wait()
 
+    def stop_screen(self) -> None:
+        """Kills the screen, with all that shows something on it, for good."""
+        for name in [name for name in self._parts if name != "bus"]:
+            part = self._parts.pop(name)
+            part.kill()
+            part.wait()
+
     def work_area(self) -> Optional[tuple[int, ...]]:
         """The part of the screen that the tray's strip leaves free: left, top, width and height in pixels;
         None before the window manager has told it."""

@@ -4,6 +4,8 @@
 #include "platform/ChildProcess.h"
 #include "platform/MainQueue.h"
 
+#include "support/CallLog.h"
+
 #include <deque>
 #include <memory>
 #include <utility>
@@ -11,17 +13,24 @@
 
 /// Children that never start: each run is recorded and answered with the next prepared outcome, or with a
 /// silent success when none is left.
-class FakeChildProcess final : public platform::ChildProcess {
+class FakeChildProcess final : public platform::ChildProcess, public Logged {
 public:
     struct Stop final : platform::ChildStop {
-        void stop() override { ++*stops; }
+        void stop() override
+        {
+            ++*stops;
+            if (noted)
+                noted();
+        }
         std::shared_ptr<int> stops;
+        platform::Job noted;
     };
 
     [[nodiscard]] std::shared_ptr<platform::ChildStop> makeStop() override
     {
         auto stop = std::make_shared<Stop>();
         stop->stops = stops;
+        stop->noted = [this] { note("stops a child"); };
         return stop;
     }
 

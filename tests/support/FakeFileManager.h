@@ -3,18 +3,25 @@
 
 #include "platform/FileManager.h"
 
+#include "support/CallLog.h"
+
 #include <map>
 #include <string>
 #include <vector>
 
 /// Files in memory.
-class FakeFileManager final : public platform::FileManager {
+class FakeFileManager final : public platform::FileManager, public Logged {
 public:
     [[nodiscard]] std::string homeDirectory() const override { return home; }
-    [[nodiscard]] bool fileExists(const std::string& path) const override { return contents.contains(path); }
+    [[nodiscard]] bool fileExists(const std::string& path) const override
+    {
+        note("looks for " + path);
+        return contents.contains(path);
+    }
 
     [[nodiscard]] std::optional<std::string> read(const std::string& path, std::size_t limit) const override
     {
+        note("reads " + path);
         const auto found = contents.find(path);
         if (found == contents.end() || found->second.size() > limit)
             return std::nullopt;
@@ -29,6 +36,7 @@ public:
 
     bool replace(const std::string& path, std::string_view text) override
     {
+        note("writes " + path);
         ++writes;
         contents[path] = text;
         return true;

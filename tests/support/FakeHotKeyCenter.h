@@ -3,17 +3,24 @@
 
 #include "platform/HotKeyCenter.h"
 
+#include "support/CallLog.h"
+
 #include <optional>
 #include <set>
 #include <string>
 #include <utility>
 
 /// A desktop that gives a combination unless another program has its key.
-class FakeHotKeyCenter final : public platform::HotKeyCenter {
+class FakeHotKeyCenter final : public platform::HotKeyCenter, public Logged {
 public:
-    void connect(Events news) override { events = std::move(news); }
+    void connect(Events news) override
+    {
+        note("listens to the hotkey");
+        events = std::move(news);
+    }
     [[nodiscard]] bool registerHotKey(const platform::HotKey& hotKey) override
     {
+        note("takes the hotkey");
         ++asked;
         registered.reset();
         stands = {};
@@ -25,6 +32,7 @@ public:
     }
     void unregisterHotKey() override
     {
+        note("gives the hotkey back");
         registered.reset();
         stands = {};
     }

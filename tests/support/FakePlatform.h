@@ -3,6 +3,7 @@
 
 #include "app/PlatformServices.h"
 
+#include "support/CallLog.h"
 #include "support/FakeAlerts.h"
 #include "support/FakeFloatingWindows.h"
 #include "support/FakeHotKeyCenter.h"
@@ -21,6 +22,7 @@
 #include "support/Observers.h"
 
 #include <functional>
+#include <initializer_list>
 #include <memory>
 #include <string>
 #include <utility>
@@ -60,6 +62,22 @@ struct FakePlatform : FakeMachine {
             screens, alerts, floatingWindows, urlEvents, instances, [this] { ++quits; } };
     }
 
+    /// From now on all fakes write into the log.
+    void record()
+    {
+        mouse.monitors.what = "press";
+        mouse.keyMonitors.what = "key";
+        notifications.observers.what = "message";
+        occlusion.observers.what = "cover";
+        workspace.observers.what = "display option";
+        for (Logged* fake :
+            std::initializer_list<Logged*> { &kernel, &children, &defaults, &files, &time, &globalQueue,
+                &statusBar, &notifications.observers, &workspace.observers, &occlusion.observers, &popovers,
+                &mouse.monitors, &mouse.keyMonitors, &hotKeys, &urlEvents, &instances })
+            fake->logTo(log);
+    }
+
+    CallLog log; ///< outlives all others
     Machine machine;
     FakeProcessSignals processSignals;
     FakeStatusBar statusBar;

@@ -3,6 +3,8 @@
 
 #include "platform/Popover.h"
 
+#include "support/CallLog.h"
+
 #include <functional>
 #include <memory>
 #include <string>
@@ -13,11 +15,13 @@
 
 /// Popovers that keep, in order, what was asked of the last one. They hold no view of their own; a test with
 /// a toolkit says in `onView` what becomes of views, and in `onShown` what becomes visible.
-class FakePopovers final : public platform::Popovers {
+class FakePopovers final : public platform::Popovers, public Logged {
 public:
     [[nodiscard]] std::unique_ptr<platform::Popover> makePopover(double) override
     {
         calls.emplace_back("make");
+        note("makes the popover");
+        ++alive;
         return std::make_unique<One>(*this);
     }
 
@@ -31,6 +35,7 @@ public:
 
     std::vector<std::string> calls;
     bool open = false;
+    int alive = 0; ///< how many there are
     bool key = true; ///< whether it gets the keyboard when it asks
     bool stuck = false; ///< it stays open when it is asked to close, as in the middle of a movement
     platform::Rect anchor; ///< of the last show, on screen
@@ -43,6 +48,15 @@ private:
         explicit One(FakePopovers& theOwner)
             : owner(theOwner)
         {
+        }
+        One(const One&) = delete;
+        One& operator=(const One&) = delete;
+        ~One() override
+        {
+            owner.note("drops the popover");
+            --owner.alive;
+            owner.open = false;
+            owner.onView(nullptr);
         }
         void setContentView(QWidget* view) override
         {
@@ -58,6 +72,7 @@ private:
         void show(const platform::Rect& rect, const platform::AnchorView& view, platform::Edge edge) override
         {
             owner.calls.push_back(fmt::format("show {}", edge == platform::Edge::top ? "above" : "below"));
+            owner.note("shows the popover");
             owner.anchor = view.onScreen(rect);
             owner.open = true;
             owner.onShown(true);

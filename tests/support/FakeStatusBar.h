@@ -3,6 +3,8 @@
 
 #include "platform/StatusItem.h"
 
+#include "support/CallLog.h"
+
 #include <functional>
 #include <memory>
 #include <optional>
@@ -11,13 +13,14 @@
 #include <vector>
 
 /// A bar that keeps what its last item was given.
-class FakeStatusBar final : public platform::StatusBar {
+class FakeStatusBar final : public platform::StatusBar, public Logged {
     using Press = std::function<void(const platform::StatusItemPress&)>;
 
 public:
     [[nodiscard]] std::unique_ptr<platform::StatusItem> makeItem(
         const std::string& id, const std::string& title, const std::string& iconFolder) override
     {
+        note("makes the item");
         ids.push_back(id + " " + title);
         folder = iconFolder;
         ++items;
@@ -41,11 +44,13 @@ private:
     struct Item final : platform::StatusItem {
         ~Item() override
         {
+            bar->note("takes the item off");
             --bar->items;
             bar->onRemove();
         }
         void setFace(const platform::StatusItemFace& face) override
         {
+            bar->note("draws the item");
             bar->faces.push_back(face);
             bar->onFace();
         }

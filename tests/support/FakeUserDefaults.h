@@ -3,12 +3,14 @@
 
 #include "platform/UserDefaults.h"
 
+#include "support/CallLog.h"
+
 #include <map>
 #include <utility>
 #include <variant>
 
 /// Settings in memory, with the type rules of the real ones.
-class FakeUserDefaults final : public platform::UserDefaults {
+class FakeUserDefaults final : public platform::UserDefaults, public Logged {
     using Key = std::string_view;
     using Texts = std::vector<std::string>;
 
@@ -41,6 +43,7 @@ public:
 private:
     void set(Key key, Value value)
     {
+        note("stores " + std::string(key));
         values.insert_or_assign(std::string(key), std::move(value));
         ++writes;
     }
@@ -48,6 +51,7 @@ private:
     template <typename T>
     [[nodiscard]] std::optional<T> get(Key key) const
     {
+        note("looks up " + std::string(key));
         const auto found = values.find(key);
         const T* value = found == values.end() ? nullptr : std::get_if<T>(&found->second);
         return value ? std::optional(*value) : std::nullopt;

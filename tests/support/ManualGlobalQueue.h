@@ -3,14 +3,17 @@
 
 #include "platform/GlobalQueue.h"
 
+#include "support/CallLog.h"
+
 #include <deque>
 #include <utility>
 
 /// A background that runs only when the test says so, on the test's own thread.
-class ManualGlobalQueue final : public platform::GlobalQueue {
+class ManualGlobalQueue final : public platform::GlobalQueue, public Logged {
 public:
     void async(platform::QueuePriority priority, platform::Job job) override
     {
+        note("hands work to the background");
         waiting.emplace_back(priority, std::move(job));
     }
 

@@ -3,18 +3,22 @@
 
 #include "platform/Workspace.h"
 
+#include "support/CallLog.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <memory>
+#include <string>
 #include <utility>
 #include <vector>
 
 /// Those who want to be told, for the fakes.
-class Observers {
+class Observers : public Logged {
 public:
     [[nodiscard]] std::unique_ptr<platform::Observation> add(platform::Job changed)
     {
-        auto one = std::make_unique<One>();
+        note("watches " + what);
+        auto one = std::make_unique<One>(log(), "watches no " + what);
         one->job = std::make_shared<platform::Job>(std::move(changed));
         jobs_.emplace_back(one->job);
         return one;
@@ -33,8 +37,16 @@ public:
         return std::ranges::count_if(jobs_, [](const auto& job) { return !job.expired(); });
     }
 
+    std::string what; ///< as the log calls it
+
 private:
     struct One final : platform::Observation {
+        One(CallLog* log, std::string call)
+            : end(log, std::move(call))
+        {
+        }
+
+        NotesEnd end;
         std::shared_ptr<platform::Job> job;
     };
 

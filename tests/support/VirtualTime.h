@@ -5,6 +5,8 @@
 #include "platform/MainQueue.h"
 #include "platform/Timer.h"
 
+#include "support/CallLog.h"
+
 #include <algorithm>
 #include <chrono>
 #include <cstddef>
@@ -14,9 +16,14 @@
 #include <utility>
 #include <vector>
 
+#include <fmt/format.h>
+
 /// The main thread's clock, queue and timers in a time that only the test moves. Due work runs in the order
 /// of its instants; what falls on one instant runs in the order in which it was made.
-class VirtualTime final : public platform::Clock, public platform::MainQueue, public platform::RunLoop {
+class VirtualTime final : public platform::Clock,
+                          public platform::MainQueue,
+                          public platform::RunLoop,
+                          public Logged {
 public:
     using Instant = platform::Instant;
     using Seconds = platform::Seconds;
@@ -25,12 +32,17 @@ public:
 
     void post(platform::Job job) override { posted_.push_back(std::move(job)); }
 
-    void postAfter(Seconds delay, platform::Job job) override { due_.emplace(later(delay), std::move(job)); }
+    void postAfter(Seconds delay, platform::Job job) override
+    {
+        note(fmt::format("plans for {} s", delay.count()));
+        due_.emplace(later(delay), std::move(job));
+    }
 
     [[nodiscard]] std::unique_ptr<platform::Timer> scheduleRepeating(
         Seconds period, platform::Job job) override
     {
-        auto timer = std::make_unique<VirtualTimer>();
+        note(fmt::format("timer of {} s", period.count()));
+        auto timer = std::make_unique<VirtualTimer>(log(), period);
         timer->job = std::make_shared<platform::Job>(std::move(job));
         made_.emplace_back(timer->job);
         plan(period, timer->job);
@@ -72,6 +84,12 @@ public:
 
 private:
     struct VirtualTimer final : platform::Timer {
+        VirtualTimer(CallLog* log, Seconds period)
+            : end(log, fmt::format("ends the timer of {} s", period.count()))
+        {
+        }
+
+        NotesEnd end;
         std::shared_ptr<platform::Job> job; ///< held by nobody else but while it runs
     };
 

@@ -29,7 +29,10 @@ struct AppBench : FakePlatform {
                 old_.push_back(std::move(view_));
             }
             view_.reset(view);
-            view->setVisible(popovers.open);
+            if (view)
+                view->setVisible(popovers.open);
+            else
+                old_.clear();
         };
         popovers.onShown = [this](bool shown) { view_->setVisible(shown); };
     }
@@ -79,11 +82,13 @@ struct AppBench : FakePlatform {
         return nullptr;
     }
 
-    ostrel::AppDelegate delegate { services() };
-
 private:
+    // The popover's end, which comes with the application's, drops them.
     std::vector<std::unique_ptr<QWidget>> old_;
     std::unique_ptr<QWidget> view_;
+
+public:
+    ostrel::AppDelegate delegate { services() };
 };
 
 /// A snapshot with that many processes.

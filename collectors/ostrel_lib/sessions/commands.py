@@ -12,7 +12,7 @@ from ostrel_lib.sessions import kitty, tmux
 from ostrel_lib.sessions.raising import bring_forward
 from ostrel_lib.sessions.rows import rows
 from ostrel_lib.sessions.scene import GONE, Scene, Selected
-from ostrel_lib.tools import Interrupted, end_on_request
+from ostrel_lib.tools import Interrupted, end_on_request, end_without_reader
 
 BACKENDS = (tmux, kitty)
 
@@ -25,6 +25,7 @@ def main(argv: list[str], scene: Scene | None = None) -> int:
     try:
         scene = scene or Scene(Places(), os.environ)
         if words == ["list"]:
+            end_without_reader(scene.places)
             answer = listing(scene)
         elif words[:1] == ["switch"]:
             answer = switched(scene, words[1:])

@@ -133,8 +133,9 @@ def tmux(scene: Scene, server: Server, *words: str) -> Outcome:
     """Runs the client. Without -u it would spoil every letter beyond ASCII."""
     places = scene.places
     path = server.program + ":" + places.path if server.program else places.path
-    return run(Places(home=places.home, path=path), ["tmux", "-u", "-S", server.path, *words],
-               scene.deadline.left(PATIENCE))
+    asked = Places(home=places.home, path=path)
+    asked.reader = places.reader
+    return run(asked, ["tmux", "-u", "-S", server.path, *words], scene.deadline.left(PATIENCE))
 
 
 def panes_of(scene: Scene, server: Server) -> tuple[list[Pane], str]:

@@ -82,13 +82,16 @@ LinuxRunningInstances::LinuxRunningInstances(std::string folder)
 {
 }
 
-LinuxRunningInstances::~LinuxRunningInstances()
+LinuxRunningInstances::~LinuxRunningInstances() { LinuxRunningInstances::withdraw(); }
+
+void LinuxRunningInstances::withdraw()
 {
     // A copy of this process that was forked off has a process id of its own, and leaves the file alone.
-    if (registeredPid_ != ::getpid())
+    const int pid = std::exchange(registeredPid_, 0);
+    if (pid != ::getpid())
         return;
     if (const UniqueFd folder = openFolder())
-        ::unlinkat(folder.get(), std::to_string(registeredPid_).c_str(), 0);
+        ::unlinkat(folder.get(), std::to_string(pid).c_str(), 0);
 }
 
 std::string LinuxRunningInstances::defaultFolder()

@@ -32,6 +32,8 @@ public:
     /// Puts this process's file back where it is missing.
     [[nodiscard]] RunningInstance current() override;
     [[nodiscard]] std::vector<RunningInstance> others() override;
+    /// Takes this process's file away. A copy that was forked off leaves it alone.
+    void withdraw() override;
 
 private:
     [[nodiscard]] UniqueFd openFolder() const;

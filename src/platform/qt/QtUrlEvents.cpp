@@ -164,6 +164,8 @@ void QtUrlEvents::start(std::function<void(const std::string&)> open, Job reopen
         queue_, name_, Handlers { .open = std::move(open), .reopen = std::move(reopen) });
 }
 
+void QtUrlEvents::stop() { listener_.reset(); }
+
 bool QtUrlEvents::handOver(const std::vector<std::string>& urls)
 {
     listener_.reset();

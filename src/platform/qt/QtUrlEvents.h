@@ -24,6 +24,7 @@ public:
 
     /// Never waits for the bus to answer.
     void start(std::function<void(const std::string&)> open, Job reopen) override;
+    void stop() override;
 
     /// Stops listening first, so that the other may have the name when it was here; a name that nobody has
     /// yet may still come within the second.

@@ -59,9 +59,7 @@ TEST(LinuxRunningInstances, AProcessIsSeenFromItsFirstLookUntilItsEndAndWhatItLe
     }
     EXPECT_TRUE(own.others().empty());
     EXPECT_EQ(entriesIn(folder), 1) << "the killed one's file is gone, this one's isn't";
-    std::optional<LinuxRunningInstances> again(home.path() + "/run");
-    (void)again->current();
-    again.reset();
+    own.withdraw();
     EXPECT_EQ(entriesIn(folder), 0) << "an orderly end leaves nothing";
     (void)own.current();
     EXPECT_EQ(entriesIn(folder), 1) << "it comes back";

@@ -102,6 +102,8 @@ TEST(QtUrlEvents, TheNameIsTakenFromNobodyAndTakenOnceItsOwnerIsGone)
     EXPECT_EQ(other.owner(), other.bus.baseService());
     ASSERT_TRUE(other.bus.unregisterService(name));
     EXPECT_TRUE(spinUntil([&] { return other.owner() == mine; }));
+    own.events.stop();
+    EXPECT_TRUE(spinUntil([&] { return other.owner().isEmpty(); }));
 }
 
 TEST(QtUrlEvents, WhatIsHandedOverReachesTheOwnerAndNeverThisProcess)
