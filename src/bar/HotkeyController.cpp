@@ -146,11 +146,7 @@ bool HotkeyController::captureHotkey(const platform::KeyDown& event)
     const auto candidate = OstrelHotkey::fromEvent(event);
     if (!candidate)
         return true;
-    if (!conflicts(*candidate) && takeOrGoBack(*candidate)) {
-        disarmHotkeyRecorder();
-        storeHotkey(*candidate);
-    }
-    owner_.body.renderBody();
+    takeHotkey(*candidate);
     return true;
 }
 
@@ -196,15 +192,24 @@ void HotkeyController::storeHotkey(const OstrelHotkey& hotkey)
         owner_.settings.writeHotkey();
         owner_.settings.writeHotkeyCleared();
     }
-    owner_.updateBar();
+}
+
+void HotkeyController::takeHotkey(const OstrelHotkey& hotkey)
+{
+    const bool taken = !conflicts(hotkey) && takeOrGoBack(hotkey);
+    if (taken) {
+        disarmHotkeyRecorder();
+        storeHotkey(hotkey);
+    }
+    owner_.body.renderBody();
+    if (taken)
+        owner_.updateBar();
 }
 
 void HotkeyController::applyPickedHotkey(const OstrelHotkey& hotkey)
 {
     disarmHotkeyRecorder();
-    if (!conflicts(hotkey) && takeOrGoBack(hotkey))
-        storeHotkey(hotkey);
-    owner_.body.renderBody();
+    takeHotkey(hotkey);
 }
 
 void HotkeyController::resetHotkey() { applyPickedHotkey(OstrelHotkey::fallback()); }

@@ -70,6 +70,8 @@ public:
 private:
     void clearHotkey();
     void storeHotkey(const OstrelHotkey& hotkey);
+    /// Takes the combination if rules and desktop let it; else the line says why, and the recorder stays.
+    void takeHotkey(const OstrelHotkey& hotkey);
     /// Whether the combination is had now. If not, the line says why, and the one before is back.
     bool takeOrGoBack(const OstrelHotkey& hotkey);
     bool registerHotkey(const OstrelHotkey& hotkey);

@@ -120,7 +120,6 @@ public:
         for (const auto& [at, state] : rows)
             body_.addWidget(kvRow(utf16(at), utf16(state), contentWidth));
         note(SettingsText::hintHistoryNote, 10);
-        rule();
     }
 
     void footer() const

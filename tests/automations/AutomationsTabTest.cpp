@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 namespace {
@@ -345,9 +346,22 @@ TEST(AutomationsTab, TheMadeUpInventoryAnswersInASelfTestThatAsksForItAndNowhere
             continue;
         const AutomationsBody body = bench.tab->body();
         EXPECT_EQ(body.title, "3 entries · 1 enabled");
-        EXPECT_EQ(body.rows.size(), 3U);
+        const AutomationsSnapshot& snapshot = bench.tab->registry().snapshot();
+        Lines rows { snapshot.generatedAt + ", " + snapshot.readAt };
+        for (const Automation& row : snapshot.items)
+            rows.push_back(fmt::format("{} {} {} {} {} {} {} {} {}", row.id, row.title, row.lane, row.host,
+                row.family, row.state, row.active, row.schedule, row.observation));
+        EXPECT_EQ(rows,
+            (Lines { "synthetic fixture, synthetic fixture",
+                "example-local Example local report orca mac panel enabled true daily · synthetic synthetic",
+                "example-server Example server task systemd server stack paused false weekly · synthetic "
+                "synthetic",
+                "example-cloud Example cloud task cloud cloud ring unverified false manual · synthetic "
+                "manual · unverified" }));
         const AgentBudget budget = bench.tab->agentOverview();
         ASSERT_EQ(budget.windows.size(), 2U);
+        EXPECT_EQ(budget.windows[0].toolTip,
+            "Read 0m ago. shared account · synthetic example. Guard: example only. Resets example window");
         EXPECT_EQ(budget.windows[0].line, "Codex · Mac · 7d · 72% remaining");
         EXPECT_EQ(budget.windows[1].line, "Codex · Server · 7d · 72% remaining");
         EXPECT_EQ(budget.schedules, "SCHEDULES   Mac 1   →   server 1   ·   cloud 1 unverified");

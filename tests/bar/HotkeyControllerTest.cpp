@@ -32,7 +32,8 @@ struct HotkeyBench : StateBench {
     explicit HotkeyBench(bool isOffscreen = false)
         : offscreen(isOffscreen)
         , hotkeys({ settings, center, keys, files, door, panel, { .sillon = [this] { return sillon; } },
-              [this] { door.calls.emplace_back("keys"); }, [this] { door.calls.emplace_back("bar"); } })
+              [this] { door.calls.emplace_back("keys"); },
+              [this] { door.calls.emplace_back("bar"), panel.calls.emplace_back("bar"); } })
     {
         if (offscreen)
             hotkeys.setOffscreen();
@@ -139,8 +140,10 @@ TEST(HotkeyController, TheRecorderTakesWhatTheRulesAndTheDesktopAllowAndStaysArm
     }
     EXPECT_TRUE(bench.calls().empty()) << "the bar says what it said";
     bench.sillon = FamilyHotkeys::Combos {};
+    bench.panel.calls.clear();
     EXPECT_TRUE(bench.press(32, both | 0x10000, "U"));
     EXPECT_EQ(bench.told(), "⌥⌘u 32:1572864:u kept ");
+    EXPECT_EQ(bench.panel.calls, (std::vector<std::string> { "render", "bar" }));
     EXPECT_EQ(bench.calls(), std::vector<std::string> { "bar" });
     EXPECT_EQ(bench.keys.keyMonitors.count(), 0);
     EXPECT_FALSE(bench.press(35, both, "p"));

@@ -51,6 +51,11 @@ TEST(OstrelHotkey, AKeyEventGivesTheKeysNameAndItsFourModifiers)
         }
     }
     EXPECT_EQ(OstrelHotkey::fromEvent({ 46, option | command | function, "M" }), OstrelHotkey::fallback());
+    std::string names;
+    for (const std::uint32_t keyCode :
+        { 49, 48, 36, 123, 124, 126, 125, 122, 120, 99, 118, 96, 97, 98, 100, 101, 109, 103, 111 })
+        names += OstrelHotkey::name(keyCode, "x") + " ";
+    EXPECT_EQ(names, "space tab return ← → ↑ ↓ f1 f2 f3 f4 f5 f6 f7 f8 f9 f10 f11 f12 ");
     std::string labels;
     for (const OstrelHotkey& choice : OstrelHotkey::canonical())
         labels += choice.display() + " ";

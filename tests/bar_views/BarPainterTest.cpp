@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "bar/BarPainter.h"
 #include "bar/AboutWindow.h"
+#include "core/Version.h"
 #include "design/OstrelStyle.h"
 #include "design/controls/ZOLShellLabel.h"
 
@@ -8,7 +9,11 @@
 #include "support/Rendering.h"
 
 #include <QKeyEvent>
+#include <QStringList>
 
+#include <string>
+
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 namespace {
@@ -76,11 +81,23 @@ TEST(AboutWindow, IsBuiltOnceAndHoldsAllItsTexts)
     QWidget* window = about.window();
     EXPECT_EQ(window->size(), QSize(320, 372));
     EXPECT_EQ(window->windowTitle(), "about OSTREL");
+    std::string said;
     for (const auto* label : window->findChildren<ZOLShellLabel*>()) {
+        said += label->text().toStdString() + "\n";
         EXPECT_TRUE(window->rect().contains(label->geometry())) << qPrintable(label->text());
         EXPECT_FALSE(label->isCut());
         EXPECT_GE(label->height(), label->heightForWidth(label->width()));
     }
+    EXPECT_TRUE(said.starts_with(fmt::format("OSTREL\n{} · build {} · local + server\n"
+                                             "Native memory monitor for macOS. Readings stay on this Mac. "
+                                             "The mark is the shared Zolwerk drawing; the voxel character of "
+                                             "the same model stands in the panel header.\n",
+        appVersion, appBuild)))
+        << said;
+    QStringList tips;
+    for (const QWidget* view : window->findChildren<QWidget*>())
+        tips << view->toolTip();
+    EXPECT_TRUE(tips.contains("OSTREL · product mark"));
     for (const auto mode : { ZOLThemePolicy::Mode::dark, ZOLThemePolicy::Mode::light }) {
         about.applyTheme(mode);
         EXPECT_TRUE(near(window->grab().toImage().pixel(2, 2), OstrelStyle::bg.in(mode)));

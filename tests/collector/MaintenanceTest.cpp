@@ -136,6 +136,10 @@ TEST(Maintenance, CompactsOnlyAfterTheSecondButton)
     bench.alerts.answers = { 1 };
     bench.maintenance.deepClean();
     bench.time.runPosted();
+    EXPECT_EQ(bench.alerts.asked.at(1).title, "Compact OSTREL history?");
+    EXPECT_EQ(bench.alerts.asked.at(1).text,
+        "Keep the latest 120 samples and retain a full backup. No processes, session files, swap or other "
+        "apps' logs are changed. The backup retains the original data; total disk use may grow.");
     EXPECT_EQ(bench.alerts.asked.at(1).buttons, (Calls { "Cancel", "Compact own history" }));
     EXPECT_TRUE(bench.maintenance.cleanupRunning().contains("deep-clean"));
     bench.deliver();

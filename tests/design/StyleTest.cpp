@@ -62,9 +62,18 @@ TEST(OstrelStyle, TheStoreDecidesUnlessAnOverrideStands)
     EXPECT_EQ(ZOLThemePolicy::key(std::nullopt), "zol.app.theme");
 
     UI ui;
-    EXPECT_EQ(ui.theme.bg, zolHex("#f4f2ec"));
-    ui.setMode(ThemeMode::dark);
-    EXPECT_EQ(ui.theme.redBright, zolHex("#ff6b6b"));
+    const std::tuple<Color Theme::*, const char*, const char*> colors[] { { &Theme::bg, "#f4f2ec",
+                                                                              "#1a1b1f" },
+        { &Theme::ink, "#222019", "#e8e6e2" }, { &Theme::muted, "#6e6a62", "#9a958d" },
+        { &Theme::soft, "#cdcabf", "#3a3a40" }, { &Theme::hair, "#e0ddd4", "#26262a" },
+        { &Theme::fill, "#eae7df", "#202127" }, { &Theme::red, "#b23b2c", "#c84545" },
+        { &Theme::redBright, "#cf4636", "#ff6b6b" }, { &Theme::amber, "#8a6f1c", "#c7a648" } };
+    for (const auto& [color, inLight, inDark] : colors) {
+        ui.setMode(ThemeMode::light);
+        EXPECT_EQ(ui.theme.*color, zolHex(inLight));
+        ui.setMode(ThemeMode::dark);
+        EXPECT_EQ(ui.theme.*color, zolHex(inDark));
+    }
 }
 
 TEST(ZOLAppShellStyle, ReducedMotionTakesEveryDurationAway)

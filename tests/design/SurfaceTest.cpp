@@ -57,6 +57,13 @@ TEST(ZOLSurface, ShowsAndClosesEachKindOfHostInItsOwnWayAndOnce)
         bench.surface->close(escape);
         EXPECT_EQ(bench.calls, Calls({ c.window ? "out" : "close", "command-w" }));
     }
+    Calls reasons;
+    for (const auto reason :
+        { escape, commandW, closeButton, menuBarItem, hotkey, route, outsideClick, host })
+        reasons.emplace_back(ZOLSurface::rawValue(reason));
+    EXPECT_EQ(reasons,
+        Calls({ "escape", "command-w", "close-button", "menu-bar-item", "hotkey", "route", "outside-click",
+            "host" }));
     Bench bench(false);
     bench.surface->show({ 1, 1, 1, 1 }, nullptr, platform::Edge::top);
     EXPECT_FALSE(bench.surface->isShown()) << "nothing to hang from";

@@ -43,6 +43,7 @@ TEST(ZOLMiniAppTokens, EveryRowIsAValueThatItsReaderTakes)
         }
     }
     EXPECT_FALSE(primitives.find("Ink"));
+    EXPECT_EQ(version, "2026.10.02-n1");
 }
 
 TEST(ZOLMiniAppTokens, TheSetsShareTheirKeysAndDifferInKnownRowsOnly)

@@ -27,17 +27,27 @@ TEST(ZOLVoxelModels, EachFigureHasItsCubesInTheGridOnceEach)
         std::string_view name;
         std::string_view label;
         std::array<std::ptrdiff_t, 4> counts; ///< ink, mid, light, red
+        std::string_view note;
     };
-    const Case cases[] { { "family", "zolwerk · family profile", { 114, 0, 0, 8 } },
-        { "tessit", "tessit loop", { 51, 0, 0, 1 } }, { "vormel", "vormel trim", { 20, 17, 144, 1 } },
-        { "ostrel", "ostrel", { 116, 64, 0, 4 } }, { "pellam", "pellam dial", { 24, 23, 144, 1 } },
-        { "ruvane", "ruvane", { 16, 32, 23, 1 } } };
+    const Case cases[] {
+        { "family", "zolwerk · family profile", { 114, 0, 0, 8 },
+            "head circle, vertical slit with stem, red eye, crescent smile – from zol-logo-light.png" },
+        { "tessit", "tessit loop", { 51, 0, 0, 1 }, "two opposite arrows, red tip on the outgoing one" },
+        { "vormel", "vormel trim", { 20, 17, 144, 1 },
+            "panel: light plate, ink sidebar, three rows, red cursor" },
+        { "ostrel", "ostrel", { 116, 64, 0, 4 },
+            "hex-plan crystal column, stepped tip, red core on the front face" },
+        { "pellam", "pellam dial", { 24, 23, 144, 1 },
+            "light plate, ink header, six-by-four day grid, red today" },
+        { "ruvane", "ruvane", { 16, 32, 23, 1 },
+            "четыре луча от центра, красный воксель это точка баланса, она ходит по вертикали" },
+    };
     ASSERT_EQ(ZOLVoxelModels::all().size(), std::size(cases));
     for (std::size_t at = 0; at < std::size(cases); ++at) {
         const ZOLVoxelModel& model = ZOLVoxelModels::all()[at];
         EXPECT_EQ(ZOLVoxelModels::model(cases[at].name), &model);
         EXPECT_EQ(model.label, cases[at].label);
-        EXPECT_FALSE(model.note.empty());
+        EXPECT_EQ(model.note, cases[at].note);
         std::set<std::tuple<int, int, int>> cells;
         for (const auto& [x, y, z, color] : model.voxels) {
             EXPECT_TRUE(cells.emplace(x, y, z).second) << model.name << " " << x << "," << y << "," << z;
@@ -51,6 +61,8 @@ TEST(ZOLVoxelModels, EachFigureHasItsCubesInTheGridOnceEach)
         EXPECT_EQ(model.signals().size(), static_cast<std::size_t>(cases[at].counts[3]));
     }
     EXPECT_EQ(ZOLVoxelModels::model("Ostrel"), nullptr);
+    EXPECT_EQ(ZOLVoxelModels::version, "2026-09-14");
+    EXPECT_EQ(ZOLVoxelModels::projection, "screen = (ox + (x - y) * u, oy + (x + y) * 0.48 * u - z * u)");
     EXPECT_EQ(ZOLVoxelModels::ruvane().signals().front(), (ZOLVoxelCell { 6, 5, 6 }));
     EXPECT_EQ(ZOLVoxelModels::pellam().signals().front(), (ZOLVoxelCell { 6, 5, 6 }));
     EXPECT_EQ(ZOLVoxelModels::vormel().signals().front(), (ZOLVoxelCell { 4, 5, 8 }));

@@ -227,6 +227,9 @@ TEST(CompanionScene, StandsOnItsFloorAndOnlyItselfBobs)
     constexpr std::size_t floors = 67;
     ASSERT_EQ(still.size(), floors + 3 * (48 + 8 + 4 + 2) + 2 + 3);
     EXPECT_EQ(still[floors - 1].fill, colors.floor);
+    for (const char* own : { "#d6d9de", "#373b42" })
+        EXPECT_NE(std::ranges::find(still, zolHex(own), &Quad::fill), still.end()) << own;
+    EXPECT_EQ(CompanionScene::calmSignal, zolHex("#8b939e"));
     const double u = std::min(126 / 20.0, 138 / 17.0);
     for (std::size_t at = 0; at < still.size(); ++at) {
         const bool bobs = at >= floors && at < still.size() - 3;

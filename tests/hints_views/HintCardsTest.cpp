@@ -80,6 +80,10 @@ TEST(HintCards, BothAreOneWindowWithoutTheKeyboardThatTellsItsMessage)
         for (QAbstractButton* button : panel->findChildren<QAbstractButton*>())
             buttons.push_back(button);
         ASSERT_EQ(buttons.size(), 2u);
+        if (legacy) {
+            EXPECT_EQ(buttons[0]->toolTip(), "open the workloads behind this hint and acknowledge it");
+            EXPECT_EQ(buttons[1]->toolTip(), "snooze this hint for 30 minutes");
+        }
         buttons[legacy ? 1 : 0]->click();
         EXPECT_EQ(bench.told.front(), legacy ? "snooze" : "inspect") << "and the card may go meanwhile";
         EXPECT_FALSE(Bench::panel());
@@ -95,6 +99,18 @@ TEST(HintCards, TheLegacyCardFollowsTheThemeAndTheSharedOneStaysLight)
             : bench.stage.sharedCard(sharedHintText(true, 0), false, platform::Seconds(12), bench.answers());
         bench.window->applyTheme(ZOLThemePolicy::Mode::light);
         bench.window->present({ 100, 100 });
+        QStringList said;
+        for (const QLabel* label : Bench::panel()->findChildren<QLabel*>())
+            said << label->text();
+        for (const auto* button : Bench::panel()->findChildren<QAbstractButton*>())
+            said << button->accessibleName() << button->toolTip();
+        const QStringList sample = legacy
+            ? QStringList { "Companion preview", "This is a preview. Inspect opens your workload view.",
+                  "inspect", "open the workloads behind this hint and acknowledge it", "close",
+                  "close the sample card" }
+            : QStringList { "Companion preview", "This is a preview. Inspect opens workloads.", "inspect", "",
+                  "close", "" };
+        EXPECT_EQ(said, sample) << said.join("\n").toStdString();
         const QColor light = Bench::ground();
         bench.window->applyTheme(ZOLThemePolicy::Mode::dark);
         EXPECT_EQ(Bench::ground() == light, !legacy);
@@ -114,7 +130,7 @@ TEST(HintCards, TheSharedCardHasItsMarkAndEndsByItself)
     ASSERT_TRUE(panel);
     const ZOLVoxelView& mark = panel->contentView()->markView();
     EXPECT_FALSE(mark.assemblesOnAppear()) << "motion is off";
-    EXPECT_TRUE(mark.toolTip().contains("pressure warning")) << mark.toolTip().toStdString();
+    EXPECT_EQ(mark.toolTip().toStdString(), "OSTREL · pressure warning");
     bench.time.advance(platform::Seconds(12));
     EXPECT_EQ(bench.told, (std::vector<std::string> { "expired" }));
 }

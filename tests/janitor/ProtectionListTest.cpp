@@ -148,8 +148,8 @@ TEST(ProtectionList, TheUserAddsNamesAndSwitchesDefaultsButNeverTheLocked)
 TEST(ProtectionList, WhatIsStoredByAnyHandIsReadInLowerCaseAndLiftsNoLock)
 {
     Bench bench;
-    bench.defaults.setTextArray(ProtectionList::extraKey, { "MyServer", "hidden" });
-    bench.defaults.setTextArray(ProtectionList::disabledKey, { "Claude", "ostrel", "ORCA", "Hidden" });
+    bench.defaults.setTextArray("ostrel.protectedExtra", { "MyServer", "hidden" });
+    bench.defaults.setTextArray("ostrel.protectedDisabled", { "Claude", "ostrel", "ORCA", "Hidden" });
     EXPECT_EQ(bench.list.effective(),
         (Names { "claude", "codex", "ostrel", "ostrel app", "finder", "launchd", "loginwindow",
             "windowserver", "kernel_task", "myserver" }));
@@ -158,7 +158,7 @@ TEST(ProtectionList, WhatIsStoredByAnyHandIsReadInLowerCaseAndLiftsNoLock)
     EXPECT_EQ(bench.list.displayList(), shown);
     bench.list.add("orca");
     EXPECT_EQ(bench.list.disabled(), (Names { "claude", "ostrel", "hidden" })) << "written in lower case";
-    bench.defaults.setText(ProtectionList::extraKey, "not a list");
+    bench.defaults.setText("ostrel.protectedExtra", "not a list");
     EXPECT_TRUE(bench.list.extra().empty());
 }
 

@@ -49,11 +49,11 @@ TEST(DashboardText, EachCardHasItsReadingItsSourceAndTheKeysOfTheTick)
     EXPECT_EQ(
         text.metrics[0], (MetricText { "CPU", "17%", "8 cores", "host_cpu tick delta" + tick, "cpu", "" }));
     EXPECT_EQ(text.metrics[1],
-        (MetricText {
-            "MEMORY", "11.5 GB", "74% of 16 GB", std::string(memorySource) + tick, "mem", "mem-sub" }));
+        (MetricText { "MEMORY", "11.5 GB", "74% of 16 GB",
+            "vm_stat + hw.memsize; native, used = active + wired + compressor" + tick, "mem", "mem-sub" }));
     EXPECT_EQ(text.metrics[2],
-        (MetricText { "SWAP", "1.5 gb", "38% allocated · retained", std::string(swapSource) + tick, "swap",
-            "swap-sub" }));
+        (MetricText { "SWAP", "1.5 gb", "38% allocated · retained", "sysctl vm.swapusage; native" + tick,
+            "swap", "swap-sub" }));
     EXPECT_EQ(text.metrics[3],
         (MetricText { "AGENTS", "5", "12 MCP processes",
             "process table; by program · 4s ago. Detailed sources: system tab.", "", "" }));

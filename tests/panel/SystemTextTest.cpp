@@ -213,6 +213,9 @@ TEST(SystemText, RowsAtTheirEdges)
         { { .native = { .swapUsedMB = 3072, .swapTotalMB = 2048 } },
             "swap used: 3.00/2.0 gb · 3072/2048 mb" },
         { { .machine = { .lowPower = false } }, "low power mode: off" },
+        { { .machine = { .thermal = platform::ThermalState::nominal } }, "thermal pressure: normal" },
+        { { .machine = { .thermal = platform::ThermalState::serious } }, "thermal pressure: serious" },
+        { { .machine = { .thermal = platform::ThermalState::critical } }, "thermal pressure: critical" },
         { { .machine = { .thermal = platform::ThermalState { 9 } } }, "thermal pressure: unknown" },
         { { .barParts = { "mcp", "load", "unheard" } }, "menu bar: load · mcp · " },
     };

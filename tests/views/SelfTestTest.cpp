@@ -14,7 +14,9 @@
 
 #include <QDir>
 #include <QImage>
+#include <QLabel>
 #include <QScrollArea>
+#include <QSet>
 #include <QTemporaryDir>
 
 #include <functional>
@@ -58,7 +60,20 @@ TEST(SelfTest, PassesAndLeavesNothingBehind)
 {
     SelfTestBench bench;
     const auto before = bench.defaults.writes;
+    QSet<QString> said;
+    bench.at = "combination";
+    bench.disturb = [&said](QWidget& window) {
+        for (const QLabel* label : window.findChildren<QLabel*>())
+            said << label->text();
+    };
     ASSERT_EQ(bench.run(), "");
+    for (const char* text :
+        { "Test collector unavailable", "Showing the last successful reading. snapshot received" })
+        EXPECT_TRUE(said.contains(text)) << text;
+    const auto& shown = bench.delegate.snapshots().lastData();
+    ASSERT_TRUE(shown);
+    EXPECT_EQ(shown->ts + " | " + shown->verdict.cause + " | " + shown->procs.at(0).name,
+        "demo | Synthetic fixture. No action needed. | Example app");
     EXPECT_EQ(bench.defaults.writes, before) << "nothing is stored";
     EXPECT_FALSE(bench.delegate.barItem().exists());
     EXPECT_EQ(bench.delegate.history().points.size(), 120U);

@@ -124,6 +124,8 @@ TEST(SettingsTab, SaysWhatItHasFromTheTopDown)
         "[mark] 104 mark + value 104 value 104 hidden 104 [cpu] 92 (mem) 92 [swap] 92 (load) 92 (mcp) 92 "
         "keep panel open 186 [white] 96 black 96 ⌥⌘m 216 default ⌥⌘m 140 [⌥⌘m] 78 ⌃⌥m 78 ⌥⇧m 78 ⌥⌘p 78 ");
     EXPECT_EQ(tab.page().width(), 728);
+    EXPECT_EQ(std::ranges::count(tab.page().findChildren<QWidget*>(), QSize(728, 1), &QWidget::size), 5)
+        << "a line below each section, but none below the history of hints and the footer";
     for (const QWidget* view : tab.page().findChildren<QWidget*>()) {
         const QRect place(view->mapTo(&tab.page(), QPoint()), view->size());
         EXPECT_TRUE(tab.page().rect().contains(place)) << view->accessibleName().toStdString();
