@@ -117,8 +117,8 @@ std::string OstrelHotkey::display() const
 
 std::uint32_t OstrelHotkey::carbonModifiers() const
 {
-    return (modifiers & command ? 0x100U : 0U) | (modifiers & shift ? 0x200U : 0U)
-        | (modifiers & option ? 0x800U : 0U) | (modifiers & control ? 0x1000U : 0U);
+    return ((modifiers & command) ? 0x100U : 0U) | ((modifiers & shift) ? 0x200U : 0U)
+        | ((modifiers & option) ? 0x800U : 0U) | ((modifiers & control) ? 0x1000U : 0U);
 }
 
 FamilyCombo OstrelHotkey::familyCombo() const { return { keyCode, carbonModifiers() }; }
