@@ -197,14 +197,12 @@ bool SelfTest::recorderRefuses(const OstrelHotkey& saved)
         { 20, OstrelHotkey::shift | OstrelHotkey::command, "3", "⇧⌘3: taken by macOS screenshot" },
     } };
     const HotkeyController& hotkeys = owner_.app.hotkeys();
-    for (const Refusal& refusal : refusals) {
+    return std::ranges::all_of(refusals, [&](const Refusal& refusal) {
         press(refusal.keyCode, refusal.modifiers, refusal.characters);
-        if (!check(hotkeys.hotkeyRecording() && owner_.app.settings().hotkey == saved
-                    && words("hotkey-conflict") == refusal.told,
-                fmt::format("hotkey recorder: refusal \"{}\"", refusal.told)))
-            return false;
-    }
-    return true;
+        return check(hotkeys.hotkeyRecording() && owner_.app.settings().hotkey == saved
+                && words("hotkey-conflict") == refusal.told,
+            fmt::format("hotkey recorder: refusal \"{}\"", refusal.told));
+    });
 }
 
 bool SelfTest::recorderClears(const OstrelHotkey& saved)
