@@ -74,7 +74,7 @@ std::string spoilt(std::mt19937& chance, const std::vector<std::string>& seeds)
 {
     using namespace std::string_literals;
     static const std::array odd { "\0"s, "\xff"s, "\xed\xa0\x80"s, "\n"s, "\""s, "\\"s, "-"s, "1e999"s,
-        "null"s, "[]"s, "{}"s, "%"s, "=" s, ","s, std::string(300, '9'), std::string(200, '['),
+        "null"s, "[]"s, "{}"s, "%"s, "="s, ","s, std::string(300, '9'), std::string(200, '['),
         std::string(5000, 'x') };
     std::string text = seeds[below(chance, seeds.size())];
     for (std::size_t times = 1 + below(chance, 4); times > 0; --times) {
