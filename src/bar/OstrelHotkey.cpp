@@ -79,8 +79,9 @@ std::string OstrelHotkey::name(std::uint32_t keyCode, const std::optional<std::s
     const std::string typed = lowered(characters.value_or(""));
     const std::string_view first = firstSigns(typed, 1);
     // Control characters and the one that deletes can't be shown.
-    const bool control = first.size() == 1 && (static_cast<unsigned char>(first[0]) < 32 || first[0] == 127);
-    const bool readable = !first.empty() && !control && isValidUtf8(first);
+    const bool invisible
+        = first.size() == 1 && (static_cast<unsigned char>(first[0]) < 32 || first[0] == 127);
+    const bool readable = !first.empty() && !invisible && isValidUtf8(first);
     return readable ? std::string(first) : std::string();
 }
 
