@@ -202,14 +202,12 @@ bool SelfTest::recorderRefuses(const OstrelHotkey& saved)
         { 20, OstrelHotkey::shift | OstrelHotkey::command, "3", "⇧⌘3: taken by macOS screenshot" },
     } };
     const HotkeyController& hotkeys = owner_.app.hotkeys();
-    for (const Refusal& refusal : refusals) {
-        if (!press(refusal.keyCode, refusal.modifiers, refusal.characters)
-            || !check(hotkeys.hotkeyRecording() && owner_.app.settings().hotkey == saved
+    return std::ranges::all_of(refusals, [&](const Refusal& refusal) {
+        return press(refusal.keyCode, refusal.modifiers, refusal.characters)
+            && check(hotkeys.hotkeyRecording() && owner_.app.settings().hotkey == saved
                     && words("hotkey-conflict") == refusal.told,
-                fmt::format("hotkey recorder: refusal \"{}\"", refusal.told)))
-            return false;
-    }
-    return true;
+                fmt::format("hotkey recorder: refusal \"{}\"", refusal.told));
+    });
 }
 
 bool SelfTest::recorderClears(const OstrelHotkey& saved)

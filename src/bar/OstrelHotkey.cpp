@@ -79,8 +79,9 @@ std::string OstrelHotkey::name(std::uint32_t keyCode, const std::optional<std::s
     const std::string typed = lowered(characters.value_or(""));
     const std::string_view first = firstSigns(typed, 1);
     // Control characters and the one that deletes can't be shown.
-    const bool control = first.size() == 1 && (static_cast<unsigned char>(first[0]) < 32 || first[0] == 127);
-    const bool readable = !first.empty() && !control && isValidUtf8(first);
+    const bool invisible
+        = first.size() == 1 && (static_cast<unsigned char>(first[0]) < 32 || first[0] == 127);
+    const bool readable = !first.empty() && !invisible && isValidUtf8(first);
     return readable ? std::string(first) : std::string();
 }
 
@@ -117,8 +118,8 @@ std::string OstrelHotkey::display() const
 
 std::uint32_t OstrelHotkey::carbonModifiers() const
 {
-    return (modifiers & command ? 0x100U : 0U) | (modifiers & shift ? 0x200U : 0U)
-        | (modifiers & option ? 0x800U : 0U) | (modifiers & control ? 0x1000U : 0U);
+    return ((modifiers & command) ? 0x100U : 0U) | ((modifiers & shift) ? 0x200U : 0U)
+        | ((modifiers & option) ? 0x800U : 0U) | ((modifiers & control) ? 0x1000U : 0U);
 }
 
 FamilyCombo OstrelHotkey::familyCombo() const { return { keyCode, carbonModifiers() }; }

@@ -75,7 +75,7 @@ std::string_view takeUntil(std::string_view& rest, char mark)
 std::optional<std::string_view> hostOf(std::string_view authority)
 {
     authority = authority.substr(authority.rfind('@') + 1);
-    std::string_view behind = authority;
+    std::string_view behind;
     std::string_view host;
     if (authority.starts_with('[')) {
         const auto end = authority.find(']');

@@ -54,6 +54,11 @@ def has_owner(env: dict[str, str], name: str) -> bool:
     return call(env, *_DAEMON, "org.freedesktop.DBus.NameHasOwner", name) is True
 
 
+def connection_stats(env: dict[str, str], name: str) -> dict[str, Any]:
+    """What the bus itself holds for the connection that has the name."""
+    return call(env, *_DAEMON, "org.freedesktop.DBus.Debug.Stats.GetConnectionStats", name)
+
+
 def has_host(env: dict[str, str]) -> bool:
     """Whether something on the desktop shows status items."""
     return _watcher(env, "IsStatusNotifierHostRegistered") is True

@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
-/// Small texts of the kernel, the system and the settings: no bytes may lead a parser out of its bounds.
-#include "bar/OstrelHotkey.h"
+/// Small texts of the kernel and the system: no bytes may lead a parser out of its bounds.
 #include "platform/linux/Base64.h"
 #include "platform/linux/LinuxProcessInfo.h"
+#include "platform/linux/LinuxRunningInstances.h"
 #include "platform/linux/ProcFields.h"
 
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <string>
 #include <string_view>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
@@ -26,8 +27,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (platform::fromBase64(platform::toBase64(text)) != text)
         std::abort();
     (void)platform::fromBase64(text);
-    if (const auto hotkey = ostrel::OstrelHotkey::fromStorage(text))
-        if (ostrel::OstrelHotkey::fromStorage(hotkey->storage()) != hotkey)
-            std::abort();
+    // What stands in the brackets around a process's name tells nothing of it, unless it closes them itself.
+    if (text.find(')') == std::string_view::npos
+        && platform::statField("1 (" + std::string(text) + ") S 7", 4) != "7")
+        std::abort();
+    const auto start = platform::parseStartTicks(text);
+    if (start && *start == 0)
+        std::abort();
+    for (const int field : { 3, 22, 52 })
+        (void)platform::statField(text, field);
     return 0;
 }

@@ -82,6 +82,16 @@ public:
         return std::ranges::count_if(made_, [](const auto& job) { return !job.expired(); });
     }
 
+    /// How much waits for its time.
+    [[nodiscard]] std::size_t waiting() const { return due_.size(); }
+
+    /// Drops what is kept of timers that have gone.
+    void forgetEnded()
+    {
+        std::erase_if(made_, [](const auto& job) { return job.expired(); });
+        made_.shrink_to_fit();
+    }
+
 private:
     struct VirtualTimer final : platform::Timer {
         VirtualTimer(CallLog* log, Seconds period)

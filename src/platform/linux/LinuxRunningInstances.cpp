@@ -33,7 +33,7 @@ std::optional<Number> wholeNumber(std::string_view text)
 {
     Number value = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc() || end != text.data() + text.size() || value <= 0 || text.starts_with('0'))
+    if (error != std::errc() || end != text.data() + text.size() || value < 1 || text.starts_with('0'))
         return std::nullopt;
     return value;
 }

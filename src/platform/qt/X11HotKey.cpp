@@ -79,10 +79,10 @@ void X11HotKey::release()
 bool X11HotKey::grabAll()
 {
     const std::uint64_t flags = held_->modifierFlags;
-    const unsigned wanted = (flags & ModifierFlag::shift ? unsigned { XCB_MOD_MASK_SHIFT } : 0U)
-        | (flags & ModifierFlag::control ? unsigned { XCB_MOD_MASK_CONTROL } : 0U)
-        | (flags & ModifierFlag::option ? unsigned { modifiers_.option } : 0U)
-        | (flags & ModifierFlag::command ? unsigned { modifiers_.command } : 0U);
+    const unsigned wanted = ((flags & ModifierFlag::shift) ? unsigned { XCB_MOD_MASK_SHIFT } : 0U)
+        | ((flags & ModifierFlag::control) ? unsigned { XCB_MOD_MASK_CONTROL } : 0U)
+        | ((flags & ModifierFlag::option) ? unsigned { modifiers_.option } : 0U)
+        | ((flags & ModifierFlag::command) ? unsigned { modifiers_.command } : 0U);
     // The display compares all modifiers, so each state of the locks is a combination of its own.
     std::vector<xcb_void_cookie_t> asked;
     for (unsigned locks = modifiers_.locks;; locks = (locks - 1) & modifiers_.locks) {
