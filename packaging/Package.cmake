@@ -28,9 +28,9 @@ set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_LIST_DIR}/debian/postinst ${CMAKE_CURRENT_LIST_DIR}/debian/prerm
     ${CMAKE_CURRENT_LIST_DIR}/debian/conffiles)
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "memory instrument for machines on which coding agents run")
 set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
-"memory instrument for machines on which coding agents run
-A small item in the desktop's bar carries live numbers, and a panel of nine
+"A small item in the desktop's bar carries live numbers, and a panel of nine
 tabs shows how much room the machine has, what is taking it, and what can
 safely be given back: memory, swap, load and pressure, the top processes,
 the sessions of coding agents and their tool servers, scheduled jobs, and

@@ -42,7 +42,7 @@ def caught() -> str:
 @functools.lru_cache(maxsize=None)
 def prefix() -> str:
     """The prefix of an installation in place, from which the program can be started."""
-    place = f"{folder()}/a place"
+    place = f"{folder()}/opt"
     run("cmake", "--install", BUILD_TREE, "--prefix", place, "--strip", DESTDIR="")
     return place
 

@@ -42,7 +42,7 @@ class Package(unittest.TestCase):
 
         held = {path for path in files(self.root) if not path.startswith("DEBIAN/")}
         self.assertEqual(held, files(staging.caught()))
-        modes = {stat.S_IMODE(os.stat(folder).st_mode) for folder, _, _ in os.walk(self.root)}
+        modes = {stat.S_IMODE(os.stat(folder).st_mode) for folder, _, _ in os.walk(f"{self.root}/usr")}
         self.assertEqual(modes, {0o755})
         self.assertNotIn("__pycache__", staging.run("dpkg-deb", "-c", self.file))
         with open(f"{self.root}/DEBIAN/conffiles", encoding="utf-8") as file:

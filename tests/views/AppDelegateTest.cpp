@@ -80,6 +80,10 @@ TEST(AppDelegate, AddressesStandInPlaceOfOpeningAndEveryWayInReachesThePanel)
     EXPECT_FALSE(bench.delegate.panel().shown());
     bench.urlEvents.handlers.reopen();
     EXPECT_TRUE(bench.delegate.panel().shown());
+    bench.delegate.panel().close("test");
+    bench.urlEvents.handlers.action("settings");
+    EXPECT_TRUE(bench.delegate.panel().shown());
+    EXPECT_EQ(bench.delegate.frame().mode(), OstrelMode::settings);
 }
 
 TEST(AppDelegate, APlainStartOpensThePanelAndFetchesWhileItIsOpen)
