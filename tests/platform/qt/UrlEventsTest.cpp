@@ -57,7 +57,7 @@ struct Listening {
     {
         events.start({ .open = [this](const std::string& url) { heard.push_back(url); },
             .reopen = [this] { heard.emplace_back("reopen"); },
-            .action = [this](const std::string& name) { heard.push_back("action " + name); } });
+            .action = [this](const std::string& action) { heard.push_back("action " + action); } });
     }
 
     VirtualTime time;
