@@ -23,11 +23,13 @@ NAME, PATH = bus.APPLICATION
 DAEMON = ("org.freedesktop.DBus", "/org/freedesktop/DBus")
 SWITCH = ".config/zol-mini-apps/ostrel-no-autostart"
 USERS_ENTRY = f".config/autostart/{NAME}.desktop"
-LAUNCH_ACTION = f"""import gi
-gi.require_version("Gio", "2.0")
-from gi.repository import Gio
+# A launcher that stays on the bus, as a desktop's does: the bus drops what one that has left still asks for.
+LAUNCH_ACTION = f"""from gi.repository import Gio, GLib
+bus = Gio.bus_get_sync(Gio.BusType.SESSION, None)
+loop = GLib.MainLoop()
+GLib.timeout_add_seconds(15, loop.quit)
 Gio.DesktopAppInfo.new("{NAME}.desktop").launch_action("settings", None)
-Gio.bus_get_sync(Gio.BusType.SESSION, None).flush_sync(None)"""
+loop.run()"""
 IN_SETTINGS = "keep panel open"  # a button that no other tab has
 
 
@@ -80,6 +82,7 @@ class EntryPoints(PanelCase):
             ("entry", ["gio", "launch", entry], ""),
             ("action", [sys.executable, "-c", LAUNCH_ACTION], IN_SETTINGS),
             ("address", ["xdg-open", "ostrel://show?testbed=0"], ""),
+            ("address by gio", ["gio", "open", "OSTREL:?command=toggle"], ""),
             ("plain desktop", ["env", "XDG_CURRENT_DESKTOP=X-Generic", "xdg-open", "ostrel:"], ""),
         ]
         # What a desktop runs that knows nothing of the bus.

@@ -14,6 +14,7 @@ import staging
 
 NAME = "dev.quent.ostrel"
 ENTRY = f"usr/share/applications/{NAME}.desktop"
+ADDRESS_ENTRY = f"usr/share/applications/{NAME}-address.desktop"
 AUTOSTART = f"etc/xdg/autostart/{NAME}.desktop"
 MAN_PAGE = "usr/share/man/man1/ostrel.1.gz"
 METADATA = f"usr/share/metainfo/{NAME}.metainfo.xml"
@@ -78,7 +79,7 @@ class Files(unittest.TestCase):
                     self.assertIn(f"{place}/{name}".encode(), file.read())
 
     def test_the_desktops_tools_find_no_fault(self):
-        for path in (ENTRY, AUTOSTART):
+        for path in (ENTRY, ADDRESS_ENTRY, AUTOSTART):
             self.assertEqual(staging.run("desktop-file-validate", f"{self.root}/{path}"), "")
         staging.run("appstreamcli", "validate", "--no-net", f"{self.root}/{METADATA}")
         man = ["man", "--warnings", "-E", "UTF-8", "-l", "-Tutf8", "-Z", f"{self.root}/{MAN_PAGE}"]
