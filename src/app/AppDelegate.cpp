@@ -114,7 +114,7 @@ AppDelegate::AppDelegate(const PlatformServices& services)
           .deepClean = [this] { maintenance_.deepClean(); },
           .showAbout = [this] { aboutWindow_.show(); },
           .quit = services.quit })
-    , routes_(panel_)
+    , routes_(panel_, frame_)
     , hintStage_({ services.runLoop, services.mainQueue, services.workspace, services.occlusion },
           services.floatingWindows)
     , hints_({ services.defaults, services.mainQueue, services.clock, services.screens, tick_, settings_,
@@ -225,8 +225,9 @@ bool AppDelegate::leavesToElder(const LaunchWish& wish)
 
 void AppDelegate::listenToRoutes()
 {
-    services_.urlEvents.start(
-        [this](const std::string& url) { routes_.handleUrl(url); }, [this] { routes_.handleReopen(); });
+    services_.urlEvents.start({ .open = [this](const std::string& url) { routes_.handleUrl(url); },
+        .reopen = [this] { routes_.handleReopen(); },
+        .action = [this](const std::string& name) { routes_.handleAction(name); } });
     testbedObservation_ = services_.notifications.observe(std::string(appIdentifier) + ".testbed",
         [this](const platform::UserInfo& userInfo) { routes_.handleTestbedNotification(userInfo); });
 }

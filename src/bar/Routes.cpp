@@ -6,8 +6,9 @@
 
 namespace ostrel {
 
-Routes::Routes(PanelDoor& panel)
+Routes::Routes(PanelDoor& panel, PanelBody& body)
     : panel_(panel)
+    , body_(body)
 {
 }
 
@@ -24,6 +25,15 @@ void Routes::handleTestbedNotification(const platform::UserInfo& userInfo)
 }
 
 void Routes::handleReopen() { panel_.show(); }
+
+void Routes::handleAction(std::string_view name)
+{
+    if (name != "show" && name != "settings")
+        return;
+    panel_.show();
+    if (name == "settings")
+        body_.switchMode(OstrelMode::settings);
+}
 
 void Routes::handleRouteCommand(std::string_view command, bool testbed)
 {

@@ -9,14 +9,22 @@
 
 namespace platform {
 
-/// What the desktop asks of the running program: to open an address, or to come forward. Main thread.
+/// What is done at each kind of request of the desktop.
+struct DesktopRequests {
+    std::function<void(const std::string&)> open; ///< an address, as it was given
+    Job reopen; ///< to come forward
+    std::function<void(const std::string&)> action; ///< an action of the desktop entry, by its name; any text
+};
+
+/// What the desktop asks of the running program: to open an address, to come forward, or to do one of the
+/// actions of its desktop entry. Main thread.
 class UrlEvents {
 public:
     virtual ~UrlEvents() = default;
 
-    /// From now on each address, as it was given, and each request to come forward runs its handler in a turn
-    /// of its own.
-    virtual void start(std::function<void(const std::string&)> open, Job reopen) = 0;
+    /// From now on each address, each action and each request to come forward runs its handler in a turn of
+    /// its own.
+    virtual void start(DesktopRequests handlers) = 0;
     /// Nothing comes any more, and another instance may listen.
     virtual void stop() = 0;
 

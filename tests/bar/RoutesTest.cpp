@@ -4,6 +4,7 @@
 #include "bar/RouteUrl.h"
 #include "bar/SingleInstance.h"
 
+#include "support/FakePanel.h"
 #include "support/FakeRunningInstances.h"
 #include "support/FakeUrlEvents.h"
 
@@ -69,7 +70,8 @@ struct Door final : PanelDoor {
 TEST(Routes, EveryWayLeadsToTheSameCommands)
 {
     Door door;
-    Routes routes(door);
+    FakePanel body;
+    Routes routes(door, body);
     for (const bool open : { false, true }) {
         door.open = open;
         for (const std::string command : { "show", "open", "hide", "close", "toggle", "rename", "" }) {
@@ -87,7 +89,12 @@ TEST(Routes, EveryWayLeadsToTheSameCommands)
     routes.handleTestbedNotification({ { "action", "banana" } });
     routes.handleTestbedNotification({});
     routes.handleReopen();
-    EXPECT_EQ(door.calls, (std::vector<std::string> { "route-hide", "testbed", "show" }));
+    routes.handleAction("show");
+    routes.handleAction("quit");
+    EXPECT_EQ(body.tab, OstrelMode::overview);
+    routes.handleAction("settings");
+    EXPECT_EQ(body.tab, OstrelMode::settings);
+    EXPECT_EQ(door.calls, (std::vector<std::string> { "route-hide", "testbed", "show", "show", "show" }));
 }
 
 TEST(SingleInstance, OfTwoProcessesTheElderStaysAndGetsWhatTheYoungerWasAskedFor)

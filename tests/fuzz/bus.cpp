@@ -113,7 +113,8 @@ public:
         own_.registerVirtualObject(StatusNotifierObject::path, &item_);
         own_.registerVirtualObject(StatusNotifierObject::menuPath, &menu_);
         item_.setOffered(true);
-        urls_.start([this](const std::string& url) { opened_.push_back(url); }, [] {});
+        const auto keep = [this](const std::string& text) { opened_.push_back(text); };
+        urls_.start({ .open = keep, .reopen = [] {}, .action = keep });
         told_ = notifications_.observe(testbed, [this](const UserInfo&) { ++heard_; });
         check(spinUntil([this] { return !other_.interface()->serviceOwner(program).value().isEmpty(); }));
     }

@@ -10,17 +10,15 @@
 
 /// Keeps the handlers for a test to run, and what was handed to another instance.
 struct FakeUrlEvents final : platform::UrlEvents, Logged {
-    void start(std::function<void(const std::string&)> newOpen, platform::Job newReopen) override
+    void start(platform::DesktopRequests newHandlers) override
     {
         note("listens to addresses");
-        open = std::move(newOpen);
-        reopen = std::move(newReopen);
+        handlers = std::move(newHandlers);
     }
     void stop() override
     {
         note("listens to no address");
-        open = {};
-        reopen = {};
+        handlers = {};
     }
     bool handOver(const std::vector<std::string>& urls) override
     {
@@ -29,7 +27,6 @@ struct FakeUrlEvents final : platform::UrlEvents, Logged {
         return true;
     }
 
-    std::function<void(const std::string&)> open;
-    platform::Job reopen;
+    platform::DesktopRequests handlers;
     std::vector<std::vector<std::string>> handed;
 };

@@ -36,13 +36,17 @@ TEST(AppDelegate, AddressesStandInPlaceOfOpeningAndEveryWayInReachesThePanel)
     AppBench bench;
     EXPECT_TRUE(bench.delegate.applicationDidFinishLaunching({ .urls = { "ostrel://hide" } }));
     EXPECT_FALSE(bench.delegate.panel().shown());
-    bench.urlEvents.open("ostrel://toggle");
+    bench.urlEvents.handlers.open("ostrel://toggle");
     EXPECT_TRUE(bench.delegate.panel().shown());
     bench.notifications.post("dev.quent.ostrel.testbed", { { "action", "hide" } });
     bench.notifications.observers.tell();
     EXPECT_FALSE(bench.delegate.panel().shown());
-    bench.urlEvents.reopen();
+    bench.urlEvents.handlers.reopen();
     EXPECT_TRUE(bench.delegate.panel().shown());
+    bench.delegate.panel().close("test");
+    bench.urlEvents.handlers.action("settings");
+    EXPECT_TRUE(bench.delegate.panel().shown());
+    EXPECT_EQ(bench.delegate.frame().mode(), OstrelMode::settings);
 }
 
 TEST(AppDelegate, APlainStartOpensThePanelAndFetchesWhileItIsOpen)

@@ -319,7 +319,7 @@ TEST(StartAndEnd, TheEndLeavesNothingInWhateverStateItComesAndStopsTheCollectors
                 + app.occlusion.observers.count(),
             0);
         EXPECT_FALSE(app.hotKeys.registered);
-        EXPECT_FALSE(app.urlEvents.open);
+        EXPECT_FALSE(app.urlEvents.handlers.open);
         EXPECT_FALSE(app.instances.registered);
         EXPECT_EQ(app.popovers.alive + app.statusBar.items, 0);
         EXPECT_FALSE(app.delegate.hints().hintShown());

@@ -25,9 +25,9 @@ constexpr const char* interface = "org.freedesktop.Application";
 
 constexpr auto handOverLimit = 1000ms;
 constexpr auto ownerStep = 10ms;
-/// More than anybody opens at once, longer than any address of ours.
+/// More than anybody opens at once, longer than any address or action of ours.
 constexpr qsizetype mostAddresses = 16;
-constexpr qsizetype longestAddress = 4096;
+constexpr qsizetype longestText = 4096;
 /// DBUS_NAME_FLAG_DO_NOT_QUEUE. Nor does the holder let others replace it.
 constexpr unsigned withoutQueueing = 4;
 
@@ -42,18 +42,13 @@ QDBusMessage busCall(const char* member, const QVariantList& arguments)
 
 QString pathOf(QString name) { return "/" + name.replace('.', '/').replace('-', '_'); }
 
-struct Handlers {
-    std::function<void(const std::string&)> open;
-    Job reopen;
-};
-
 /// The object that the desktop calls. Each call is answered at once.
 class ApplicationObject final : public BusObject {
 public:
-    ApplicationObject(MainQueue& queue, Handlers handlers)
+    ApplicationObject(MainQueue& queue, DesktopRequests handlers)
         : BusObject(interface)
         , queue_(queue)
-        , handlers_(std::make_shared<const Handlers>(std::move(handlers)))
+        , handlers_(std::make_shared<const DesktopRequests>(std::move(handlers)))
     {
     }
 
@@ -81,19 +76,22 @@ private:
         const QDBusMessage& message, const QString& call, const QDBusConnection&) override
     {
         if (call == "Activate(a{sv})")
-            later([](const Handlers& handlers) { handlers.reopen(); });
+            later([](const DesktopRequests& handlers) { handlers.reopen(); });
         else if (call == "Open(asa{sv})")
-            open(message.arguments()[0].toStringList());
-        else if (call != "ActivateAction(sava{sv})")
+            hand(message.arguments()[0].toStringList().mid(0, mostAddresses), &DesktopRequests::open);
+        else if (call == "ActivateAction(sava{sv})")
+            hand({ message.arguments()[0].toString() }, &DesktopRequests::action);
+        else
             return std::nullopt;
         return message.createReply();
     }
 
-    void open(const QStringList& addresses)
+    void hand(const QStringList& texts, std::function<void(const std::string&)> DesktopRequests::*handler)
     {
-        for (const QString& address : addresses.mid(0, mostAddresses))
-            if (const QByteArray bytes = address.toUtf8(); bytes.size() <= longestAddress)
-                later([text = bytes.toStdString()](const Handlers& handlers) { handlers.open(text); });
+        for (const QString& text : texts)
+            if (const QByteArray bytes = text.toUtf8(); bytes.size() <= longestText)
+                later([handler, word = bytes.toStdString()](
+                          const DesktopRequests& handlers) { (handlers.*handler)(word); });
     }
 
     template <typename Call>
@@ -106,7 +104,7 @@ private:
     }
 
     MainQueue& queue_;
-    std::shared_ptr<const Handlers> handlers_;
+    std::shared_ptr<const DesktopRequests> handlers_;
 };
 
 } // namespace
@@ -114,7 +112,7 @@ private:
 /// The object with the name, for as long as this lives and nobody else has it.
 class QtUrlEvents::Listener {
 public:
-    Listener(MainQueue& queue, const QString& name, Handlers handlers)
+    Listener(MainQueue& queue, const QString& name, DesktopRequests handlers)
         : bus_(QDBusConnection::sessionBus())
         , name_(name)
         , object_(queue, std::move(handlers))
@@ -158,10 +156,9 @@ QtUrlEvents::QtUrlEvents(MainQueue& queue, const std::string& identifier)
 
 QtUrlEvents::~QtUrlEvents() = default;
 
-void QtUrlEvents::start(std::function<void(const std::string&)> open, Job reopen)
+void QtUrlEvents::start(DesktopRequests handlers)
 {
-    listener_ = std::make_unique<Listener>(
-        queue_, name_, Handlers { .open = std::move(open), .reopen = std::move(reopen) });
+    listener_ = std::make_unique<Listener>(queue_, name_, std::move(handlers));
 }
 
 void QtUrlEvents::stop() { listener_.reset(); }

@@ -11,9 +11,9 @@
 namespace platform {
 
 /// org.freedesktop.Application on the session bus, under the program's identifier and the path that belongs
-/// to it: Activate asks to come forward, Open brings addresses; of one call the first 16 are taken, of at
-/// most 4 KiB each. Nobody is pushed off the name: while another process has it, this one waits for its turn.
-/// Without a bus nothing ever comes.
+/// to it: Activate asks to come forward, ActivateAction for an action by its name, Open brings addresses; of
+/// one call the first 16 are taken. Texts of more than 4 KiB are dropped. Nobody is pushed off the name:
+/// while another process has it, this one waits for its turn. Without a bus nothing ever comes.
 class QtUrlEvents final : public UrlEvents {
 public:
     /// Touches no bus yet. What comes runs through `queue`, which outlives this.
@@ -23,7 +23,7 @@ public:
     ~QtUrlEvents() override;
 
     /// Never waits for the bus to answer.
-    void start(std::function<void(const std::string&)> open, Job reopen) override;
+    void start(DesktopRequests handlers) override;
     void stop() override;
 
     /// Stops listening first, so that the other may have the name when it was here; a name that nobody has

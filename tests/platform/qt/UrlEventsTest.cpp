@@ -55,8 +55,9 @@ struct OtherProgram {
 struct Listening {
     Listening()
     {
-        events.start([this](const std::string& url) { heard.push_back(url); },
-            [this] { heard.emplace_back("reopen"); });
+        events.start({ .open = [this](const std::string& url) { heard.push_back(url); },
+            .reopen = [this] { heard.emplace_back("reopen"); },
+            .action = [this](const std::string& action) { heard.push_back("action " + action); } });
     }
 
     VirtualTime time;
@@ -77,6 +78,8 @@ TEST(QtUrlEvents, CallsAreAnsweredAtOnceAndHandledInTurnsOfTheirOwn)
             { "Open", { QStringList { "ostrel:a", "ostrel:b" }, QVariantMap() }, "" },
             { "Activate", { QVariantMap { { "desktop-startup-id", 1 } } }, "" },
             { "ActivateAction", { "show", QVariantList(), QVariantMap() }, "" },
+            { "ActivateAction", { QString(4097, 'c'), QVariantList(), QVariantMap() }, "" },
+            { "ActivateAction", { "show", QVariantMap() }, "org.freedesktop.DBus.Error.InvalidArgs" },
             { "Open", { many, QVariantMap() }, "" },
             { "Open", { "ostrel:a", QVariantMap() }, "org.freedesktop.DBus.Error.InvalidArgs" },
             { "Activate", {}, "org.freedesktop.DBus.Error.InvalidArgs" },
@@ -86,7 +89,8 @@ TEST(QtUrlEvents, CallsAreAnsweredAtOnceAndHandledInTurnsOfTheirOwn)
     EXPECT_EQ(other.call("Introspect", {}, "org.freedesktop.DBus.Introspectable"), "s");
     EXPECT_TRUE(own.heard.empty()) << "nothing runs inside the bus's own handler";
     own.time.runPosted();
-    std::vector<std::string> expected { "ostrel:a", "ostrel:b", "reopen", std::string(4096, 'a') };
+    std::vector<std::string> expected { "ostrel:a", "ostrel:b", "reopen", "action show",
+        std::string(4096, 'a') };
     for (int n = 2; n < 16; ++n)
         expected.push_back(std::to_string(n));
     EXPECT_EQ(own.heard, expected);
