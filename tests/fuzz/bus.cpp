@@ -27,7 +27,7 @@ using namespace platform;
 constexpr const char* program = "dev.quent.ostrel";
 constexpr const char* testbed = "dev.quent.ostrel.testbed";
 constexpr const char* properties = "org.freedesktop.DBus.Properties";
-constexpr std::size_t longestAddress = 4096;
+constexpr std::size_t longestText = 4096;
 constexpr std::size_t mostAddresses = 16;
 constexpr int mostCalls = 8;
 
@@ -113,7 +113,7 @@ public:
         own_.registerVirtualObject(StatusNotifierObject::path, &item_);
         own_.registerVirtualObject(StatusNotifierObject::menuPath, &menu_);
         item_.setOffered(true);
-        const auto keep = [this](const std::string& text) { opened_.push_back(text); };
+        const auto keep = [this](const std::string& text) { asked_.push_back(text); };
         urls_.start({ .open = keep, .reopen = [] {}, .action = keep });
         told_ = notifications_.observe(testbed, [this](const UserInfo&) { ++heard_; });
         check(spinUntil([this] { return !other_.interface()->serviceOwner(program).value().isEmpty(); }));
@@ -124,12 +124,12 @@ public:
 
     void run(FuzzBytes bytes)
     {
-        opened_.clear();
+        asked_.clear();
         QList<QDBusPendingCall> pending;
-        std::size_t opens = 0;
+        std::size_t most = 0;
         for (int calls = 0; calls < mostCalls && !bytes.empty(); ++calls) {
             const QDBusMessage message = anyMessage(bytes);
-            opens += message.member() == "Open" ? 1 : 0;
+            most += message.member() == "Open" ? mostAddresses : message.member() == "ActivateAction" ? 1 : 0;
             if (message.type() == QDBusMessage::SignalMessage)
                 other_.send(message);
             else
@@ -146,9 +146,9 @@ public:
             check(one.error().type() != QDBusError::NoReply && one.error().type() != QDBusError::TimedOut);
         check(pending.back().reply().arguments().size() == 2);
         time_.runPosted();
-        check(opened_.size() <= opens * mostAddresses);
-        for (const std::string& url : opened_)
-            check(url.size() <= longestAddress);
+        check(asked_.size() <= most);
+        for (const std::string& text : asked_)
+            check(text.size() <= longestText);
         check(greyActs_ == 0);
     }
 
@@ -197,7 +197,7 @@ private:
     QtUrlEvents urls_ { time_, program };
     QtDistributedNotificationCenter notifications_ { time_ };
     std::unique_ptr<Observation> told_;
-    std::vector<std::string> opened_;
+    std::vector<std::string> asked_;
     int presses_ = 0;
     int heard_ = 0;
     int acts_ = 0;
