@@ -97,7 +97,8 @@ class Ends(DesktopCase):
         names = (bus.APPLICATION[0], f"{bus.ITEM}-{process.pid}-1")
         self.wait_for("no name", lambda: not any(bus.has_owner(self.desktop.env, name) for name in names))
         if not at_once:
-            self.wait_for("no item", lambda: names[1] not in "".join(bus.items(self.desktop.env)))
+            self.wait_for("no item",
+                          lambda: not any(names[1] in item for item in bus.items(self.desktop.env)))
         self.assertEqual(self.instances(), [])
         for folder, _, files in os.walk(self.home):
             for name in files:
