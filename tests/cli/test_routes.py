@@ -54,6 +54,8 @@ class SeveralLaunches(ProgramTest):
 
     def test_the_testbeds_message_opens_and_closes_the_panel_of_the_running_instance(self) -> None:
         elder = self.start("--background")
+        # Taken by the elder's loop, and so once it listens to messages too.
+        self.expect_duplicate(elder, "ostrel://hide")
         for action, reason in (("hide", "route-hide"), ("toggle", "route-toggle")):
             self.assertEqual(self.run_program("--testbed", "Open").returncode, 0)
             self.assertEqual(self.run_program("--testbed", action).returncode, 0)
