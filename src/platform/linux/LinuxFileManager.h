@@ -14,8 +14,8 @@ namespace platform {
 /// over it. What a killed process left behind under such a name is removed by the next replacement of the
 /// same target, from whichever process that comes. A target that is a symbolic link to a regular file of this
 /// user's keeps being a link, as the settings of those who keep them elsewhere need it: the file behind it is
-/// replaced. Any other link, a dangling one too, is itself replaced. A folder of this user's that is asked for
-/// is closed to the writing of others.
+/// replaced. Any other link, a dangling one too, is itself replaced. A folder of this user's that is asked
+/// for is closed to the writing of others.
 class LinuxFileManager final : public FileManager {
 public:
     /// $HOME, or else the password database; only an absolute path counts.
