@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
 """The agents tab on the real program, the real bridge and a real tmux whose client is an xterm."""
+import os
 import re
 import shutil
 import subprocess
@@ -28,7 +29,7 @@ class Sessions(PanelCase):
         self.bench = bench = Terminals(self, {name: self.desktop.env[name] for name in (
             "DISPLAY", "XAUTHORITY") if name in self.desktop.env})
         self.environ = {"TMUX_TMPDIR": bench.root}
-        bench.session("a-test", "-n", "plain", "sleep 300")
+        self.server = bench.session("a-test", "-n", "plain", "sleep 300")
         bench.tmux("new-window", "-d", "-n", "agent", "bash -c 'bash -c \"exec -a claude sleep 300\"; :'")
         self.wait_for("agent", lambda: any("agentIdentity" in row for row in bench.rows().values()))
 
@@ -72,6 +73,7 @@ class Sessions(PanelCase):
         self.press(process, "open terminal", SECOND)
         self.said(process, "That terminal doesn't exist any more\\. Refresh to read the list anew\\.")
         self.bench.tmux("kill-server")
+        self.wait_for("the server's end", lambda: not os.path.exists(f"/proc/{self.server}"))
         self.press(process, "refresh terminals")
         self.wait_for("no such row", lambda: FIRST not in self.names(process))
         self.end(process)

@@ -93,8 +93,8 @@ void expectFlat(std::string_view what, int warmUp, int repetitions, const std::f
     EXPECT_EQ(after.descriptors, before.descriptors) << what;
     EXPECT_EQ(after.threads, before.threads) << what;
     EXPECT_EQ(after.timers, before.timers) << what;
-    EXPECT_EQ(after.jobs, before.jobs) << what;
-    EXPECT_EQ(after.widgets, before.widgets) << what;
+    EXPECT_LE(after.jobs, before.jobs) << what;
+    EXPECT_LE(after.widgets, before.widgets) << what;
     EXPECT_EQ(after.children, before.children) << what;
 }
 
@@ -108,6 +108,18 @@ void forget(AppBench& bench)
     bench.notifications.posted = {};
     bench.time.forgetEnded();
 }
+
+/// The panel on a tab with many rows, once all that the start planned for later is through.
+struct GrowthTab : OpenTab {
+    explicit GrowthTab(OstrelMode mode)
+        : OpenTab(mode)
+    {
+        time.advance(Seconds(120));
+        settleBackground();
+        fetch(snapshotText(40));
+        settle();
+    }
+};
 
 TEST(Growth, TicksOfAWeekLeaveNothingBehind)
 {
@@ -137,7 +149,7 @@ TEST(Growth, TicksOfAWeekLeaveNothingBehind)
 TEST(Growth, RendersOfEachTabLeaveNothingBehind)
 {
     for (const OstrelModeWords& tab : ostrelModes()) {
-        OpenTab bench(tab.mode, snapshotText(40));
+        GrowthTab bench(tab.mode);
         expectFlat(
             tab.title, 60, times(10'000, 150),
             [&bench] {
@@ -155,7 +167,7 @@ TEST(Growth, RendersOfEachTabLeaveNothingBehind)
 
 TEST(Growth, OpeningsOfThePanelLeaveNothingBehind)
 {
-    OpenTab bench(OstrelMode::overview, snapshotText(40));
+    GrowthTab bench(OstrelMode::overview);
     expectFlat(
         "openings", 60, times(1'000, 150),
         [&bench] {

@@ -20,6 +20,7 @@ public:
         note("watches " + what);
         auto one = std::make_unique<One>(log(), "watches no " + what);
         one->job = std::make_shared<platform::Job>(std::move(changed));
+        std::erase_if(jobs_, [](const auto& job) { return job.expired(); });
         jobs_.emplace_back(one->job);
         return one;
     }

@@ -82,10 +82,11 @@ const std::string stateFile = "/home/someone/.config/zol-mini-apps/ostrel-bar-st
 /// The start with everything up to where the panel would open.
 const Lines ownStart { "lets others see it", "looks for others", "plans for 1.2 s",
     "looks up dev.quent.ostrel.theme", "(has its fonts)", "looks up zol.shell.pin-migrated", "…",
-    "reads " + historyFile, "looks for /opt/ostrel.py", "makes the item", "reads the machine",
-    "draws the item", "looks up NSStatusItem Preferred Position dev.quent.ostrel.status-item.v3",
-    "writes " + stateFile, "plans for 2 s", "plans for 15 s", "plans for 60 s", "samples the processor",
-    "reads the machine", "hands work to the background", "draws the item",
+    "reads " + historyFile, "looks for " + historyFile, "looks for /opt/ostrel.py", "makes the item",
+    "reads the machine", "draws the item",
+    "looks up NSStatusItem Preferred Position dev.quent.ostrel.status-item.v3", "writes " + stateFile,
+    "plans for 2 s", "plans for 15 s", "plans for 60 s", "samples the processor", "reads the machine",
+    "hands work to the background", "draws the item",
     "looks up NSStatusItem Preferred Position dev.quent.ostrel.status-item.v3", "looks for " + stateFile,
     "looks up ostrel.hintPolicy", "…", "timer of 10 s", "listens to the hotkey", "takes the hotkey",
     "listens to addresses", "watches message" };
