@@ -129,7 +129,7 @@ TEST(HotkeyController, TheRecorderTakesWhatTheRulesAndTheDesktopAllowAndStaysArm
     bench.center.taken = { 40 };
     for (const auto& [keyCode, flags, characters, told] : {
              std::tuple { 35U, std::uint64_t { 0 }, "p", "⌥⌘m -* p: needs a modifier: hold ⌥ or ⌃" },
-             { 35U, option, "p", "⌥⌘m -* ⌥p: needs two modifiers, one alone belongs to the front app" },
+             { 46U, command, "m", "⌥⌘m -* ⌘m: needs two modifiers, one alone belongs to the front app" },
              { 20U, shift | command, "#", "⌥⌘m -* ⇧⌘#: taken by macOS screenshot" },
              { 32U, both, "u", "⌥⌘m -* ⌥⌘u: taken by Sillon" },
              { 40U, both, "k", "⌥⌘m -* ⌥⌘k: held by another app" },

@@ -208,17 +208,20 @@ TEST(JanitorTab, TheFirstBodyLoadsOnceAndOnlyItsOwnTabsAreDrawnAnew)
     EXPECT_FALSE(bench.tab.cleanupBody().targets[1].buttons[0].enabled);
     bench.answer(R"({"findings":[{"level":"warning","title":"t"}]})");
     bench.answer(R"({"receipts":[{"ts":"1"},{"ts":"2"}]})");
-    bench.answer(R"({"groups":["agents-light","app-caches","odd"],"titles":{"odd":"Odd things"}})");
+    bench.answer(R"({"groups":["agents-light","app-caches","odd","agent-screenshots","product-builds"],
+        "titles":{"odd":"Odd things"}})");
     bench.deliver();
     EXPECT_EQ(bench.runs(), (Lines { "findings", "receipts", "groups" }));
     EXPECT_EQ(bench.panel.calls, (Lines { "render", "render", "render" }));
     EXPECT_EQ(bench.status(), "1 findings · collected " + bench.clock());
     const CleanupBody body = bench.tab.cleanupBody();
     EXPECT_EQ(body.groupsTitle, "more groups · the same two presses");
-    ASSERT_EQ(body.groups.size(), 2U) << "agents have rows of their own";
+    ASSERT_EQ(body.groups.size(), 4U) << "agents have rows of their own";
     EXPECT_EQ(body.groups[0].title, "caches of the selected apps");
     EXPECT_EQ(body.groups[0].selected, "selected: none chosen; pick caches in settings");
     EXPECT_EQ(body.groups[1].title, "Odd things");
+    EXPECT_EQ(body.groups[2].title, "agent screenshots older than 7 days");
+    EXPECT_EQ(body.groups[3].title, "product build output older than 14 days");
     EXPECT_EQ(body.groups[1].clean.identifier, "cleanup-group-odd");
     EXPECT_EQ(body.receipts, (Lines { "1 · action", "2 · action" }));
     bench.panel.tab = OstrelMode::system;

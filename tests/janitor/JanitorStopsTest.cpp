@@ -222,6 +222,7 @@ TEST(JanitorStops, AFindingStopsThoseThatAreHeldSinceTheListAndNoOthers)
         Bench bench;
         bench.alerts.meanwhile = [&] {
             EXPECT_EQ(bench.processSignals.held, (Pids { 70, 71 })) << "before the question";
+            EXPECT_EQ(bench.lastAction(), "checking 2 processes against the protection list…");
             bench.tab.pressFinding(Bench::finding({ 70 }));
             EXPECT_TRUE(bench.globalQueue.waiting.empty()) << "no second time while the question stands";
             c.meanwhile(bench);

@@ -201,6 +201,7 @@ TEST(ServerTab, SaysWhatItHasAndWhatIsToBeTyped)
         (QStringList {
             "check capacity", "eco", "balanced (on)", "fast", "preview task", "start on server (off)" }));
     EXPECT_TRUE(tab.texts().contains("server · on demand"));
+    EXPECT_TRUE(tab.page().findChild<QLabel*>("server-profile"));
     EXPECT_EQ(tab.named<QLineEdit>("alias").accessibleName(), "SSH host alias");
     EXPECT_EQ(tab.named<QLineEdit>("repo").height(), 30);
     EXPECT_EQ(tab.named<QPlainTextEdit>("task").size(), QSize(728, 76));
