@@ -16,6 +16,7 @@ public:
     {
         auto one = std::make_unique<One>();
         one->job = std::make_shared<platform::Job>(std::move(changed));
+        std::erase_if(jobs_, [](const auto& gone) { return gone.expired(); });
         jobs_.emplace_back(one->job);
         return one;
     }
