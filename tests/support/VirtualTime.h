@@ -44,6 +44,7 @@ public:
         note(fmt::format("timer of {} s", period.count()));
         auto timer = std::make_unique<VirtualTimer>(log(), period);
         timer->job = std::make_shared<platform::Job>(std::move(job));
+        std::erase_if(made_, [](const auto& gone) { return gone.expired(); });
         made_.emplace_back(timer->job);
         plan(period, timer->job);
         return timer;
@@ -84,13 +85,6 @@ public:
 
     /// How much waits for its time.
     [[nodiscard]] std::size_t waiting() const { return due_.size(); }
-
-    /// Drops what is kept of timers that have gone.
-    void forgetEnded()
-    {
-        std::erase_if(made_, [](const auto& job) { return job.expired(); });
-        made_.shrink_to_fit();
-    }
 
 private:
     struct VirtualTimer final : platform::Timer {

@@ -2,6 +2,7 @@
 #include "platform/qt/PortalShortcuts.h"
 
 #include "platform/qt/PortalTrigger.h"
+#include "platform/qt/StatusNotifierTypes.h"
 
 #include <utility>
 
@@ -194,7 +195,7 @@ void PortalShortcuts::responded(const QDBusMessage& message)
     constexpr unsigned yes = 0;
     if (told.size() != 2 || told[0].userType() != QMetaType::UInt || told[0].toUInt() != yes)
         return fail(HotKeyRefusal::declined);
-    (this->*answered)(qdbus_cast<QVariantMap>(told[1]));
+    (this->*answered)(busDictionary(told[1]));
 }
 
 void PortalShortcuts::endSession()

@@ -2,11 +2,11 @@
 #include "platform/qt/StatusNotifierLink.h"
 
 #include "platform/qt/LabelHosts.h"
+#include "platform/qt/StatusNotifierTypes.h"
 
 #include <algorithm>
 #include <utility>
 
-#include <QDBusArgument>
 #include <QDBusPendingCallWatcher>
 #include <QFile>
 
@@ -108,7 +108,7 @@ void StatusNotifierLink::askList()
 {
     call(toWatcher("org.freedesktop.DBus.Properties", "GetAll", { watcherService }),
         [this](const QDBusMessage& answer) {
-            const auto all = qdbus_cast<QVariantMap>(answer.arguments().value(0));
+            const auto all = busDictionary(answer.arguments().value(0));
             const QVariant listed = all.value("RegisteredStatusNotifierItems");
             // A watcher without the property took the item all the same.
             const QStringList items = listed.isValid() ? listed.toStringList() : QStringList { service_ };

@@ -130,6 +130,14 @@ void registerStatusNotifierTypes()
     qDBusRegisterMetaType<QList<int>>();
 }
 
+QVariantMap busDictionary(const QVariant& value)
+{
+    if (value.userType() != qMetaTypeId<QDBusArgument>())
+        return value.toMap();
+    const auto argument = qvariant_cast<QDBusArgument>(value);
+    return argument.currentSignature() == "a{sv}" ? qdbus_cast<QVariantMap>(argument) : QVariantMap();
+}
+
 BusImage busImage(const Image& image)
 {
     BusImage bus { .width = image.width, .height = image.height, .pixels = {} };

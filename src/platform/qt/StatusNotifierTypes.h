@@ -74,6 +74,10 @@ const QDBusArgument& operator>>(const QDBusArgument& from, BusMenuEvent& event);
 /// Tells the bus library about the types; harmless when repeated.
 void registerStatusNotifierTypes();
 
+/// A dictionary of texts and values as a message holds it; empty for anything else, over which the bus
+/// library would fall.
+[[nodiscard]] QVariantMap busDictionary(const QVariant& value);
+
 [[nodiscard]] BusImage busImage(const Image& image);
 
 } // namespace platform
