@@ -73,8 +73,7 @@ TEST(Words, EachTabSaysAndExplainsItselfInItsOwnWords)
                 "agent sessions and what each one holds · key 4", "insights and the local analyst · key 5",
                 "previews of what can be freed, each with a receipt · key 6",
                 "every scheduler lane, its rhythm and its last result · key 7",
-                "remote capacity and the tasks you send there · key 8",
-                "menu bar, theme, hotkey, refresh and motion · key 9" } },
+                "remote capacity and the tasks you send there · key 8" } },
         { overview,
             { "panel keys", "1    dashboard", "2    system", "3    processes", "4    agents", "5    insights",
                 "6    cleanup", "7    automations", "8    server", "9    settings", "esc  close panel",
@@ -151,13 +150,6 @@ TEST(Words, EachTabSaysAndExplainsItselfInItsOwnWords)
                 << text << " in\n"
                 << QStringList(said.values()).join("\n").toStdString();
     }
-}
-
-TEST(Words, TheLineSaysThatItWaitsBeforeThereIsAnythingToSay)
-{
-    AppBench bench;
-    bench.start();
-    EXPECT_TRUE(bench.texts().contains("loading…")) << bench.texts().join("\n").toStdString();
 }
 
 } // namespace
