@@ -71,3 +71,19 @@ def end_all(mark: str, reaped_elsewhere: Collection[int]) -> set[int]:
 def _read(path: str) -> bytes:
     with open(path, "rb") as file:
         return file.read()
+
+
+def children(pid: int, script: str = "") -> list[int]:
+    """The children of a process, zombies too, or those that run a script."""
+    found = []
+    for child in filter(str.isdigit, os.listdir("/proc")):
+        try:
+            with open(f"/proc/{child}/stat", encoding="utf-8", errors="replace") as file:
+                parent = int(file.read().rpartition(") ")[2].split()[1])
+            with open(f"/proc/{child}/cmdline", encoding="utf-8", errors="replace") as file:
+                words = file.read().split("\0")
+        except OSError:
+            continue
+        if parent == pid and (not script or any(word.endswith("/" + script) for word in words)):
+            found.append(int(child))
+    return found

@@ -9,6 +9,8 @@ import unittest
 
 import screen
 from desktop_case import SOURCE
+from marked_processes import children
+from test_janitor import alive
 from test_panel import PanelCase
 
 sys.path.append(f"{SOURCE}/tests/collectors")
@@ -17,8 +19,9 @@ from terminals import Terminals  # noqa: E402
 
 NOTE = ("Terminal tabs and operating-system processes are separate observations. Session stopping is "
         "protected by your current policy.")
-# Among its own servers' panes may be those of somebody else.
-FIRST, SECOND = "a-test:0.0 · plain", "a-test:1.0 · agent"
+# Ahead of other servers' panes, which are listed too, those of this test at work elsewhere among them.
+SESSION = f"a-test-{os.getpid()}"
+FIRST, SECOND = f"{SESSION}:0.0 · plain", f"{SESSION}:1.0 · agent"
 
 
 @unittest.skipUnless(all(map(shutil.which, ("tmux", "xterm"))), "no terminals")
@@ -29,7 +32,7 @@ class Sessions(PanelCase):
         self.bench = bench = Terminals(self, {name: self.desktop.env[name] for name in (
             "DISPLAY", "XAUTHORITY") if name in self.desktop.env})
         self.environ = {"TMUX_TMPDIR": bench.root}
-        self.server = bench.session("a-test", "-n", "plain", "sleep 300")
+        self.server = bench.session(SESSION, "-n", "plain", "sleep 300")
         bench.tmux("new-window", "-d", "-n", "agent", "bash -c 'bash -c \"exec -a claude sleep 300\"; :'")
         self.wait_for("agent", lambda: any("agentIdentity" in row for row in bench.rows().values()))
 
@@ -49,10 +52,10 @@ class Sessions(PanelCase):
 
     def present(self) -> str:
         """The window that the session shows now."""
-        return self.bench.tmux("display-message", "-p", "-t", "a-test", "#{window_name}")
+        return self.bench.tmux("display-message", "-p", "-t", SESSION, "#{window_name}")
 
     def test_a_terminal_is_brought_to_the_front_and_nothing_is_typed_into_it(self):
-        shown = self.xterm("tmux", "attach", "-t", "a-test")
+        shown = self.xterm("tmux", "attach", "-t", SESSION)
         self.wait_for("client", lambda: self.bench.tmux("list-clients"))
         self.xterm("sleep", "300")
         process = self.start_on_tab()
@@ -64,16 +67,18 @@ class Sessions(PanelCase):
         self.press(process, "open terminal", SECOND)
         self.wait_for("its window in front", lambda: screen.active_window(self.desktop) == shown)
         self.assertEqual(self.present(), "agent")
+        # Looks for it in front, where the panel would be next.
+        self.wait_for("the script's end", lambda: not children(process.pid, "session_bridge.py"))
         self.route("ostrel://show?command=show")
         self.said(process, re.escape(f"Brought to the front: {SECOND}, in the window “tmux”."))
         self.assertIn(FIRST, self.names(process))
-        self.assertEqual(self.bench.tmux("capture-pane", "-p", "-t", "a-test:1"), "")
+        self.assertEqual(self.bench.tmux("capture-pane", "-p", "-t", f"{SESSION}:1"), "")
 
-        self.bench.tmux("kill-window", "-t", "a-test:1")
+        self.bench.tmux("kill-window", "-t", f"{SESSION}:1")
         self.press(process, "open terminal", SECOND)
         self.said(process, "That terminal doesn't exist any more\\. Refresh to read the list anew\\.")
         self.bench.tmux("kill-server")
-        self.wait_for("the server's end", lambda: not os.path.exists(f"/proc/{self.server}"))
+        self.wait_for("the server's end", lambda: not alive(self.server))
         self.press(process, "refresh terminals")
         self.wait_for("no such row", lambda: FIRST not in self.names(process))
         self.end(process)

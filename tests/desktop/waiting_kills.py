@@ -20,6 +20,7 @@ from typing import Optional
 import bus
 import screen
 from desktop_case import SETTINGS_FILE, SOURCE
+from marked_processes import children
 from test_panel import ACCESSIBLE, PanelCase
 
 SUPPORT = "Library/Application Support"
@@ -39,22 +40,6 @@ os.execv(sys.executable, [sys.executable, real, *sys.argv[1:]])
 """
 SCRIPTS = ("ostrel.py", "ostrel_janitor.py", "automations_bridge.py", "session_bridge.py", "ostrel_remote.py")
 OTHERS_OWN = (".cache/fontconfig", ".cache/mesa_shader_cache", ".config/dconf", ".cache/dconf")
-
-
-def children(pid: int, script: str = "") -> list[int]:
-    """The children of a process, zombies too, or those that run a script."""
-    found = []
-    for child in filter(str.isdigit, os.listdir("/proc")):
-        try:
-            with open(f"/proc/{child}/stat", encoding="utf-8", errors="replace") as file:
-                parent = int(file.read().rpartition(") ")[2].split()[1])
-            with open(f"/proc/{child}/cmdline", encoding="utf-8", errors="replace") as file:
-                words = file.read().split("\0")
-        except OSError:
-            continue
-        if parent == pid and (not script or any(word.endswith("/" + script) for word in words)):
-            found.append(int(child))
-    return found
 
 
 class Kills(PanelCase):
@@ -169,12 +154,16 @@ class Kills(PanelCase):
         self.end(process)
 
     def running(self, process: subprocess.Popen, script: str, button: str) -> int:
-        """Waits until a script hangs, pressing its button where that is needed."""
-        def found() -> Optional[int]:
-            return next(iter(children(process.pid, script)), None)
+        """Waits until a script hangs. Its button, which goes while it runs, is pressed where its tab doesn't
+        start it by itself."""
+        press = [sys.executable, ACCESSIBLE, "press", str(process.pid), button]
 
-        if not found() and button:
-            self.press(process, button)
+        def found() -> Optional[int]:
+            child = next(iter(children(process.pid, script)), None)
+            if not child and button:
+                self.desktop.run(press)
+            return child
+
         return self.wait_for(script, found, limit=40)
 
     def test_children_that_can_not_be_started_cost_their_answers_and_no_later_one(self):
