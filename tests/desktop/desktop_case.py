@@ -106,7 +106,7 @@ class DesktopCase(unittest.TestCase):
     def wait_for_keyboard(self) -> None:
         """Waits until the panel gets the keys."""
         window = self.panel()
-        self.wait_for("panel with the keyboard", lambda: screen.active_window(self.desktop) == window)
+        self.wait_for("panel with the keyboard", lambda: screen.has_keyboard(self.desktop, window))
 
     def close_panel(self) -> None:
         """Presses Escape in the panel and waits until it is off the screen."""

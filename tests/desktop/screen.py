@@ -79,10 +79,16 @@ def window_property(desktop: PrivateDesktop, window: int, name: str) -> str:
 
 
 def active_window(desktop: PrivateDesktop) -> Optional[int]:
-    """The window that gets the keys."""
+    """The window that the window manager gives the keys to."""
     told = desktop.run(["xprop", "-root", "-notype", "_NET_ACTIVE_WINDOW"]).stdout
     found = re.search(r"0x([0-9a-f]+)", told)
     return int(found[1], 16) if found else None
+
+
+def has_keyboard(desktop: PrivateDesktop, window: int) -> bool:
+    """Whether the window gets the keys: the window manager says so a little before the screen does it."""
+    told = desktop.run(["xdotool", "getwindowfocus"]).stdout.strip()
+    return active_window(desktop) == window and told == str(window)
 
 
 def press(desktop: PrivateDesktop, key: str) -> None:
