@@ -85,7 +85,9 @@ class Janitor(PanelCase):
         screen.press(self.desktop, key)
 
     def choose_in_menu(self, process: subprocess.Popen, row: str) -> None:
-        """Opens the menu of a row as a screen reader does, and takes what it is about."""
+        """Opens the menu of a row as a screen reader does, once the panel has the keyboard again, and takes
+        what it is about."""
+        self.wait_for_keyboard()
         before = set(self.visible_windows())
         self.act("menu", process, row)
         self.wait_for("menu", lambda: set(self.visible_windows()) - before)
