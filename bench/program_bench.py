@@ -85,7 +85,7 @@ def keep_background(taken: dict[str, list[float]], minutes: float) -> None:
             continue
         bare = name == BARE
         group = f"in the background, {PROCESSES} processes, a look every {TICK} s"
-        keep(group, "CPU a tick", ours[0], "ms", beside=name, stands=theirs[0], most=None if bare else 0.5)
+        keep(group, "CPU a tick", ours[0], "ms", beside=name, stands=theirs[0], most=0.5 if bare else None)
         keep(group, "voluntary switches a second", ours[1], "", beside=name, stands=theirs[1],
              most=1.5 if bare else None)
         keep(group, f"resident memory {after}", ours[2], "MB", beside=name, stands=theirs[2])

@@ -60,7 +60,7 @@ def number(value: float) -> str:
 
 def line(row: dict) -> str:
     """The figure as a row of its table."""
-    unit = f" {row['unit']}" if row["unit"] else ""
+    unit = f" {row['unit']}" if row.get("unit") else ""
     beside = ratio = budget = ""
     if "stands" in row:
         beside = f"{row['beside']}: {number(row['stands'])}{unit}"
@@ -90,12 +90,12 @@ def main(arguments: list[str]) -> int:
     groups: dict[str, list[dict]] = {}
     for row in rows:
         groups.setdefault(row["group"], []).append(row)
-    exceeded = [row["name"] for row in rows if over(row)]
+    exceeded = list(dict.fromkeys(row["name"] for row in rows if over(row)))
     print("# Benchmarks\n\nWritten by `script/bench`, in one run, on a release build. What stands beside a "
           "figure was measured in that run\nas well, so ratios say more than times. \"Own\" memory is what "
           "the program alone has written to.\n")
     print(f"{machine()}.\n")
-    print(f"Over budget: {', '.join(exceeded) if exceeded else 'nothing'}.")
+    print(f"Over budget: {'; '.join(exceeded) if exceeded else 'nothing'}.")
     for group, members in groups.items():
         print(f"\n## {group[0].upper()}{group[1:]}\n\n| what | measured | beside | ratio | budget | |\n"
               "|---|--:|---|--:|--:|---|")
