@@ -87,3 +87,12 @@ def children(pid: int, script: str = "") -> list[int]:
         if parent == pid and (not script or any(word.endswith("/" + script) for word in words)):
             found.append(int(child))
     return found
+
+
+def alive(pid: int) -> bool:
+    """Whether a process runs."""
+    try:
+        with open(f"/proc/{pid}/stat", encoding="utf-8", errors="replace") as file:
+            return file.read().rpartition(") ")[2][:1] not in ("Z", "X")
+    except OSError:
+        return False

@@ -13,20 +13,12 @@ import time
 import unittest
 
 import screen
+from marked_processes import alive
 from test_panel import PanelCase
 
 DAY = 86400
 SERVER = "import sys, time; held = bytearray(b'x') * (64 << 20); time.sleep(600)"
 JANITOR = os.path.join(os.path.dirname(os.path.abspath(__file__)), "../../collectors/ostrel_janitor.py")
-
-
-def alive(pid: int) -> bool:
-    """Whether a process runs."""
-    try:
-        with open(f"/proc/{pid}/stat", encoding="utf-8", errors="replace") as file:
-            return file.read().rpartition(") ")[2][:1] not in ("Z", "X")
-    except OSError:
-        return False
 
 
 class Janitor(PanelCase):

@@ -9,8 +9,7 @@ import unittest
 
 import screen
 from desktop_case import SOURCE
-from marked_processes import children
-from test_janitor import alive
+from marked_processes import alive, children
 from test_panel import PanelCase
 
 sys.path.append(f"{SOURCE}/tests/collectors")

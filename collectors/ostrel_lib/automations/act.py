@@ -59,8 +59,8 @@ def act(places: Places, options: dict[str, str], problem: str) -> dict[str, obje
             done = carry_out(places, options, problem)
         except Interrupted:
             pass
-        except OSError as problem:
-            words = f"this machine can't go on ({problem.strerror}); look at the job before trying again"
+        except OSError as fault:
+            words = f"this machine can't go on ({fault.strerror}); look at the job before trying again"
             done = Done("failed", words)
         finally:
             signal.signal(signal.SIGTERM, signal.SIG_IGN)
