@@ -8,9 +8,9 @@
 #include <cmath>
 #include <fstream>
 #include <iterator>
+#include <optional>
 #include <string>
 #include <string_view>
-#include <tuple>
 #include <utility>
 
 #include <fmt/format.h>
@@ -23,28 +23,24 @@ using enum ZOLThemePolicy::Mode;
 
 TEST(OstrelStyle, ItsColoursAreTheTokensOfBothSets)
 {
-    const std::tuple<ThemedColor, const char*, const char*, const char*> colors[] {
-        { OstrelStyle::bg, "zol.canvas", "#ffffff", "#202124" },
-        { OstrelStyle::ink, "zol.text", "#202124", "#f2f3f5" },
-        { OstrelStyle::muted, "zol.text-secondary", "#6b6e75", "#9aa0a6" },
-        { OstrelStyle::soft, "zol.text-disabled", "#c9cbd1", "#5f6368" },
-        { OstrelStyle::hair, "zol.divider", "#e8e9ed", "#3c4043" },
-        { OstrelStyle::fill, "zol.data", "#f2f3f5", "#2d2e31" },
-        { OstrelStyle::hover, "zol.hover", "#f5f6f8", "#2d2e31" },
-        { OstrelStyle::red, "zol.selection", "#db303d", "#db303d" },
-        { OstrelStyle::redBright, "zol.selection", "#db303d", "#db303d" },
-        { OstrelStyle::amber, "zol.text-secondary", "#6b6e75", "#9aa0a6" },
-        { ZOLAppShellStyle::componentRole("hint-text"), "zol.component.hint-text", "#202124", "#f2f3f5" },
-        { ZOLAppShellStyle::role("no such row"), "zol.no such row", "#ffffff", "#202124" },
-        { ZOLAppShellStyle::themed(ThemedColor::Layer::semantic, "x", "#010203", {}), "zol.x", "#010203",
-            "#010203" },
-    };
-    for (const auto& [color, name, inLight, inDark] : colors) {
-        EXPECT_EQ(color.name(), name);
-        EXPECT_EQ(color.in(light), zolHex(inLight)) << name;
-        EXPECT_EQ(color.in(dark), zolHex(inDark)) << name;
+    const std::pair<ThemedColor, const char*> colors[] { { OstrelStyle::bg, "canvas" },
+        { OstrelStyle::ink, "text" }, { OstrelStyle::muted, "text-secondary" },
+        { OstrelStyle::soft, "text-disabled" }, { OstrelStyle::hair, "divider" },
+        { OstrelStyle::fill, "data" }, { OstrelStyle::hover, "hover" }, { OstrelStyle::red, "selection" },
+        { OstrelStyle::redBright, "selection" }, { OstrelStyle::amber, "text-secondary" } };
+    for (const auto& [color, token] : colors) {
+        EXPECT_EQ(color.name(), std::string("zol.") + token);
+        EXPECT_EQ(color.in(light), zolHex(*ZOLMiniAppTokens::N1.semantic.find(token))) << token;
+        EXPECT_EQ(color.in(dark), zolHex(*ZOLMiniAppTokens::N1Dark.semantic.find(token))) << token;
     }
-    EXPECT_EQ(ZOLAppShellStyle::plate, zolHex("#ffffff"));
+    EXPECT_EQ(ZOLAppShellStyle::componentRole("hint-text").name(), "zol.component.hint-text");
+    EXPECT_EQ(ZOLAppShellStyle::componentRole("hint-text").in(dark), zolHex("#f2f3f5"));
+    const auto unknown = ZOLAppShellStyle::role("no such row");
+    EXPECT_EQ(
+        std::pair(unknown.in(light), unknown.in(dark)), std::pair(zolHex("#ffffff"), zolHex("#202124")));
+    const auto one = ZOLAppShellStyle::themed(ThemedColor::Layer::semantic, "x", "#010203", {});
+    EXPECT_EQ(std::pair(one.in(light), one.in(dark)), std::pair(zolHex("#010203"), zolHex("#010203")));
+    EXPECT_FALSE(ZOLMiniAppTokens::primitives.find("Ink")) << "keys are exact";
 }
 
 TEST(OstrelStyle, TheStoreDecidesUnlessAnOverrideStands)
@@ -62,30 +58,20 @@ TEST(OstrelStyle, TheStoreDecidesUnlessAnOverrideStands)
     EXPECT_EQ(ZOLThemePolicy::key(std::nullopt), "zol.app.theme");
 
     UI ui;
-    const std::tuple<Color Theme::*, const char*, const char*> colors[] { { &Theme::bg, "#f4f2ec",
-                                                                              "#1a1b1f" },
-        { &Theme::ink, "#222019", "#e8e6e2" }, { &Theme::muted, "#6e6a62", "#9a958d" },
-        { &Theme::soft, "#cdcabf", "#3a3a40" }, { &Theme::hair, "#e0ddd4", "#26262a" },
-        { &Theme::fill, "#eae7df", "#202127" }, { &Theme::red, "#b23b2c", "#c84545" },
-        { &Theme::redBright, "#cf4636", "#ff6b6b" }, { &Theme::amber, "#8a6f1c", "#c7a648" } };
-    for (const auto& [color, inLight, inDark] : colors) {
-        ui.setMode(ThemeMode::light);
-        EXPECT_EQ(ui.theme.*color, zolHex(inLight));
-        ui.setMode(ThemeMode::dark);
-        EXPECT_EQ(ui.theme.*color, zolHex(inDark));
+    for (const auto& [mode, ground] :
+        { std::pair(ThemeMode::dark, "#1a1b1f"), { ThemeMode::light, "#f4f2ec" } }) {
+        ui.setMode(mode);
+        EXPECT_EQ(ui.theme.bg, zolHex(ground));
     }
 }
 
 TEST(ZOLAppShellStyle, ReducedMotionTakesEveryDurationAway)
 {
-    EXPECT_EQ(ZOLAppShellStyle::panelAppear(false), 0.2);
-    EXPECT_EQ(ZOLAppShellStyle::windowAppear(false), 0.18);
-    EXPECT_EQ(ZOLAppShellStyle::windowAppearShift(false), 6);
-    for (const double still : { ZOLAppShellStyle::panelAppear(true), ZOLAppShellStyle::windowAppear(true),
-             ZOLAppShellStyle::windowAppearShift(true) })
-        EXPECT_EQ(still, 0);
-    EXPECT_EQ(ZOLAppShellStyle::controlRadius(), 8);
-    EXPECT_EQ(ZOLAppShellStyle::footerSize(), 11);
+    for (const auto& [duration, moving] : { std::pair(&ZOLAppShellStyle::panelAppear, 0.2),
+             { &ZOLAppShellStyle::windowAppear, 0.18 }, { &ZOLAppShellStyle::windowAppearShift, 6.0 } }) {
+        EXPECT_EQ(duration(false), moving);
+        EXPECT_EQ(duration(true), 0);
+    }
     EXPECT_EQ(ZOLAppShellStyle::length("no such row", 7), 7);
     EXPECT_EQ(ZOLAppShellStyle::length("canvas", 7), 7) << "a row that is no number";
 }
@@ -131,6 +117,32 @@ TEST(Contrast, TheDocumentTellsWhatEveryPairOfTheTablesReaches)
     std::ifstream file(OSTREL_SOURCE "/docs/design.md");
     const std::string document(std::istreambuf_iterator<char>(file), {});
     EXPECT_NE(document.find(table), std::string::npos) << "docs/design.md should hold\n" << table;
+}
+
+TEST(ZOLMiniAppTokens, ANumberIsReadWithItsUnitAndADurationIsNothingUnderReducedMotion)
+{
+    const std::pair<std::string_view, std::optional<double>> cases[] { { "8px", 8 }, { "1000ms", 1000 },
+        { "16", 16 }, { "6.5px", 6.5 }, { "-3px", -3 }, { "+3px", 3 }, { "px8px", 8 }, { "#db303d", {} },
+        { "cubic-bezier(.2,.8,.2,1)", {} }, { "", {} }, { "px", {} }, { "8 px", {} }, { "8px 4px", {} },
+        { "+-3px", {} }, { "ppxx1", {} }, { std::string_view("8\0", 2), {} } };
+    for (const auto& [text, expected] : cases)
+        EXPECT_EQ(ZOLMiniAppTokens::number(text), expected) << text;
+    EXPECT_EQ(ZOLMiniAppTokens::seconds("160ms", false), 0.16);
+    EXPECT_EQ(ZOLMiniAppTokens::seconds("160ms", true), 0);
+    EXPECT_EQ(ZOLMiniAppTokens::seconds("cubic-bezier(.2,.8,.2,1)", false), 0);
+}
+
+TEST(Color, ReadsSixOrEightDigitsAndNothingElse)
+{
+    const std::pair<std::string_view, Color> cases[] { { "#ff0080", { 1, 0, 128 / 255.0, 1 } },
+        { "FF0080", { 1, 0, 128 / 255.0, 1 } }, { " \t#00000033\t", { 0, 0, 0, 0.2 } } };
+    for (const auto& [text, expected] : cases)
+        EXPECT_EQ(zolHex(text), expected) << text;
+    for (const std::string_view broken :
+        { "", " ", "#", "##ffffff", "#fff", "#fffffff", "#gggggg", "#ffffff0", "# ffffff", "-fffff",
+            "#ffffff\n", "0xffff", "\xff\xff\xff\xff\xff\xff", "#ffffffffff" })
+        EXPECT_EQ(zolHex(broken), zolHex("#202124")) << broken;
+    EXPECT_EQ(zolHex("#204060").blended(0.25, zolHex("#60a0e0")), zolHex("#305880"));
 }
 
 } // namespace

@@ -1,10 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "design/ZOLPinPolicy.h"
 #include "design/ZOLSurface.h"
+#include "design/ZOLThemePolicy.h"
 
 #include "support/FakeSurfaceHosts.h"
+#include "support/FakeUserDefaults.h"
 #include "support/FakeWorkspace.h"
 
 #include <optional>
+#include <string_view>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -86,6 +91,31 @@ TEST(ZOLSurface, WatchesTheMouseOutsideExactlyWhileShownAndUnpinned)
     bench.surface->setOnClose([&](auto) { bench.surface.reset(); });
     bench.monitors.tell();
     EXPECT_EQ(bench.monitors.count(), 0) << "its callback may destroy it";
+}
+
+TEST(ZOLPinPolicy, AStoredPinCountsOnlyOnceTheOldOneWasTurnedOff)
+{
+    for (const bool migrated : { false, true })
+        for (const std::optional<bool> stored : { std::optional<bool>(), { false }, { true } }) {
+            const ZOLPinPolicy::PinResolution expected { migrated && stored == true, !migrated, !migrated };
+            EXPECT_EQ(ZOLPinPolicy::resolve(stored, migrated), expected) << migrated << stored.has_value();
+        }
+}
+
+TEST(ZOLThemePolicy, OnlyTheTwoStoredWordsNameAMode)
+{
+    using enum ZOLThemePolicy::Mode;
+    const std::pair<std::optional<std::string_view>, ZOLThemePolicy::Mode> cases[] { { "dark", dark },
+        { "light", light }, { "Dark", light }, { "black", light }, { " dark", light }, { "", light },
+        { std::nullopt, light } };
+    for (const auto& [raw, mode] : cases)
+        EXPECT_EQ(ZOLThemePolicy::resolve(raw), mode) << raw.value_or("none");
+    FakeUserDefaults defaults;
+    EXPECT_EQ(ZOLThemePolicy::load(defaults, ZOLThemePolicy::key()), light);
+    defaults.setText("dev.quent.ostrel.theme", ZOLThemePolicy::rawValue(dark));
+    EXPECT_EQ(ZOLThemePolicy::load(defaults, ZOLThemePolicy::key()), dark);
+    defaults.setBoolean("dev.quent.ostrel.theme", true);
+    EXPECT_EQ(ZOLThemePolicy::load(defaults, ZOLThemePolicy::key()), light);
 }
 
 } // namespace
