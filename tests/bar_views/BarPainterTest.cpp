@@ -1,20 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "bar/BarPainter.h"
 #include "bar/AboutWindow.h"
+
+#include "bar/BarPainter.h"
 #include "core/Version.h"
 #include "design/OstrelStyle.h"
 #include "design/controls/ZOLShellLabel.h"
+#include "design_views/ViewBench.h"
 
-#include "support/QtEnvironment.h"
-#include "support/Rendering.h"
-
-#include <QKeyEvent>
 #include <QStringList>
 
-#include <string>
-
 #include <fmt/format.h>
-#include <gtest/gtest.h>
 
 namespace {
 

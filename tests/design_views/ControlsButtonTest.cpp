@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "design_views/ViewBench.h"
+
 #include "design/ZOLAppShellStyle.h"
 #include "design/controls/OstrelButton.h"
 #include "design/controls/ShellViews.h"
@@ -7,47 +9,13 @@
 #include "design/controls/ZOLShellLabel.h"
 #include "design/controls/ZOLThemeButton.h"
 
-#include "support/Rendering.h"
-
-#include <QAccessible>
 #include <QEnterEvent>
-#include <QKeyEvent>
-#include <QMouseEvent>
-#include <QPointer>
-
-#include <memory>
-#include <string>
-#include <tuple>
-#include <utility>
-
-#include <gtest/gtest.h>
 
 namespace {
 
 using namespace ostrel;
 using enum ZOLThemePolicy::Mode;
 namespace Shell = ZOLAppShellStyle;
-
-bool sendKey(QWidget& view, int key, Qt::KeyboardModifiers modifiers = {}, bool repeated = false)
-{
-    QKeyEvent event(QEvent::KeyPress, key, modifiers, QString(), repeated);
-    QCoreApplication::sendEvent(&view, &event);
-    return event.isAccepted();
-}
-
-void press(QWidget& view, Qt::MouseButton button = Qt::LeftButton)
-{
-    QMouseEvent event(QEvent::MouseButtonPress, QPointF(9, 9), QPointF(9, 9), button, button, Qt::NoModifier);
-    QCoreApplication::sendEvent(&view, &event);
-}
-
-void click(QWidget& view, Qt::MouseButton button = Qt::LeftButton)
-{
-    press(view, button);
-    QMouseEvent event(
-        QEvent::MouseButtonRelease, QPointF(9, 9), QPointF(9, 9), button, Qt::NoButton, Qt::NoModifier);
-    QCoreApplication::sendEvent(&view, &event);
-}
 
 TEST(PaintedButton, IsLowerCaseAndKnownByItsCaptionUnlessItsOwnerNamedIt)
 {
@@ -168,17 +136,6 @@ TEST(PaintedButton, TheBarOfTheActiveOneIsTwoHighAndTenInAndTurnsWithTheTheme)
     }
 }
 
-/// The rows of a picture that show anything but the ground, as first and last.
-std::pair<int, int> inkedRows(const QImage& image, const QRect& within, QRgb ground)
-{
-    std::pair rows { image.height(), -1 };
-    for (int y = within.top(); y <= within.bottom(); ++y)
-        for (int x = within.left(); x <= within.right(); ++x)
-            if (image.pixel(x, y) != ground)
-                rows = { std::min(rows.first, y), y };
-    return rows;
-}
-
 TEST(PaintedButton, ItsCaptionKeepsItsLineAndItsMargins)
 {
     QWidget ground;
@@ -186,18 +143,21 @@ TEST(PaintedButton, ItsCaptionKeepsItsLineAndItsMargins)
     setAppearance(ground, light);
     auto* button = new ZOLShellButton("", 60, {}, 28, &ground);
     button->setKind(ZOLShellButton::Kind::navigation);
-    const QRgb white = qColor(Shell::canvas.light).rgba();
+    // The part with a caption between these columns.
+    const auto inked = [&](int from, int to) {
+        return around(rendered(ground), QRect(from, 0, to - from, 28),
+            [](QRgb pixel) { return pixel != qColor(Shell::canvas.light).rgba(); });
+    };
     button->setCaption("xx");
-    const auto alone = inkedRows(rendered(ground), QRect(0, 0, 200, 28), white);
+    const QRect alone = inked(0, 200);
     // A borrowed glyph beside it doesn't move the letter.
     button->setCaption("◉⌘x");
-    const QImage mixed = rendered(ground);
-    EXPECT_EQ(inkedRows(mixed, QRect(34, 0, 6, 28), white), alone);
+    const QRect mixed = inked(34, 40);
+    EXPECT_EQ(std::pair(mixed.top(), mixed.bottom()), std::pair(alone.top(), alone.bottom()));
     button->setCaption("a caption that is much too long for it");
-    const QImage full = rendered(ground);
-    EXPECT_EQ(inkedRows(full, QRect(0, 0, 4, 28), white).second, -1);
-    EXPECT_EQ(inkedRows(full, QRect(56, 0, 144, 28), white).second, -1);
-    EXPECT_GT(inkedRows(full, QRect(46, 0, 10, 28), white).second, 0) << "it uses the room up to the margin";
+    EXPECT_TRUE(inked(0, 4).isNull());
+    EXPECT_TRUE(inked(56, 200).isNull());
+    EXPECT_FALSE(inked(46, 56).isNull()) << "it uses the room up to the margin";
 }
 
 TEST(ShellSwitches, FlipAndTellTheNewValueButAreSilentWhenTheyAreSet)

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "design_views/ViewBench.h"
+
 #include "design/ZOLAppMarkView.h"
 #include "design/ZOLAppShellStyle.h"
 #include "design/controls/ZOLAppHeader.h"
@@ -8,17 +10,7 @@
 #include "design/controls/ZOLTabStrip.h"
 #include "design/controls/ZOLThemeButton.h"
 
-#include "support/Rendering.h"
-
-#include <QAccessible>
 #include <QLayout>
-#include <QPointer>
-
-#include <memory>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
 
 namespace {
 

@@ -1,20 +1,24 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "design_views/ViewBench.h"
+
 #include "design/Fonts.h"
 #include "design/OstrelStyle.h"
 #include "design/controls/OstrelButton.h"
 #include "design/controls/TabLayout.h"
 #include "design/controls/ZOLShellLabel.h"
 
-#include "support/Rendering.h"
+#include "support/TemporaryFolder.h"
 
+#include <QFontDatabase>
 #include <QFontMetricsF>
+#include <QRawFont>
+#include <QTextLayout>
+#include <QToolTip>
 #include <QVBoxLayout>
+#include <QtEndian>
 
 #include <cmath>
-#include <memory>
-#include <tuple>
-
-#include <gtest/gtest.h>
+#include <fstream>
 
 namespace {
 
@@ -96,6 +100,12 @@ TEST(ZOLShellLabel, IsAsHighAsItsFontSaysAndShowsBorrowedGlyphsWhole)
             setAppearance(label, light);
             label.setAlignment(Qt::AlignCenter);
             SCOPED_TRACE(testing::Message() << size << " " << QString(glyph).toStdString());
+            QTextLayout layout(glyph, label.font());
+            layout.beginLayout();
+            layout.createLine();
+            layout.endLayout();
+            for (const QGlyphRun& run : layout.glyphRuns())
+                EXPECT_FALSE(run.glyphIndexes().contains(0U)) << "no face has it";
             EXPECT_EQ(label.sizeHint().height(), int(std::ceil(size * 1.3)));
             const QSize tight = label.sizeHint() + QSize(4, 0);
             EXPECT_EQ(ink(label, tight), ink(label, tight + QSize(0, 20))) << "cut off above or below";
@@ -153,6 +163,49 @@ TEST(TabLayout, APairKeepsItsValueAtTheRightEdgeAndCutsTheLongerOne)
         EXPECT_EQ(row->label()->x(), 0);
         EXPECT_LE(row->label()->geometry().right() + 8, row->value()->x());
     }
+}
+
+/// The PostScript name that a font file gives itself: entry 6 of its table of names, in UTF-16.
+std::string faceName(const QFont& font)
+{
+    const QByteArray table = QRawFont::fromFont(font).fontTable("name");
+    const auto word = [&](int at) { return int { qFromBigEndian<quint16>(table.constData() + at) }; };
+    for (int entry = 0; table.size() >= 6 && entry < word(2); ++entry) {
+        const int record = 6 + 12 * entry;
+        if (word(record) != 3 || word(record + 6) != 6)
+            continue;
+        std::string name;
+        for (int at = 0; at < word(record + 8); at += 2)
+            name += static_cast<char>(word(word(4) + word(record + 10) + at));
+        return name;
+    }
+    return {};
+}
+
+TEST(OstrelStyle, EachWeightTakesItsOwnFaceAndNoTextIsBelowTenPoints)
+{
+    const std::tuple<double, QFont::Weight, const char*, int> cases[] { { 8, QFont::Normal, "IBMPlexMono",
+                                                                            10 },
+        { 11, QFont::Thin, "IBMPlexMono", 11 }, { 12, QFont::Medium, "IBMPlexMono-Medm", 12 },
+        { 24, QFont::DemiBold, "IBMPlexMono-SmBld", 24 }, { 9.9, QFont::Black, "IBMPlexMono-SmBld", 10 } };
+    for (const auto& [size, weight, face, pixels] : cases) {
+        const QFont font = OstrelStyle::mono(size, weight);
+        EXPECT_EQ(faceName(font), face) << size;
+        EXPECT_EQ(font.pixelSize(), pixels);
+    }
+    EXPECT_EQ(plexMono(8).pixelSize(), 8);
+    EXPECT_EQ(faceName(QToolTip::font()), "IBMPlexMono") << "tooltips follow";
+}
+
+TEST(PlexFaces, WithoutItsFilesTheSystemsMonospacedFontStandsIn)
+{
+    TemporaryFolder folder;
+    std::ofstream(folder.path() + "/plex-mono-400.ttf") << "no font at all";
+    const PlexFaces none = PlexFaces::registered(QString::fromStdString(folder.path()));
+    const QFont font = none.font(12, QFont::DemiBold);
+    EXPECT_EQ(font.family(), QFontDatabase::systemFont(QFontDatabase::FixedFont).family());
+    EXPECT_EQ(font.weight(), QFont::DemiBold);
+    EXPECT_EQ(font.pixelSize(), 12);
 }
 
 } // namespace

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "design_views/ViewBench.h"
+
 #include "design/Appearance.h"
 #include "design/OstrelStyle.h"
 #include "design/Paint.h"
@@ -6,27 +8,28 @@
 #include "design/ZOLMiniAppTokens.h"
 #include "design/controls/TabLayout.h"
 
-#include "support/Rendering.h"
-
-#include <QAccessible>
 #include <QApplication>
 #include <QCryptographicHash>
-#include <QKeyEvent>
+#include <QPainterPath>
 #include <QStyle>
 #include <QToolTip>
 #include <QVBoxLayout>
 
-#include <memory>
-#include <string>
-#include <utility>
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <sstream>
 
 #include <fmt/format.h>
-#include <gtest/gtest.h>
 
 namespace {
 
 using namespace ostrel;
 using enum ZOLThemePolicy::Mode;
+
+[[maybe_unused]] auto* const qt = testing::AddGlobalTestEnvironment(new QtEnvironment);
 
 std::string sha256(const std::string& text)
 {
@@ -136,13 +139,9 @@ TEST(ZOLAppMarkView, WithoutACallbackItPassesEverythingOn)
     } parent;
     ZOLAppMarkView mark(ZOLAppMark::ostrel, 40, &parent);
     const auto press = [&] {
-        for (const int key : { Qt::Key_Space, Qt::Key_Return, Qt::Key_Enter, Qt::Key_A }) {
-            QKeyEvent event(QEvent::KeyPress, key, Qt::NoModifier);
-            QCoreApplication::sendEvent(&mark, &event);
-        }
-        QMouseEvent click(QEvent::MouseButtonPress, QPointF(9, 9), QPointF(9, 9), Qt::LeftButton,
-            Qt::LeftButton, Qt::NoModifier);
-        QCoreApplication::sendEvent(&mark, &click);
+        for (const int key : { Qt::Key_Space, Qt::Key_Return, Qt::Key_Enter, Qt::Key_A })
+            sendKey(mark, key);
+        ::press(mark);
     };
     press();
     EXPECT_EQ(std::pair(parent.keys, parent.presses), std::pair(4, 1));
@@ -208,23 +207,57 @@ TEST(Paint, LinesAreWholeDevicePixelsAtEveryScaleAndPlace)
     }
 }
 
-TEST(Paint, AnOutlineIsCrispAndInsideItsBounds)
+/// The path of a small drawing, of the four absolute commands that it uses.
+QPainterPath pathIn(const std::string& drawing)
 {
-    for (const double ratio : { 1.0, 1.25, 1.5, 2.0 }) {
-        StillImage still = StillImage::sized(40, 24, ratio);
-        QPainter painter(&still.image);
-        const Color black { 0, 0, 0, 1 };
-        outlineRounded(painter, QRectF(3, 3, 33, 17), 6, black);
-        painter.end();
-        const int width = static_cast<int>(ratio);
-        const int middle = still.image.height() / 2;
-        const int left = static_cast<int>(std::round(3 * ratio));
-        const int right = static_cast<int>(std::round(36 * ratio)) - 1;
-        for (int x = 0; x < still.image.width(); ++x) {
-            const bool expected = (x >= left && x < left + width) || (x <= right && x > right - width);
-            EXPECT_EQ(qAlpha(still.image.pixel(x, middle)), expected ? 255 : 0) << ratio << " " << x;
-        }
+    const auto from = drawing.find(" d=\"") + 4;
+    std::istringstream words(drawing.substr(from, drawing.find('"', from) - from));
+    QPainterPath path;
+    path.setFillRule(Qt::WindingFill);
+    std::array<double, 6> at {};
+    for (char command = 0; words >> command;) {
+        for (int figure = 0; figure < (command == 'C' ? 6 : command == 'Z' ? 0 : 2); ++figure)
+            words >> at.at(static_cast<std::size_t>(figure));
+        if (command == 'M')
+            path.moveTo(at[0], at[1]);
+        else if (command == 'L')
+            path.lineTo(at[0], at[1]);
+        else if (command == 'C')
+            path.cubicTo(at[0], at[1], at[2], at[3], at[4], at[5]);
+        else
+            path.closeSubpath();
     }
+    return path;
+}
+
+TEST(MarkIcon, TheIconThemesFileShowsTheMarkAsItIsDrawn)
+{
+    std::ifstream file(
+        OSTREL_SOURCE "/resources/icons/hicolor/scalable/status/dev.quent.ostrel-symbolic.svg");
+    const std::string drawing((std::istreambuf_iterator(file)), {});
+    ASSERT_NE(drawing.find("viewBox=\"0 0 48 48\""), std::string::npos);
+    constexpr int side = 192;
+    QImage shown(side, side, QImage::Format_ARGB32_Premultiplied);
+    shown.fill(Qt::transparent);
+    QImage wanted = shown;
+    QPainter iconPainter(&shown);
+    iconPainter.setRenderHint(QPainter::Antialiasing);
+    iconPainter.scale(side / ZOLAppMarks::canvas, side / ZOLAppMarks::canvas);
+    iconPainter.fillPath(pathIn(drawing), Qt::black);
+    iconPainter.end();
+    QPainter markPainter(&wanted);
+    ZOLAppMarkView::draw(markPainter, ZOLAppMark::ostrel, QRectF(0, 0, side, side), true);
+    markPainter.end();
+    // Two ways to draw a soft edge differ by a shade, and where two lines cross.
+    int most = 0;
+    int different = 0;
+    for (int y = 0; y < side; ++y)
+        for (int x = 0; x < side; ++x) {
+            const int by = std::abs(qAlpha(shown.pixel(x, y)) - qAlpha(wanted.pixel(x, y)));
+            most = std::max(most, by);
+            different += by > 40 ? 1 : 0;
+        }
+    EXPECT_LE(different, 12) << "the largest difference is " << most << " of 255";
 }
 
 } // namespace

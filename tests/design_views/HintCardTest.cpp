@@ -1,17 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "design_views/ViewBench.h"
+
 #include "design/controls/ZOLHintCard.h"
 #include "design/voxel/ZOLVoxelModels.h"
 #include "design/voxel/ZOLVoxelView.h"
 
-#include "support/DesignBench.h"
-#include "support/QtEnvironment.h"
-
-#include <QKeyEvent>
-#include <QMouseEvent>
 #include <QScreen>
-#include <QWindow>
-
-#include <gtest/gtest.h>
 
 namespace {
 
@@ -31,11 +25,6 @@ struct Bench : DesignBench {
         panel = ZOLHintCard::makePanel(std::move(made));
         card->present(*panel, { 30, 200 });
     }
-    void press(int key, QWidget& view) const
-    {
-        QKeyEvent event(QEvent::KeyPress, key, Qt::NoModifier);
-        QCoreApplication::sendEvent(&view, &event);
-    }
     void wait(double seconds) { time.advance(platform::Seconds(seconds)); }
 
     std::vector<QString> told;
@@ -47,10 +36,10 @@ struct Bench : DesignBench {
 
 const std::pair<std::function<void(Bench&)>, std::vector<QString>> dismissals[] {
     { [](Bench& b) { b.wait(12); }, { "expired" } },
-    { [](Bench& b) { b.press(Qt::Key_Escape, *b.card); }, { "escape" } },
-    { [](Bench& b) { b.press(Qt::Key_Escape, b.card->markView()); }, { "escape" } },
-    { [](Bench& b) { b.press(Qt::Key_Escape, *b.card->buttons()[1]); }, { "escape" } },
-    { [](Bench& b) { b.press(Qt::Key_Return, *b.card->buttons()[0]); }, { "inspect", "action:inspect" } },
+    { [](Bench& b) { sendKey(*b.card, Qt::Key_Escape); }, { "escape" } },
+    { [](Bench& b) { sendKey(b.card->markView(), Qt::Key_Escape); }, { "escape" } },
+    { [](Bench& b) { sendKey(*b.card->buttons()[1], Qt::Key_Escape); }, { "escape" } },
+    { [](Bench& b) { sendKey(*b.card->buttons()[0], Qt::Key_Return); }, { "inspect", "action:inspect" } },
     { [](Bench& b) { b.card->buttons()[1]->click(); }, { "30m", "action:30m" } },
 };
 
@@ -63,7 +52,7 @@ TEST(ZOLHintCard, IsDismissedOnceByWhateverComesFirst)
         bench.wait(60);
         bench.card->startAutoHide();
         bench.wait(11.9);
-        bench.press(Qt::Key_A, *bench.card);
+        sendKey(*bench.card, Qt::Key_A);
         for (const int tag : { -1, 2 })
             bench.card->actionPressed(tag);
         EXPECT_TRUE(bench.told.empty());
@@ -146,9 +135,7 @@ TEST(ZOLHintCardPanel, TakesTheKeyboardOnlyOnceSomebodyPressesIntoIt)
     QWindow* const window = bench.panel->windowHandle();
     EXPECT_TRUE(window->flags() & Qt::WindowDoesNotAcceptFocus);
     EXPECT_FALSE(bench.card->hasFocus());
-    const QPointF at(200, 20);
-    QMouseEvent press(QEvent::MouseButtonPress, at, at, Qt::LeftButton, Qt::LeftButton, Qt::NoModifier);
-    QCoreApplication::sendEvent(window, &press);
+    press(*window);
     EXPECT_TRUE(spinUntil([&] { return bench.card->hasFocus(); }));
 }
 

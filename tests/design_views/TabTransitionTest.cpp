@@ -1,14 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "design/TabTransition.h"
+#include "design_views/ViewBench.h"
+
 #include "design/OstrelStyle.h"
+#include "design/TabTransition.h"
 
-#include "support/QtEnvironment.h"
-#include "support/Rendering.h"
-
-#include <QPointer>
 #include <QVariantAnimation>
-
-#include <gtest/gtest.h>
 
 namespace {
 

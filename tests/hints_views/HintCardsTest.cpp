@@ -5,21 +5,14 @@
 #include "design/controls/ZOLHintCard.h"
 #include "design/voxel/VoxelView.h"
 #include "design/voxel/ZOLVoxelView.h"
+#include "design_views/ViewBench.h"
 #include "hints/QtHintStage.h"
 
-#include "support/DesignBench.h"
 #include "support/FakeFloatingWindows.h"
-#include "support/QtEnvironment.h"
 
 #include <QAbstractButton>
-#include <QAccessible>
 #include <QApplication>
 #include <QLabel>
-
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
 
 namespace {
 
@@ -33,6 +26,11 @@ struct Bench : DesignBench {
         return { .inspect = [this] { told.emplace_back("inspect"), window.reset(); },
             .snooze = [this] { told.emplace_back("snooze"), window.reset(); },
             .dismissed = [this](std::string_view reason) { told.emplace_back(reason); } };
+    }
+    void make(bool legacy, const HintText& text, bool moves = false)
+    {
+        window = legacy ? stage.legacyCard(text, moves, answers())
+                        : stage.sharedCard(text, moves, platform::Seconds(12), answers());
     }
     /// The card's window, wherever the stage keeps it.
     [[nodiscard]] static FloatingPanel* panel()
@@ -58,9 +56,7 @@ TEST(HintCards, BothAreOneWindowWithoutTheKeyboardThatTellsItsMessage)
 {
     for (const bool legacy : { true, false }) {
         Bench bench;
-        bench.window = legacy
-            ? bench.stage.legacyCard(legacyHintText(false, 4), true, bench.answers())
-            : bench.stage.sharedCard(sharedHintText(false, 4), true, platform::Seconds(12), bench.answers());
+        bench.make(legacy, legacy ? legacyHintText(false, 4) : sharedHintText(false, 4), true);
         bench.window->present({ 100, 100 });
         FloatingPanel* const panel = Bench::panel();
         ASSERT_TRUE(panel);
@@ -94,23 +90,19 @@ TEST(HintCards, TheLegacyCardFollowsTheThemeAndTheSharedOneStaysLight)
 {
     for (const bool legacy : { true, false }) {
         Bench bench;
-        bench.window = legacy
-            ? bench.stage.legacyCard(legacyHintText(true, 0), false, bench.answers())
-            : bench.stage.sharedCard(sharedHintText(true, 0), false, platform::Seconds(12), bench.answers());
+        bench.make(legacy, legacy ? legacyHintText(true, 0) : sharedHintText(true, 0));
         bench.window->applyTheme(ZOLThemePolicy::Mode::light);
         bench.window->present({ 100, 100 });
-        QStringList said;
+        std::string said;
         for (const QLabel* label : Bench::panel()->findChildren<QLabel*>())
-            said << label->text();
+            said += label->text().toStdString() + "|";
         for (const auto* button : Bench::panel()->findChildren<QAbstractButton*>())
-            said << button->accessibleName() << button->toolTip();
-        const QStringList sample = legacy
-            ? QStringList { "Companion preview", "This is a preview. Inspect opens your workload view.",
-                  "inspect", "open the workloads behind this hint and acknowledge it", "close",
-                  "close the sample card" }
-            : QStringList { "Companion preview", "This is a preview. Inspect opens workloads.", "inspect", "",
-                  "close", "" };
-        EXPECT_EQ(said, sample) << said.join("\n").toStdString();
+            said += button->accessibleName().toStdString() + ": " + button->toolTip().toStdString() + "|";
+        EXPECT_EQ(said,
+            legacy
+                ? "Companion preview|This is a preview. Inspect opens your workload view.|inspect: open the "
+                  "workloads behind this hint and acknowledge it|close: close the sample card|"
+                : "Companion preview|This is a preview. Inspect opens workloads.|inspect: |close: |");
         const QColor light = Bench::ground();
         bench.window->applyTheme(ZOLThemePolicy::Mode::dark);
         EXPECT_EQ(Bench::ground() == light, !legacy);
@@ -123,8 +115,7 @@ TEST(HintCards, TheLegacyCardFollowsTheThemeAndTheSharedOneStaysLight)
 TEST(HintCards, TheSharedCardHasItsMarkAndEndsByItself)
 {
     Bench bench;
-    bench.window
-        = bench.stage.sharedCard(sharedHintText(false, 2), false, platform::Seconds(12), bench.answers());
+    bench.make(false, sharedHintText(false, 2));
     bench.window->present({ 100, 100 });
     const auto* const panel = dynamic_cast<ZOLHintCardPanel*>(Bench::panel());
     ASSERT_TRUE(panel);

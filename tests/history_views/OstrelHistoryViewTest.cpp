@@ -2,14 +2,10 @@
 #include "history/OstrelHistoryView.h"
 
 #include "design/OstrelStyle.h"
+#include "design_views/ViewBench.h"
 
 #include "support/Painted.h"
 #include "support/Pointer.h"
-#include "support/QtEnvironment.h"
-#include "support/Rendering.h"
-
-#include <QAccessible>
-#include <QWindow>
 
 #include <algorithm>
 #include <cmath>
@@ -21,11 +17,6 @@
 #include <numbers>
 #include <optional>
 #include <set>
-#include <tuple>
-#include <utility>
-#include <vector>
-
-#include <gtest/gtest.h>
 
 namespace {
 
@@ -156,25 +147,18 @@ TEST(OstrelHistoryView, WithoutSamplesItSaysSoOnItsGrid)
     Graph graph({});
     const QImage image = rendered(graph.view, 2);
     EXPECT_EQ(graph.rows(image, 5, OstrelStyle::hair).size(), 3U);
-    int left = image.width(), top = image.height(), bottom = 0;
-    for (int y = 0; y < image.height(); ++y)
-        for (int x = 0; x < image.width(); ++x)
-            if (near(image.pixel(x, y), OstrelStyle::muted.in(Mode::light), 40)) {
-                left = std::min(left, x);
-                top = std::min(top, y);
-                bottom = std::max(bottom, y);
-            }
-    EXPECT_NEAR(left, 17, 2);
-    EXPECT_GE(top, 2 * (38 - 6));
-    EXPECT_LT(bottom, 2 * (38 - 6 + 14));
+    const QRect note = around(
+        image, image.rect(), [](QRgb pixel) { return near(pixel, OstrelStyle::muted.in(Mode::light), 40); });
+    EXPECT_NEAR(note.left(), 17, 2);
+    EXPECT_GE(note.top(), 2 * (38 - 6));
+    EXPECT_LT(note.bottom(), 2 * (38 - 6 + 14));
 }
 
 TEST(OstrelHistoryView, AnUnchangedMinutePaintsNothing)
 {
     const std::vector samples { 10.0, nan, 30.0 };
     Graph graph(samples, 1);
-    graph.view.show();
-    ASSERT_TRUE(spinUntil([&] { return graph.view.windowHandle()->isExposed(); }));
+    exposed(graph.view);
     Painted painted(graph.view);
     (void)painted.area();
     graph.view.apply(samples, minutesOf(3, 725), 1);

@@ -2,25 +2,18 @@
 #include "history/SparklineHoverView.h"
 
 #include "design/OstrelStyle.h"
+#include "design_views/ViewBench.h"
 
 #include "support/FakeWorkspace.h"
 #include "support/Painted.h"
 #include "support/Pointer.h"
-#include "support/QtEnvironment.h"
-#include "support/Rendering.h"
 
-#include <QAccessible>
 #include <QHelpEvent>
 #include <QToolTip>
-#include <QWindow>
 
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <memory>
-#include <vector>
-
-#include <gtest/gtest.h>
 
 namespace {
 
@@ -67,8 +60,7 @@ TEST(SparklineHoverView, CapsComeAndGoWithTheUsersWish)
     FakeWorkspace workspace;
     SparklineHoverView view({ 90 }, 20, 20, "cpu load", workspace);
     setAppearance(view, Mode::light);
-    view.show();
-    ASSERT_TRUE(spinUntil([&] { return view.windowHandle()->isExposed(); }));
+    exposed(view);
     Painted painted(view);
     (void)painted.area();
     const auto top = [&] { return rendered(view).pixel(5, 3); };
@@ -96,24 +88,17 @@ TEST(SparklineHoverView, TellsItsFiguresAsTheyAreAndSaysWhenThereAreNone)
     moveOver(empty, { 3, 3 });
     EXPECT_EQ(empty.toolTip(), "");
     const QImage image = rendered(empty, 2);
-    int top = image.height(), bottom = 0, left = image.width();
-    for (int y = 0; y < image.height(); ++y)
-        for (int x = 0; x < image.width(); ++x)
-            if (image.pixel(x, y) != image.pixel(image.width() - 1, 0)) {
-                top = std::min(top, y);
-                bottom = std::max(bottom, y);
-                left = std::min(left, x);
-            }
-    EXPECT_LT(left, 6) << "at the left";
-    EXPECT_NEAR((top + bottom) / 2.0, image.height() / 2.0, 5) << "and in the middle";
+    const QRect note = around(image, image.rect(),
+        [ground = image.pixel(image.width() - 1, 0)](QRgb pixel) { return pixel != ground; });
+    EXPECT_LT(note.left(), 6) << "at the left";
+    EXPECT_NEAR((note.top() + note.bottom()) / 2.0, image.height() / 2.0, 5) << "and in the middle";
 }
 
 TEST(SparklineHoverView, TheTipFollowsThePointerOnceItIsUpAndIsTakenAwayWithIt)
 {
     FakeWorkspace workspace;
     SparklineHoverView view({ 10, 20, 30 }, 60, 56, "cpu load", workspace);
-    view.show();
-    ASSERT_TRUE(spinUntil([&] { return view.windowHandle()->isExposed(); }));
+    exposed(view);
     moveOver(view, { 50, 5 });
     EXPECT_FALSE(QToolTip::isVisible()) << "it waits as every tip does";
     // The pointer may rest where it was when the view came up under it.

@@ -2,24 +2,18 @@
 #include "panel/GaugeView.h"
 
 #include "design/OstrelStyle.h"
+#include "design_views/ViewBench.h"
+#include "history/OstrelHistoryView.h"
+#include "panel/LiveRegistry.h"
 
-#include "support/DesignBench.h"
 #include "support/Painted.h"
-#include "support/QtEnvironment.h"
-#include "support/Rendering.h"
 
-#include <QAccessible>
-#include <QWindow>
+#include <QLabel>
 
 #include <algorithm>
 #include <cmath>
-#include <memory>
 #include <numbers>
 #include <optional>
-#include <string>
-#include <tuple>
-
-#include <gtest/gtest.h>
 
 namespace {
 
@@ -35,11 +29,7 @@ struct Gauge : DesignBench {
         setAppearance(*view, Mode::light);
     }
 
-    void show()
-    {
-        view->show();
-        ASSERT_TRUE(spinUntil([this] { return view->windowHandle()->isExposed(); }));
-    }
+    void show() { exposed(*view); }
     void update(double pct, std::optional<double> from = {}, std::string_view level = "normal")
     {
         view->update(pct, "cpu", OstrelStyle::ink, from, level);
@@ -153,14 +143,9 @@ TEST(GaugeView, TheTextsStandInTheMiddleOneAboveTheOther)
     Gauge gauge;
     gauge.update(38);
     const QImage image = rendered(*gauge.view, 2);
-    // Within the ring.
     const auto inked = [&](const ThemedColor& color, int from, int to) {
-        QRect all;
-        for (int y = from; y < to; ++y)
-            for (int x = 46; x < 122; ++x)
-                if (near(image.pixel(x, y), color.in(Mode::light), 12))
-                    all |= QRect(x, y, 1, 1);
-        return all;
+        return around(image, QRect(46, from, 76, to - from), // within the ring
+            [&](QRgb pixel) { return near(pixel, color.in(Mode::light), 12); });
     };
     // The value's line ends at 56.5 points, the caption's at 72.5.
     const QRect value = inked(OstrelStyle::ink, 40, 113), caption = inked(OstrelStyle::muted, 118, 145);
@@ -202,6 +187,35 @@ TEST(GaugeView, TellsItsTargetAsALevel)
         EXPECT_EQ(told->valueInterface()->currentValue().toDouble(), level);
         EXPECT_EQ(told->valueInterface()->maximumValue().toDouble(), 100);
     }
+}
+
+TEST(LiveRegistry, WritesToWhatTheBodyRegisteredAndToNothingOnceItIsCleared)
+{
+    DesignBench bench;
+    QLabel label("–");
+    auto gauge = std::make_unique<GaugeView>(GaugeRules::defaultDiameter, bench.services);
+    OstrelHistoryView graph({}, {}, "CPU", 100);
+    LiveRegistry live;
+    live.add("cpu", &label);
+    live.add("cpu", gauge.get());
+    live.add("cpu", &graph);
+    for (const char* key : { "swap", "cpu" }) {
+        live.setText(key, key);
+        live.updateGauge(key, 30, 20, "normal");
+        live.applyGraph(key, { 1, 2 }, { 60, 61 }, 1);
+    }
+    EXPECT_EQ(label.text(), "cpu");
+    EXPECT_EQ(gauge->caption(), "cpu");
+    EXPECT_EQ(gauge->displayedPct(), 20);
+    EXPECT_EQ(graph.samples(), (std::vector<double> { 1, 2 }));
+    EXPECT_EQ(graph.liveBoundary(), 1U);
+    live.clear();
+    gauge.reset();
+    live.setText("cpu", "after");
+    live.updateGauge("cpu", 50, {}, "normal");
+    live.applyGraph("cpu", {}, {}, {});
+    EXPECT_EQ(label.text(), "cpu");
+    EXPECT_EQ(graph.samples().size(), 2U);
 }
 
 } // namespace
