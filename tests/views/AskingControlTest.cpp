@@ -1,12 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "panel/LiveRegistry.h"
-#include "panel/PanelFrame.h"
+#include "app/AppDelegate.h"
 #include "platform/qt/QtAlerts.h"
 #include "platform/qt/QtMainQueue.h"
 
 #include "support/FakePlatform.h"
 #include "support/QtEnvironment.h"
-#include "support/StateBench.h"
 
 #include <QDialog>
 #include <QPointer>
@@ -26,11 +24,10 @@ namespace {
 using namespace ostrel;
 
 /// The panel's frame on the real loop, with real questions.
-struct AskingBench : StateBench {
+struct AskingBench : FakePlatform {
     AskingBench()
     {
         queue.attach();
-        frame.setActions({ [](std::string_view) {}, [](bool) {}, [](ZOLThemePolicy::Mode) {}, [] {}, [] {} });
         newContent();
         root->show();
     }
@@ -39,42 +36,25 @@ struct AskingBench : StateBench {
 
     void newContent()
     {
-        root.reset(frame.makeContent());
+        root.reset(app.frame().makeContent());
         root->resize(760, 700);
-        frame.renderBody();
+        app.frame().renderBody();
     }
 
     [[nodiscard]] QWidget* page() const { return root->findChild<QScrollArea*>()->widget(); }
 
-    FakeWorkspace workspace;
-    FakeOcclusion occlusion;
     platform::QtMainQueue queue;
-    platform::QtAlerts alerts;
-    LiveRegistry live;
-    OstrelHistory history;
-    FakePlatform::Machine processInfo;
-    Maintenance maintenance { { queue, globalQueue, time, alerts }, runner, snapshots };
-    LocalAnalyst analyst { { queue, globalQueue, alerts }, runner, snapshots, maintenance };
-    FakeProcessSignals signals;
-    JanitorTab janitor { { { queue, globalQueue, files, bundle, time, children, signals }, defaults, alerts,
-        workspace } };
-    Workloads workloads { { queue, alerts, janitor, maintenance, snapshots } };
-    AutomationsTab automations { { queue, globalQueue, files, bundle, time, children, alerts, workspace } };
-    SessionPanel terminals { { queue, globalQueue, bundle, time, children } };
-    FakePasteboard pasteboard;
-    LiveSessions liveSessions { { queue, alerts, pasteboard } };
-    RemoteServer server { { queue, globalQueue, files, bundle, children, defaults } };
-    PanelFrame frame { { tick, snapshots, history, settings },
-        { time, { time, queue, workspace, occlusion }, alerts, defaults, processInfo, analyst, maintenance,
-            janitor, workloads, automations, terminals, liveSessions, server },
-        live };
+    platform::QtAlerts questions;
+    AppDelegate app { { kernel, machine, children, processSignals, defaults, suites, files, bundle, time,
+        queue, time, globalQueue, statusBar, notifications, workspace, pasteboard, occlusion, popovers, mouse,
+        hotKeys, screens, questions, floatingWindows, urlEvents, instances, [] {} } };
     std::unique_ptr<QWidget> root;
 };
 
 TEST(AskingControl, LivesUntilItsQuestionIsAnsweredThoughTheBodyIsBuiltAnewMeanwhile)
 {
     const std::pair<const char*, std::function<void(AskingBench&)>> rebuilds[] {
-        { "another body", [](AskingBench& bench) { bench.frame.renderBody(); } },
+        { "another body", [](AskingBench& bench) { bench.app.frame().renderBody(); } },
         { "another frame", [](AskingBench& bench) { bench.newContent(); } },
     };
     for (const auto& [what, rebuild] : rebuilds) {
@@ -86,7 +66,7 @@ TEST(AskingControl, LivesUntilItsQuestionIsAnsweredThoughTheBodyIsBuiltAnewMeanw
         std::optional<std::size_t> answer;
         QObject::connect(asking, &QPushButton::clicked, [&, asking] {
             bench.queue.post([&, asking] {
-                answer = bench.alerts.runModal({ "Stop it?", "", { "Stop", "Cancel" } });
+                answer = bench.questions.runModal({ "Stop it?", "", { "Stop", "Cancel" } });
                 ASSERT_TRUE(control);
                 asking->setText("stopped");
                 EXPECT_EQ(asking->text(), "stopped");

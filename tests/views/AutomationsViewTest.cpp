@@ -2,24 +2,13 @@
 #include "automations/AutomationsBench.h"
 #include "views/OpenTab.h"
 
-#include "design/OstrelStyle.h"
-#include "design/controls/OstrelButton.h"
 #include "design/controls/PanelField.h"
 #include "design/voxel/AutomationVoxelView.h"
 
-#include "support/QtEnvironment.h"
 #include "support/Rendering.h"
 
-#include <QAccessible>
-#include <QKeyEvent>
-
-#include <algorithm>
 #include <chrono>
 #include <initializer_list>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
 
 namespace {
 
@@ -54,27 +43,13 @@ struct OpenAutomations : OpenTab {
     {
         answer(text);
         delegate.automationsTab().refresh();
-        settleBackground();
+        work();
         delegate.frame().switchMode(mode);
         settle();
     }
 
-    [[nodiscard]] QWidget& named(const char* identifier) { return *page().findChild<QWidget*>(identifier); }
-
-    void press(const char* identifier)
-    {
-        dynamic_cast<OstrelButton&>(named(identifier)).click();
-        settle();
-    }
-
-    [[nodiscard]] QWidget* keyboard() { return root().window()->focusWidget(); }
-
     /// Presses a key where the keyboard is.
-    void key(int key, const QString& text = {})
-    {
-        QKeyEvent event(QEvent::KeyPress, key, Qt::NoModifier, text);
-        QCoreApplication::sendEvent(keyboard(), &event);
-    }
+    void key(int key, const QString& text = {}) { sendKey(*keyboard(), key, Qt::NoModifier, text); }
 };
 
 TEST(AutomationsView, SaysWhatThereIsFromTheTopDown)
@@ -152,7 +127,7 @@ TEST(AutomationsView, APressKeepsTheKeyboardWhereItWasAndAsksInATurnOfItsOwn)
     for (const auto& [identifier, op] :
         std::initializer_list<std::pair<const char*, const char*>> { { "automation-run-launchd:one", "run" },
             { "automation-toggle-launchd:one", "disable" }, { "automation-plan-launchd:one", "plan" } }) {
-        dynamic_cast<OstrelButton&>(tab.named(identifier)).click();
+        tab.control(identifier)->click();
         const std::size_t before = tab.alerts.asked.size();
         tab.settle();
         ASSERT_EQ(tab.alerts.asked.size(), before + 1) << op;
@@ -190,12 +165,9 @@ TEST(AutomationsView, ChipsFiltersAndThePagerDoWhatTheySay)
 TEST(AutomationsView, TheBudgetStandsOnTheDashboardWithABarOfWhatIsLeft)
 {
     OpenAutomations tab(OstrelMode::overview);
-    const QStringList said = tab.said();
-    const auto from = said.indexOf("AGENT BUDGET · ACCOUNT QUOTA");
-    const QStringList expected { "AGENT BUDGET · ACCOUNT QUOTA", "Codex · box · 300m · 25% remaining",
+    tab.expectSaid({ "AGENT BUDGET · ACCOUNT QUOTA", "Codex · box · 300m · 25% remaining",
         "shared · 1m ago · reset —", "Claude quota · unavailable from connected sources",
-        "SCHEDULES   Mac 2   →   server 0   ·   cloud 0 unverified" };
-    EXPECT_EQ(said.mid(from, 5).join("\n").toStdString(), expected.join("\n").toStdString());
+        "SCHEDULES   Mac 2   →   server 0   ·   cloud 0 unverified" });
     const auto views = tab.page().findChildren<QWidget*>();
     const auto found = std::ranges::find(
         views, QString("Codex box · 25 percent quota remaining"), &QWidget::accessibleName);
@@ -215,12 +187,10 @@ TEST(AutomationsView, TheBudgetStandsOnTheDashboardWithABarOfWhatIsLeft)
 TEST(AutomationsView, TheSettingsTellOfEachLane)
 {
     OpenAutomations tab(OstrelMode::settings);
-    const QStringList said { "automations",
-        "the six schedulers are read on a press of refresh; the tab keeps no timer",
-        "enable and disable go through a confirmation and leave a receipt", "This Machine — 2 · me",
-        "Server — not reachable · no alias" };
-    const QStringList all = tab.said();
-    EXPECT_EQ(all.mid(all.indexOf(said[0]), 5).join("\n").toStdString(), said.join("\n").toStdString());
+    tab.expectSaid(
+        { "automations", "the six schedulers are read on a press of refresh; the tab keeps no timer",
+            "enable and disable go through a confirmation and leave a receipt", "This Machine — 2 · me",
+            "Server — not reachable · no alias" });
     tab.press("automations-receipts");
     EXPECT_EQ(tab.workspace.opened.size(), 1U);
 }

@@ -1,27 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "app/SelfTest.h"
 
-#include "design/Appearance.h"
-#include "design/OstrelStyle.h"
-#include "design/ZOLAppMarkView.h"
-#include "design/controls/OstrelButton.h"
-#include "design/controls/ZOLHintCard.h"
-#include "design/controls/ZOLShellLabel.h"
-#include "design/voxel/VoxelView.h"
-#include "support/FakePlatform.h"
+#include "views/OpenTab.h"
 
-#include <gtest/gtest.h>
+#include "design/Appearance.h"
+#include "design/ZOLAppMarkView.h"
 
 #include <QDir>
 #include <QImage>
-#include <QLabel>
-#include <QScrollArea>
 #include <QSet>
 #include <QTemporaryDir>
-
-#include <functional>
-#include <string>
-#include <vector>
 
 namespace {
 
@@ -87,35 +75,40 @@ struct Disturbance {
     const char* missing; ///< the line that isn't printed
 };
 
-QWidget* named(QWidget& root, const char* name) { return root.findChild<QWidget*>(name); }
-
-void rename(QWidget& root, const char* name)
+std::function<void(QWidget&)> without(const char* name)
 {
-    if (QWidget* view = named(root, name))
-        view->setObjectName("elsewhere");
+    return [name](QWidget& root) {
+        if (QWidget* view = root.findChild<QWidget*>(name))
+            view->setObjectName("elsewhere");
+    };
 }
 
 TEST(SelfTest, NamesTheFirstCheckThatDoesNotHoldAndPrintsNoFurtherLine)
 {
-    const std::vector<Disturbance> disturbances {
+    const Disturbance disturbances[] {
         { "combination", [](QWidget& window) { window.resize(800, 700); }, "window size", "PASS: 45" },
-        { "combination", [](QWidget& window) { rename(window, "pin-panel"); }, "header buttons", "PASS: 45" },
-        { "combination", [](QWidget& window) { named(window, "header-character")->setFixedHeight(30); },
+        { "combination", without("pin-panel"), "header buttons", "PASS: 45" },
+        { "combination",
+            [](QWidget& window) { window.findChild<QWidget*>("header-character")->setFixedHeight(30); },
             "header character", "PASS: 45" },
-        { "combination", [](QWidget& window) { rename(window, "hint-esc"); }, "footer", "PASS: 45" },
+        { "combination", without("hint-esc"), "footer", "PASS: 45" },
         { "combination", [](QWidget& window) { window.show(); }, "hidden window: it is on screen",
             "PASS: 45" },
+        { "combination",
+            [](QWidget& window) {
+                new ZOLAppMarkView(ZOLAppMark::ostrel, 40, window.findChild<QScrollArea*>()->widget());
+            },
+            "compact dashboard contains no decorative hero", "PASS: 45" },
         { "hint card", [](QWidget& panel) { panel.resize(399, panel.height()); }, "hint card: size",
             "PASS: shared hint card" },
-        { "hotkey recorder", [](QWidget& window) { rename(window, "hotkey-choice-3"); },
-            "hotkey recorder: default and choices", "PASS: hotkey recorder" },
-        { "hotkey recorder", [](QWidget& window) { rename(window, "hotkey-field"); },
-            "hotkey recorder: the field at rest", "PASS: hotkey recorder" },
+        { "hotkey recorder", without("hotkey-choice-3"), "hotkey recorder: default and choices",
+            "PASS: hotkey recorder" },
+        { "hotkey recorder", without("hotkey-field"), "hotkey recorder: the field at rest",
+            "PASS: hotkey recorder" },
         { "doors",
             [](QWidget& window) {
-                for (QWidget* view : window.findChildren<QWidget*>())
-                    if (auto* button = dynamic_cast<OstrelButton*>(view);
-                        button && button->caption() == "review cleanup")
+                for (OstrelButton* button : all<OstrelButton>(window))
+                    if (button->caption() == "review cleanup")
                         button->setEnabled(false);
             },
             "dashboard door \"review cleanup\": too low, or off", "PASS: four" },
@@ -136,38 +129,28 @@ TEST(SelfTest, NamesTheFirstCheckThatDoesNotHoldAndPrintsNoFurtherLine)
     }
 }
 
-TEST(SelfTest, ADashboardWithAFigureAndARunnerWithoutADeadlineFail)
+TEST(SelfTest, ARunnerWithoutADeadlineOrAFailureFails)
 {
-    SelfTestBench bench;
-    bench.at = "combination";
-    bench.disturb = [](QWidget& window) {
-        auto* page = window.findChild<QScrollArea*>()->widget();
-        new ZOLAppMarkView(ZOLAppMark::ostrel, 40, page);
+    const platform::Seconds late(2);
+    const std::tuple<platform::ChildOutcome, platform::ChildOutcome, const char*> cases[] {
+        { { .status = 0 }, { .status = 1 }, "collector deadline" },
+        { { .status = 15, .elapsed = late }, { .status = 1 }, "collector deadline" },
+        { { .status = 15 }, { .status = 0 }, "collector nonzero exit" },
     };
-    EXPECT_EQ(bench.run(), "compact dashboard contains no decorative hero");
-
-    for (const auto& [outcomes, failure] :
-        { std::pair { std::vector<platform::ChildOutcome> { { .status = 0 }, { .status = 1 } },
-              "collector deadline" },
-            std::pair { std::vector<platform::ChildOutcome> {
-                            { .status = 15, .elapsed = platform::Seconds(2) }, { .status = 1 } },
-                "collector deadline" },
-            std::pair { std::vector<platform::ChildOutcome> { { .status = 15 }, { .status = 0 } },
-                "collector nonzero exit" } }) {
-        SelfTestBench other;
-        other.children.outcomes.assign(outcomes.begin(), outcomes.end());
-        EXPECT_EQ(other.run(), failure);
-        EXPECT_EQ(other.printed.find("PASS: collector"), std::string::npos);
+    for (const auto& [first, second, failure] : cases) {
+        SelfTestBench bench;
+        bench.children.outcomes = { first, second };
+        EXPECT_EQ(bench.run(), failure);
+        EXPECT_EQ(bench.printed.find("PASS: collector"), std::string::npos);
     }
 }
 
 TEST(SelfTest, TakesASnapshotOfAFileAndRefusesWhatIsNone)
 {
     for (const auto& [text, failure] :
-        { std::pair {
-              R"({"ts":"x","procs":[{"name":"own","pid":"9","rss":1,"cpu":0,"grp":"g","cmd":"c"}]})", "" },
-            std::pair { "[1]", "the snapshot isn't an object" },
-            std::pair { "{", "the snapshot isn't JSON" } }) {
+        { std::pair(
+              R"({"ts":"x","procs":[{"name":"own","pid":"9","rss":1,"cpu":0,"grp":"g","cmd":"c"}]})", ""),
+            { "[1]", "the snapshot isn't an object" }, { "{", "the snapshot isn't JSON" } }) {
         SelfTestBench bench;
         bench.files.contents["/s.json"] = text;
         EXPECT_EQ(bench.run("/s.json"), failure);

@@ -1,32 +1,24 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "views/AppBench.h"
+#include "views/OpenTab.h"
 
 #include "automations/AutomationsBench.h"
 
 #include "design/Fonts.h"
-#include "design/OstrelStyle.h"
 #include "design/controls/ShellViews.h"
 #include "design/controls/ZOLHintCard.h"
 
-#include "support/QtEnvironment.h"
-
-#include <QCoreApplication>
-#include <QEvent>
-
-#include <algorithm>
-#include <functional>
-#include <future>
-#include <string>
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <optional>
 #include <string_view>
 #include <thread>
-#include <utility>
-#include <vector>
-
-#include <gtest/gtest.h>
 
 namespace {
 
 using namespace ostrel;
+
+[[maybe_unused]] auto* const qt = testing::AddGlobalTestEnvironment(new QtEnvironment);
 
 using Lines = std::vector<std::string>;
 using platform::Seconds;
@@ -153,41 +145,116 @@ TEST(StartAndEnd, ADuplicateHandsItsWishOverAndTouchesNothing)
     }
 }
 
+/// A background with a thread for each job, in which children hang until they are let go.
+class HangingBackground {
+public:
+    /// Of the children, those with that word on their command line hang; without one, all of them.
+    explicit HangingBackground(AppBench& bench, const std::string& word = {})
+        : bench_(bench)
+    {
+        bench_.children.whileRunning = [this, word] {
+            if (!word.empty() && std::ranges::count(bench_.children.requests.back().arguments, word) == 0)
+                return;
+            std::unique_lock lock(mutex_);
+            const std::size_t place = hanging_++;
+            changed_.notify_all();
+            changed_.wait(lock, [this, place] { return place < released_; });
+        };
+    }
+    HangingBackground(const HangingBackground&) = delete;
+    HangingBackground& operator=(const HangingBackground&) = delete;
+    ~HangingBackground()
+    {
+        letEnd();
+        for (std::thread& thread : threads_)
+            thread.join();
+    }
+
+    /// Starts what waits, one job after the other, each until it has ended or hangs.
+    void start()
+    {
+        while (!bench_.globalQueue.waiting.empty()) {
+            auto job = std::move(bench_.globalQueue.waiting.front().second);
+            bench_.globalQueue.waiting.pop_front();
+            std::unique_lock lock(mutex_);
+            const std::size_t before = hanging_ + ended_;
+            threads_.emplace_back([this, job = std::move(job)]() mutable {
+                job();
+                job = nullptr;
+                const std::lock_guard locked(mutex_);
+                ++ended_;
+                changed_.notify_all();
+            });
+            changed_.wait(lock, [this, before] { return hanging_ + ended_ > before; });
+        }
+    }
+
+    /// Lets the one that hangs go on.
+    void letGo()
+    {
+        const std::lock_guard lock(mutex_);
+        released_ = std::min(released_ + 1, hanging_);
+        changed_.notify_all();
+    }
+
+    /// Lets all come to their end, one job after the other, since the fakes know one thread.
+    void letEnd()
+    {
+        for (std::unique_lock lock(mutex_); ended_ < threads_.size();) {
+            const std::size_t before = hanging_ + ended_;
+            released_ = std::min(released_ + 1, hanging_);
+            changed_.notify_all();
+            changed_.wait(lock, [this, before] { return hanging_ + ended_ > before; });
+        }
+    }
+
+    /// How many children have hung until now.
+    [[nodiscard]] std::size_t hung()
+    {
+        const std::lock_guard lock(mutex_);
+        return hanging_;
+    }
+
+private:
+    AppBench& bench_;
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    std::vector<std::thread> threads_;
+    std::size_t hanging_ = 0;
+    std::size_t ended_ = 0;
+    std::size_t released_ = 0;
+};
+
 /// An application in whose background a script runs.
 struct BusyApp : RecordedApp {
     BusyApp()
     {
         kernel.reading.pressureLevel = 2;
         statusBar.placement = platform::StatusItemPlacement { { 1400, 958, 24, 24 }, true };
-        statusBar.onRemove = [this] { letEnd(); };
+        statusBar.onRemove = [this] {
+            if (background_)
+                background_->letGo();
+        };
     }
     ~BusyApp() { finish(); }
 
     /// Waits until nothing runs in the background any more, and drops what was put off.
     void finish()
     {
-        letEnd();
-        if (background_.joinable())
-            background_.join();
+        if (background_) {
+            background_->letEnd();
+            background_->start();
+            background_->letEnd();
+        }
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
 
-    /// Lets what waits be done in a background of its own, and waits until a script runs with that word.
+    /// Lets what waits be done in a background of its own, in which a script with that word goes on running.
     void runUntil(const std::string& word)
     {
-        children.whileRunning = [this, word] {
-            if (std::ranges::count(children.requests.back().arguments, word) == 0 || told_)
-                return;
-            told_ = true;
-            runs_.set_value(true);
-            end_.get_future().wait();
-        };
-        background_ = std::thread([this] {
-            globalQueue.run();
-            if (!told_)
-                runs_.set_value(false);
-        });
-        ASSERT_TRUE(runs_.get_future().get()) << word;
+        background_.emplace(*this, word);
+        background_->start();
+        ASSERT_EQ(background_->hung(), 1U) << word;
     }
 
     /// Chooses that row of the item's menu.
@@ -211,17 +278,7 @@ private:
         }
     }
 
-    void letEnd()
-    {
-        if (!std::exchange(let_, true))
-            end_.set_value();
-    }
-
-    std::thread background_;
-    std::promise<bool> runs_;
-    std::promise<void> end_;
-    bool told_ = false; ///< of the background's thread
-    bool let_ = false;
+    std::optional<HangingBackground> background_;
 };
 
 /// A state in which the end may come.
@@ -328,6 +385,85 @@ TEST(StartAndEnd, TheEndLeavesNothingInWhateverStateItComesAndStopsTheCollectors
         app.time.advance(Seconds(60));
         EXPECT_EQ(app.defaults.writes + app.files.writes, stored);
     }
+}
+
+TEST(AppDelegate, ConstructingItTouchesNothing)
+{
+    AppBench bench;
+    EXPECT_EQ(bench.time.timers(), 0);
+    EXPECT_EQ(bench.kernel.reads, 0);
+    EXPECT_TRUE(bench.defaults.values.empty());
+    EXPECT_TRUE(bench.statusBar.ids.empty());
+    EXPECT_FALSE(bench.delegate.frame().rootView());
+}
+
+TEST(AppDelegate, AddressesStandInPlaceOfOpeningAndEveryWayInReachesThePanel)
+{
+    AppBench bench;
+    EXPECT_TRUE(bench.delegate.applicationDidFinishLaunching({ .urls = { "ostrel://hide" } }));
+    EXPECT_FALSE(bench.delegate.panel().shown());
+    bench.urlEvents.handlers.open("ostrel://toggle");
+    EXPECT_TRUE(bench.delegate.panel().shown());
+    bench.notifications.post("dev.quent.ostrel.testbed", { { "action", "hide" } });
+    bench.notifications.observers.tell();
+    EXPECT_FALSE(bench.delegate.panel().shown());
+    bench.urlEvents.handlers.reopen();
+    EXPECT_TRUE(bench.delegate.panel().shown());
+    bench.delegate.panel().close("test");
+    bench.urlEvents.handlers.action("settings");
+    EXPECT_TRUE(bench.delegate.panel().shown());
+    EXPECT_EQ(bench.delegate.frame().mode(), OstrelMode::settings);
+}
+
+TEST(AppDelegate, APlainStartOpensThePanelAndFetchesWhileItIsOpen)
+{
+    AppBench bench;
+    bench.start();
+    EXPECT_TRUE(bench.delegate.frame().shown());
+    bench.fetch(snapshotText(1));
+    bench.time.advance(platform::Seconds(15));
+    bench.deliver();
+    std::vector<std::string> started;
+    for (const auto& request : bench.children.requests)
+        started.push_back(request.arguments[0] + " " + request.arguments[1]);
+    const std::vector<std::string> expected { "/opt/ostrel.py json", "../automations_bridge.py list",
+        "/opt/ostrel.py json" };
+    EXPECT_EQ(started, expected);
+    bench.delegate.panel().close("esc");
+    bench.time.advance(platform::Seconds(60));
+    bench.deliver();
+    EXPECT_EQ(bench.children.requests.size(), 3U) << "a closed panel starts no child";
+}
+
+TEST(AppDelegate, ATickNeverWaitsForAScriptWhateverHangs)
+{
+    AppBench bench;
+    bench.defaults.setText("ostrel.server.alias", "srv");
+    HangingBackground background(bench);
+    bench.start();
+    for (const auto& ask : std::vector<std::function<void(AppDelegate&)>> {
+             [](AppDelegate& app) { app.automationsTab().refresh(); },
+             [](AppDelegate& app) { app.janitorTab().refreshFindings(); },
+             [](AppDelegate& app) { app.sessionPanel().refresh(); },
+             [](AppDelegate& app) { app.server().checkServer(); },
+         }) {
+        ask(bench.delegate);
+        background.start();
+    }
+    EXPECT_GE(background.hung(), 5U) << "the snapshot, and what was asked for";
+    const int reads = bench.kernel.reads;
+    const auto period = bench.delegate.tick().nativeInterval();
+    constexpr int minutes = 30;
+    for (int minute = 0; minute < minutes; ++minute) {
+        bench.time.advance(std::chrono::minutes(1));
+        background.start();
+    }
+    EXPECT_GE(bench.kernel.reads - reads, static_cast<int>(minutes * 60 / period.count()));
+    EXPECT_EQ(bench.delegate.history().points.size(), minutes + 1U);
+    EXPECT_EQ(bench.files.contents[OstrelHistory::defaultPath("/home/someone")],
+        bench.delegate.history().serialized())
+        << "what hangs holds no other job";
+    EXPECT_LE(background.hung(), 8U) << "one of each kind at a time";
 }
 
 } // namespace

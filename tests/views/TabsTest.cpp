@@ -1,29 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "views/OpenTab.h"
 
-#include "design/OstrelStyle.h"
-#include "design/controls/OstrelButton.h"
-#include "design/controls/ZOLShellLabel.h"
+#include "core/Version.h"
 #include "history/OstrelHistoryView.h"
 #include "panel/GaugeView.h"
 #include "panel/MetricCard.h"
 
-#include "support/QtEnvironment.h"
 #include "support/Rendering.h"
 
-#include <QAccessible>
-#include <QEvent>
-#include <QHelpEvent>
+#include <QLineEdit>
 #include <QPaintEvent>
+#include <QPlainTextEdit>
 #include <QRegion>
-#include <QScrollArea>
-
-#include <string>
-#include <tuple>
-#include <utility>
-#include <vector>
-
-#include <gtest/gtest.h>
+#include <QTextDocument>
+#include <QTextDocumentFragment>
 
 namespace {
 
@@ -55,16 +45,15 @@ private:
 TEST(DashboardTab, SaysWhatItHasFromTheTopDown)
 {
     OpenTab tab(OstrelMode::overview);
-    EXPECT_EQ(tab.said(),
-        (QStringList { "OS PRESSURE · NORMAL", "CPU", "0%", "4 cores", "MEMORY", "11.5 GB", "74% of 16 GB",
-            "SWAP", "1.5 gb", "38% allocated · retained", "AGENTS", "0", "7 MCP processes",
-            "collector snapshot · 0s ago", "AGENT BUDGET · ACCOUNT QUOTA",
-            "Quota not read yet · open automations to refresh",
-            "Claude quota · unavailable from connected sources",
-            "SCHEDULES   Mac 0   →   server 0   ·   cloud 0 unverified", "CPU ACTIVITY · 2 H",
-            "1 min shown · 0 restored + 1 this run · 1 min kept of 1440", "SWAP RESIDENCY · 2 H",
-            "1 min shown · 0 restored + 1 this run · 1 min kept of 1440", "server · not checked" }))
-        << tab.said().join("\n").toStdString();
+    EXPECT_EQ(tab.expectSaid({ "OS PRESSURE · NORMAL", "CPU", "0%", "4 cores", "MEMORY", "11.5 GB",
+                  "74% of 16 GB", "SWAP", "1.5 gb", "38% allocated · retained", "AGENTS", "0",
+                  "7 MCP processes", "collector snapshot · 0s ago", "AGENT BUDGET · ACCOUNT QUOTA",
+                  "Quota not read yet · open automations to refresh",
+                  "Claude quota · unavailable from connected sources",
+                  "SCHEDULES   Mac 0   →   server 0   ·   cloud 0 unverified", "CPU ACTIVITY · 2 H",
+                  "1 min shown · 0 restored + 1 this run · 1 min kept of 1440", "SWAP RESIDENCY · 2 H",
+                  "1 min shown · 0 restored + 1 this run · 1 min kept of 1440", "server · not checked" }),
+        tab.said().size());
 }
 
 TEST(DashboardTab, ItsFourCardsShareTheWidthToTheHalfPointAndAreSharpOnDenseScreens)
@@ -124,11 +113,7 @@ TEST(DashboardTab, EveryButtonSaysWhereItLeadsAndLeadsThere)
     for (const auto& [name, mode, size, toolTip] : doors) {
         tab.delegate.frame().switchMode(overview);
         const auto runs = tab.children.requests.size();
-        for (OstrelButton* button : all<OstrelButton>(tab.page()))
-            if (button->accessibleName() == name) {
-                button->click();
-                break;
-            }
+        tab.control(name)->click();
         EXPECT_EQ(tab.delegate.frame().mode(), mode) << name;
         tab.deliver();
         // The first look at a tab reads what it shows: the terminals; findings, receipts, groups.
@@ -183,30 +168,155 @@ TEST(DashboardTab, PressureIsRedWhileItAlarms)
     }
 }
 
-/// A snapshot in which much is longer than the tab is wide.
-std::string longSnapshot()
+/// Every text that the panel shows, tells at the pointer, or gives to assistive technology.
+QStringList wordsOf(const QWidget& root)
 {
-    const std::string word(300, 'w');
-    return R"({"ts":"12:00:00","ram":{},"swap":{},"fan":{"mcp":7,"chromium":3,"chromium_bundles":{")" + word
-        + R"(":3}},"accuracy":{"chromium":"<b>ps</b> )" + word + R"(; all"},"history_state":")" + word
-        + R"(","system_observation":{"network":[{"interface":")" + word + R"("}]}})";
+    QStringList all;
+    for (const QWidget* view : root.findChildren<QWidget*>()) {
+        // A long one is markup, so that the toolkit breaks its lines.
+        const QString tip = view->toolTip();
+        all << (Qt::mightBeRichText(tip) ? QTextDocumentFragment::fromHtml(tip).toPlainText() : tip)
+            << view->accessibleName() << view->property("text").toString()
+            << view->property("placeholderText").toString();
+    }
+    return all;
 }
 
-TEST(SystemTab, NothingIsWiderThanTheTabAndWhatIsCutIsToldInATooltip)
+TEST(Tabs, ExplainWhatAPressDoesAndWhatIsSafe)
 {
-    OpenTab tab(OstrelMode::system, longSnapshot());
-    EXPECT_EQ(tab.page().width(), 728);
-    int cut = 0;
-    for (auto* label : all<ZOLShellLabel>(tab.page())) {
-        const QRect place(label->mapTo(&tab.page(), QPoint()), label->size());
-        EXPECT_TRUE(tab.page().rect().contains(place)) << label->text().toStdString();
-        if (!label->isCut())
-            continue;
-        ++cut;
-        EXPECT_TRUE(label->toolTip().isEmpty() || label->toolTip().contains("&lt;b&gt;ps&lt;/b&gt;"))
-            << "its own tooltip is the whole text; another one shows no markup: "
-            << label->toolTip().toStdString();
+    using enum OstrelMode;
+    const std::pair<OstrelMode, std::vector<std::string>> cases[] {
+        { overview,
+            { "local + server · a little more room to think", "OSTREL character",
+                "OSTREL · click flashes the red core", "1–8 tabs · 9 settings · / keys · ⌥⌘m toggle",
+                std::string(appVersion) + " · on this Mac · refreshes while open" } },
+        { system, { "getloadavg + hw.ncpu; native\nnative · 5s tick" } },
+        { sessions,
+            { "Open this exact existing Orca terminal. No prompt is sent and no session is closed.",
+                "Untitled terminal", "No live CLI processes in this snapshot." } },
+        { diagnosis,
+            { "run the local CLI analyst over this snapshot; it suggests actions and stops nothing",
+                "list MCP processes whose parent is gone; read-only, nothing is stopped",
+                "show how much of the OSTREL history would be trimmed; nothing is deleted",
+                "compact the OSTREL history after a confirmation" } },
+        { cleanup,
+            { "press a depth · the list opens · press again to act", "agents · files they leave behind",
+                "light · logs, shell snapshots, paste cache and telemetry older than 14 days",
+                "deep · the same older than 2 days, and MCP packages in ~/.npm/_npx no process loads",
+                "session history (~/.codex/sessions, ~/.claude/projects) is never listed",
+                "mcp · server processes", "light · MCP processes whose parent is gone",
+                "deep · also MCP processes under agent sessions idle for 90 min; the sessions stay",
+                "agent processes and protected names are refused, whatever the depth", "review old files",
+                "review more files", "review orphan mcp", "review idle mcp",
+                "light preview: inspect the exact list and volume before confirming any action" } },
+        { automations, { "name / host" } },
+        { server,
+            { "ask the alias over ssh for cores, load and free memory; read-only",
+                "the cpu and memory caps of the next server task: fast",
+                "show what will run on the server, with the caps of the profile; nothing starts",
+                "start the previewed task on the server; enabled after a preview" } },
+        { settings,
+            { "findings are read on a press, nothing runs on a timer; every stop and every cleanup writes a "
+              "receipt",
+                "add a name to protect", "none chosen; the group deletes nothing until a cache is picked",
+                "take the item out of the bar; asks first, ⌥⌘m stays the way back",
+                "store hidden: the item leaves the bar, ⌥⌘m still opens the panel",
+                "keep the mark in the bar and drop the hidden choice",
+                "the same switch as the circle in the header; stored as dev.quent.ostrel.pinned",
+                "press the field, then the combination · esc cancels · delete clears",
+                "show a sample hint card now; it is not recorded as a real hint" } },
+    };
+    for (const auto& [mode, texts] : cases) {
+        OpenTab tab(mode, R"({"ts":"12:00:00","ram":{},"swap":{}})",
+            { { "session_bridge", R"({"ok":true,"terminals":[{}]})" } });
+        tab.work();
+        if (mode == settings)
+            tab.press("hidden");
+        const QStringList said = wordsOf(tab.root());
+        for (const std::string& text : texts)
+            EXPECT_TRUE(said.contains(QString::fromStdString(text))) << text << " in\n"
+                                                                     << said.join("\n").toStdString();
     }
+}
+
+TEST(Tabs, NothingIsWiderThanTheTabWhateverItIsTold)
+{
+    using enum OstrelMode;
+    struct Case {
+        OstrelMode mode;
+        const char* snapshot; ///< behind its first keys
+        OpenTab::Answers answers;
+        const char* press; ///< empty for none
+    };
+    // Each W stands for a long word.
+    const Case cases[] {
+        { system, R"("fan":{"chromium":3,"chromium_bundles":{"W":3}},"history_state":"W","accuracy":
+            {"chromium":"W; all"},"system_observation":{"network":[{"interface":"W"}]})",
+            {}, "" },
+        { diagnosis, R"("verdict":{"cause":"W <b>&amp;</b>"},"offenders":[{"label":"W"}])",
+            { { "findings", R"({"findings":[{"title":"W","seen":"W","source":"W","proposal":"W","level":"W",
+                "action":{"kind":"open-tab","target":"W"}}]})" },
+                { "analyze", R"([{"label":"W","kind":"k"}])" } },
+            "▶ run local analyst" },
+        { cleanup, R"("fan":{})",
+            { { "groups", R"({"groups":["W"]})" }, { "receipts", R"({"receipts":[{"kind":"W"}]})" },
+                { "preview", R"({"error":"W"})" } },
+            "clean…" },
+        { processes, R"("procs":[{"rss":1,"pid":"1","name":"W","grp":"W","cmd":"W","cpu":1}])", {}, "" },
+        { settings, R"("fan":{})", { { "caches", R"({"candidates":[{"name":"W"}]})" } },
+            "list the biggest caches" },
+        { sessions,
+            R"("fan":{"W":1},"chromium_bundles":{"W":1},"live_sessions":[{"rss":1,"pid":"1","name":"W"}])",
+            { { "session_bridge", R"({"ok":true,"notes":["W"],"terminals":[{"connected":true,"title":"W",
+                "worktreePath":"W"}]})" } },
+            "" },
+        { sessions, R"("fan":{})", { { "session_bridge", R"({"ok":false,"error":"W"})" } },
+            "terminals-refresh" },
+        { server, R"("fan":{})", { { "ostrel_remote", R"({"error":{"message":"W"}})" } }, "preview task" },
+        { server, R"("fan":{})",
+            { { "ostrel_remote", R"({"ok":true,"result":{"host":"W","repoPath":"W"}})" } }, "preview task" },
+    };
+    const QString word(5000, 'w');
+    const auto told = [&](const std::string& text) {
+        return QString::fromStdString(text).replace('W', word).toStdString();
+    };
+    for (const auto& [mode, snapshot, answers, press] : cases) {
+        SCOPED_TRACE(testing::Message() << words(mode).title << " " << snapshot);
+        OpenTab::Answers spoken;
+        for (const auto& [key, text] : answers)
+            spoken[key] = told(text);
+        OpenTab tab(mode, told(R"({"ts":"t","ram":{},"swap":{},)" + std::string(snapshot) + "}"), spoken);
+        tab.work();
+        if (mode == server) {
+            tab.named<QLineEdit>("alias").setText(word);
+            tab.named<QPlainTextEdit>("task").setPlainText(word);
+        }
+        if (*press) {
+            tab.press(press);
+            tab.work();
+        }
+        EXPECT_FALSE(tab.said().filter("www").isEmpty()) << "it was told";
+        tab.expectWithinTheTab();
+        for (const QLabel* label : tab.root().findChildren<QLabel*>())
+            EXPECT_TRUE(label->text().isEmpty() || label->textFormat() == Qt::PlainText)
+                << label->text().left(40).toStdString();
+    }
+}
+
+TEST(SystemTab, WhatIsCutIsToldInATooltipWithoutMarkup)
+{
+    const std::string word(300, 'w');
+    OpenTab tab(OstrelMode::system,
+        R"({"ts":"12:00:00","ram":{},"swap":{},"fan":{"chromium":3,"chromium_bundles":{")" + word
+            + R"(":3}},"accuracy":{"chromium":"<b>ps</b> )" + word + R"(; all"},"history_state":")" + word
+            + R"(","system_observation":{"network":[{"interface":")" + word + R"("}]}})");
+    int cut = 0;
+    for (auto* label : all<ZOLShellLabel>(tab.page()))
+        if (label->isCut()) {
+            ++cut;
+            EXPECT_TRUE(label->toolTip().isEmpty() || label->toolTip().contains("&lt;b&gt;ps&lt;/b&gt;"))
+                << "its own tooltip is the whole text: " << label->toolTip().toStdString();
+        }
     EXPECT_EQ(cut, 4);
 }
 
@@ -237,18 +347,11 @@ TEST(SystemTab, ARebuiltTabsGaugesGoOnFromWhereTheLastOnesStood)
 TEST(SystemTab, StandsInItsOrderAndTheTickWritesTheFreeMemory)
 {
     OpenTab tab(OstrelMode::system);
-    const QStringList said = tab.said();
-    qsizetype last = -1;
-    for (const char* text :
-        { "this Mac · power, storage & network", "Test OS 1", "2.0 hours", "unknown", "unavailable",
-            "network counters", "cpu load · 1 samples at 5s · this run",
-            "src: host_cpu tick delta, native · live", "system · every row names its source",
-            "2.50 · 62% of 4 cores", "2.0 gb free", "11.5 gb of 16 gb · 74%", "menu bar", "cpu · swap · ",
-            "saved history · local", "dashboard history · local · 24 h", "1 of 1440", "MEASUREMENT MODEL" }) {
-        const qsizetype at = said.indexOf(text, last + 1);
-        EXPECT_GT(at, last) << text << " in " << said.join("\n").toStdString();
-        last = std::max(at, last);
-    }
+    tab.expectInOrder({ "this Mac · power, storage & network", "Test OS 1", "2.0 hours", "unknown",
+        "unavailable", "network counters", "cpu load · 1 samples at 5s · this run",
+        "src: host_cpu tick delta, native · live", "system · every row names its source",
+        "2.50 · 62% of 4 cores", "2.0 gb free", "11.5 gb of 16 gb · 74%", "menu bar", "cpu · swap · ",
+        "saved history · local", "dashboard history · local · 24 h", "1 of 1440", "MEASUREMENT MODEL" });
     const QWidget* page = &tab.page();
     tab.kernel.reading.freeBytes = 499 * OpenTab::mb;
     tab.tick(10);
