@@ -4,8 +4,6 @@
 #include "design/voxel/ZOLVoxelModels.h"
 #include "design/voxel/ZOLVoxelMotion.h"
 
-#include <algorithm>
-#include <string>
 #include <utility>
 #include <vector>
 

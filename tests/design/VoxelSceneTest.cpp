@@ -154,23 +154,31 @@ TEST(VoxelScene, TheNearMovesWithThePointerTheFarAgainstItAndTheShadowStaysOnThe
 TEST(VoxelScene, ACubeOnItsWayIsDisplacedByItsOwnNoiseAndFades)
 {
     EXPECT_DOUBLE_EQ(VoxelScene::rnd(0), (9301.0 + 49297) / 233280 - 0.5);
-    for (const std::size_t index : { std::size_t { 233280 }, std::numeric_limits<std::size_t>::max() })
-        EXPECT_LT(std::abs(VoxelScene::rnd(index)), 0.5);
+    EXPECT_DOUBLE_EQ(VoxelScene::rnd(24), std::fmod(25 * 9301.0 + 49297, 233280) / 233280 - 0.5);
+    for (const std::size_t index : { std::size_t { 233280 }, std::numeric_limits<std::size_t>::max() }) {
+        EXPECT_GE(VoxelScene::rnd(index), -0.5);
+        EXPECT_LT(VoxelScene::rnd(index), 0.5);
+    }
     const ZOLVoxel cubes[] { { 0, 0, 0, ink }, { 3, 1, 2, mid } };
-    const auto scene = [&](const std::vector<double>& progress) {
-        return VoxelScene::scene(cubes, { 0, 0, 120, 90 }, { .progress = progress });
-    };
-    const auto still = scene({}), half = scene({ 0, 0.4 }), far = scene({ 0, 0.8 });
-    const auto way = [&](const std::vector<Quad>& quads) {
-        const ScenePoint from = still.back().corners[2], to = quads.back().corners[2];
-        return ScenePoint { to.x - from.x, to.y - from.y };
-    };
-    EXPECT_GT(std::hypot(way(half).x, way(half).y), 10);
-    expectNear(way(far), { 2 * way(half).x, 2 * way(half).y });
-    EXPECT_NEAR(half.back().fill.alpha, 0.6, 1e-12);
-    EXPECT_NEAR(half.back().stroke.alpha, 0.6 * 0.35, 1e-12);
-    EXPECT_EQ(half[2].corners, still[2].corners) << "a cube at home stays";
-    EXPECT_EQ(scene({ 0.5 }).back().corners, still.back().corners) << "past the list's end it is at home";
+    const SceneRect rect { 0, 0, 120, 90 };
+    const SceneRect box = VoxelScene::unitBounds(cubes);
+    const double u = std::min(120 / (box.width + 2), 90 / (box.height + 2));
+    const double p = 0.4;
+    const std::vector<double> progress { 0, p };
+    const auto still = VoxelScene::scene(cubes, rect, {});
+    const auto away = VoxelScene::scene(cubes, rect, { .progress = progress });
+    const ScenePoint front = topFront(cubes[1], box, rect, 1);
+    const ScenePoint home { front.x, front.y + (1 - 2 * 0.48) * u };
+    const ScenePoint flown { front.x + ((home.x - 60) * 1.1 + VoxelScene::rnd(1) * 6 * u) * p,
+        front.y + ((home.y - 45) * 0.9 - u * 3.5 + VoxelScene::rnd(7) * 4 * u) * p };
+    const Quad& top = away[away.size() - 3];
+    expectNear(top.corners[2], flown);
+    EXPECT_NEAR(top.fill.alpha, 0.6, 1e-12);
+    EXPECT_NEAR(top.stroke.alpha, 0.6 * 0.35, 1e-12);
+    EXPECT_EQ(away[2].corners, still[2].corners) << "a cube at home stays";
+    const std::vector<double> one { 0.5 };
+    EXPECT_EQ(VoxelScene::scene(cubes, rect, { .progress = one }).back().corners, still.back().corners)
+        << "past the list's end a cube is at home";
 }
 
 TEST(VoxelScene, BandsFollowTheLineOfSightInSixToEightSteps)

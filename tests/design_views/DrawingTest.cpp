@@ -13,7 +13,6 @@
 #include <QPainterPath>
 #include <QStyle>
 #include <QToolTip>
-#include <QVBoxLayout>
 
 #include <algorithm>
 #include <array>

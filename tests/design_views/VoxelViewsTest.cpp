@@ -13,7 +13,6 @@
 #include <QEnterEvent>
 
 #include <algorithm>
-#include <cmath>
 #include <set>
 
 #include <fmt/format.h>

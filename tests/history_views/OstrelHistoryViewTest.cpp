@@ -7,7 +7,6 @@
 #include "support/Painted.h"
 #include "support/Pointer.h"
 
-#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>

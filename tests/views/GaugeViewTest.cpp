@@ -10,7 +10,6 @@
 
 #include <QLabel>
 
-#include <algorithm>
 #include <cmath>
 #include <numbers>
 #include <optional>
