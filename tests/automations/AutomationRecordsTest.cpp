@@ -1,13 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "automations/AutomationRecords.h"
+#include "automations/AgentBudget.h"
 
 #include <initializer_list>
-#include <iterator>
-#include <string>
-#include <string_view>
-#include <utility>
-#include <vector>
+#include <tuple>
 
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 namespace {
@@ -18,55 +16,36 @@ json::Value parsed(std::string_view text) { return json::parseObject(text).value
 
 Automation job(std::string_view text) { return Automation::parse(parsed(text)); }
 
-TEST(AutomationRecords, EachKeyOfARowFillsItsOwnField)
-{
-    Automation expected { .lane = "v:lane" };
-    expected.laneTitle = "v:lane_title";
-    expected.id = "v:id";
-    expected.title = "v:title";
-    expected.schedule = "v:schedule";
-    expected.state = "v:state";
-    expected.executor = "v:executor";
-    expected.host = "v:host";
-    expected.owner = "v:owner";
-    expected.registry = "v:registry";
-    expected.family = "v:family";
-    expected.tag = "v:tag";
-    expected.observation = "v:observation";
-    expected.location = "v:location";
-    expected.migration = "v:migration";
-    expected.registryState = "v:registry_state";
-    expected.target = "v:target";
-    expected.lastRun = "v:last_run";
-    expected.lastResult = "v:last_result";
-    expected.nextRun = "v:next_run";
-    json::Value row { { "tagged", 1 } };
-    for (const char* key : { "lane", "lane_title", "id", "title", "schedule", "state", "executor", "host",
-             "owner", "registry", "family", "tag", "observation", "location", "migration", "registry_state",
-             "target", "last_run", "last_result", "next_run" })
-        row[key] = std::string("v:") + key;
-    EXPECT_EQ(Automation::parse(row), expected);
-    for (const auto& [key, member] : { std::pair { "active", &Automation::active },
-             { "can_run", &Automation::canRun }, { "toggles", &Automation::toggles } }) {
-        const Automation item = Automation::parse({ { key, true } });
-        EXPECT_TRUE(item.*member) << key;
-        EXPECT_EQ(item.active + item.canRun + item.toggles, 1) << key;
-    }
-}
+const std::pair<const char*, std::string Automation::*> texts[] { { "lane", &Automation::lane },
+    { "lane_title", &Automation::laneTitle }, { "id", &Automation::id }, { "title", &Automation::title },
+    { "schedule", &Automation::schedule }, { "state", &Automation::state },
+    { "executor", &Automation::executor }, { "host", &Automation::host }, { "owner", &Automation::owner },
+    { "registry", &Automation::registry }, { "family", &Automation::family }, { "tag", &Automation::tag },
+    { "observation", &Automation::observation }, { "location", &Automation::location },
+    { "migration", &Automation::migration }, { "registry_state", &Automation::registryState },
+    { "target", &Automation::target }, { "last_run", &Automation::lastRun },
+    { "last_result", &Automation::lastResult }, { "next_run", &Automation::nextRun } };
+const std::pair<const char*, bool Automation::*> flags[] { { "active", &Automation::active },
+    { "can_run", &Automation::canRun }, { "toggles", &Automation::toggles } };
 
-TEST(AutomationRecords, AKeyOfAnotherTypeTakesItsDefaultAndLeavesTheOthers)
+TEST(AutomationRecords, EachKeyFillsItsOwnFieldOrWithAnotherTypeLeavesTheDefault)
 {
     const Automation blank = job("{}");
-    EXPECT_EQ(blank.title, "?");
-    EXPECT_EQ(blank.observation, "unobserved");
+    EXPECT_EQ(blank.title + " " + blank.observation, "? unobserved");
     const json::Value wrong[] { nullptr, 12, true, json::Value::array({ "x" }), { { "x", "y" } } };
-    for (const char* key : { "lane", "lane_title", "id", "title", "schedule", "state", "executor", "host",
-             "owner", "registry", "family", "tag", "observation", "location", "migration", "registry_state",
-             "target", "last_run", "last_result", "next_run" })
+    for (const auto& [key, member] : texts) {
+        Automation expected = blank;
+        expected.*member = "text";
+        EXPECT_EQ(Automation::parse({ { key, "text" }, { "tagged", 1 } }), expected) << key;
         for (const json::Value& value : wrong)
             EXPECT_EQ(Automation::parse({ { key, value } }), blank) << key << json::dump(value);
-    for (const char* key : { "active", "can_run", "toggles" })
+    }
+    for (const auto& [key, member] : flags) {
+        Automation expected = blank;
+        expected.*member = true;
+        EXPECT_EQ(Automation::parse({ { key, true } }), expected) << key;
         EXPECT_EQ(Automation::parse({ { key, 1 } }), blank) << key;
+    }
     EXPECT_EQ(job(R"({"title":7,"id":"a:b\n-c","active":true})").key(), ":a:b\n-c");
 }
 
@@ -101,11 +80,7 @@ TEST(AutomationRecords, CountsAreTheBridgesOwnAndNeverTheRows)
 TEST(AutomationRecords, TheFirstRuleThatFitsGivesTheFiguresState)
 {
     using enum AutomationVoxelState;
-    struct Case {
-        const char* row;
-        AutomationVoxelState state;
-    };
-    for (const auto& [row, state] : std::initializer_list<Case> {
+    for (const auto& [row, state] : std::initializer_list<std::pair<const char*, AutomationVoxelState>> {
              { R"({"active":true})", unobserved }, // without an observation
              { R"({"observation":"manual · unverified","last_result":"failed","active":true})", unobserved },
              { R"({"observation":"synthetic","last_result":"failed · exit 3","active":true})", failed },
@@ -122,20 +97,14 @@ TEST(AutomationRecords, AJournalLeavesTheRowsValuesWhereItTellsNone)
     const Automation item = job(R"({"last_run":"L","last_result":"R","next_run":"N"})");
     const auto journal = AutomationJournal::parse(
         parsed(R"({"last_run":"L2","last_result":4,"journal":[{"at":"a","status":1,"line":"l"},{}]})"), item);
-    EXPECT_EQ(journal.lastRun, "L2");
-    EXPECT_EQ(journal.lastResult, "R");
-    EXPECT_EQ(journal.nextRun, "N");
+    EXPECT_EQ(journal.lastRun + journal.lastResult + journal.nextRun, "L2RN");
     const std::vector<AutomationRun> runs { { "a", "", "l" }, {} };
     EXPECT_EQ(journal.runs, runs);
 }
 
 TEST(AutomationRecords, AnActionTellsTheFirstTextThatThereIs)
 {
-    struct Case {
-        const char* answer;
-        const char* message;
-    };
-    for (const auto& [answer, message] : std::initializer_list<Case> {
+    for (const auto& [answer, message] : std::initializer_list<std::pair<const char*, const char*>> {
              { R"({"ok":true,"message":"done","error":"no"})", "done" },
              { R"({"ok":true,"message":""})", "" },
              { R"({"ok":true,"message":1})", "run · T" },
@@ -145,6 +114,100 @@ TEST(AutomationRecords, AnActionTellsTheFirstTextThatThereIs)
              { R"({"error":5,"stderr":[]})", "the command returned an error" },
          })
         EXPECT_EQ(AutomationActionResult::parse(parsed(answer), "run", "T").message, message) << answer;
+}
+
+using Level = std::optional<double>;
+constexpr std::int64_t now = 1'795'593'600;
+
+AgentBudget budgetOf(const std::string& quotas, const std::vector<Automation>& items = {})
+{
+    const auto snapshot = AutomationsSnapshot::parse(parsed(R"({"quotas":)" + quotas + "}"));
+    return agentBudget(snapshot.quotas, items, platform::Instant(std::chrono::seconds(now)));
+}
+
+/// A quota row with one window, read so many seconds ago.
+std::string quota(const char* state, std::int64_t ago, const char* window)
+{
+    return fmt::format(R"([{{"host":"box","state":"{}","checked_at":{},"scope":"shared","guard":"20%",)"
+                       R"("windows":[{}]}}])",
+        state, now - ago, window);
+}
+
+TEST(AgentBudget, AReadingTurnsStaleBehindAQuarterOfAnHour)
+{
+    const char* const window = R"({"remaining":72.9,"minutes":10080,"resets_at":"2026-11-27T09:30:00Z"})";
+    for (const auto& [state, ago, line, level, read] :
+        std::initializer_list<std::tuple<const char*, std::int64_t, std::string, Level, std::string>> {
+            { "observed", -50, "72% remaining", 72.9, "0m ago" },
+            { "observed", 900, "72% remaining", 72.9, "15m ago" },
+            { "observed", 901, "stale · refresh inventory", {}, "15m ago" },
+            { "unavailable", 10, "unavailable · refresh inventory", {}, "0m ago" },
+            { "observed", now, "stale · refresh inventory", {}, "not read" },
+        }) {
+        const auto shown = budgetOf(quota(state, ago, window)).windows.at(0);
+        EXPECT_EQ(shown.line, "Codex · box · 7d · " + line) << state << ago;
+        EXPECT_EQ(shown.level, level) << state << ago;
+        EXPECT_EQ(shown.detail, "shared · " + read + " · reset 2026-11-27 09:30") << state << ago;
+    }
+}
+
+TEST(AgentBudget, AWindowSaysWhatIsLeftAndHowLongItIs)
+{
+    for (const auto& [window, line, level, label] :
+        std::initializer_list<std::tuple<const char*, std::string, Level, const char*>> {
+            { R"({"remaining":5,"minutes":1439})", "1439m · 5% remaining", 5.0,
+                "Codex box · 5 percent quota remaining" },
+            { R"({"remaining":5,"minutes":1440})", "1d · 5% remaining", 5.0,
+                "Codex box · 5 percent quota remaining" },
+            { R"({"minutes":"7","remaining":"5"})", "0m · 0% remaining", {}, "" },
+            { R"({"remaining":-7.9,"minutes":-3})", "-3m · -7% remaining", 0.0,
+                "Codex box · -7 percent quota remaining" },
+            { R"({"remaining":1e300,"minutes":2879})", "1d · 9000000000000000% remaining", 100.0,
+                "Codex box · 9000000000000000 percent quota remaining" },
+        }) {
+        const auto shown = budgetOf(quota("observed", 60, window)).windows.at(0);
+        EXPECT_EQ(shown.line, "Codex · box · " + line);
+        EXPECT_EQ(shown.level, level) << window;
+        EXPECT_EQ(shown.levelLabel, label);
+        EXPECT_EQ(shown.toolTip, "Read 1m ago. shared. Guard: 20%. Resets unknown");
+        EXPECT_EQ(shown.detail, "shared · 1m ago · reset —");
+    }
+}
+
+TEST(AgentBudget, EveryRowHasAWindowAtLeastAndAllOfItsOwnInOrder)
+{
+    for (const auto& [quotas, lines] :
+        std::initializer_list<std::pair<const char*, std::vector<std::string>>> {
+            { "[{}]", { "Codex · unknown · 0m · unavailable · refresh inventory" } },
+            { R"([{"windows":[{},4]}])", { "Codex · unknown · 0m · unavailable · refresh inventory" } },
+            { R"([{"host":"a","state":"off","windows":[{"minutes":1},{"minutes":2}]},{"host":"b"}])",
+                { "Codex · a · 1m · off · refresh inventory", "Codex · a · 2m · off · refresh inventory",
+                    "Codex · b · 0m · unavailable · refresh inventory" } } }) {
+        std::vector<std::string> told;
+        const AgentBudget budget = budgetOf(quotas);
+        for (const auto& window : budget.windows)
+            told.push_back(window.line);
+        EXPECT_EQ(told, lines) << quotas;
+        EXPECT_EQ(budget.notRead, "");
+    }
+    EXPECT_EQ(budgetOf("[]").notRead, "Quota not read yet · open automations to refresh");
+}
+
+TEST(AgentBudget, QuotasThatWentAstrayDontFillThePanel)
+{
+    std::string rows = "[{}";
+    for (int at = 0; at < 5000; ++at)
+        rows += R"(,{"windows":[{},{}]})";
+    EXPECT_EQ(budgetOf(rows + "]").windows.size(), 40U);
+}
+
+TEST(AgentBudget, SchedulesCountByMachineAndOtherLanesNowhere)
+{
+    std::vector<Automation> items;
+    for (const char* lane : { "orca", "codex", "launchd", "launchd", "systemd", "registry", "cloud",
+             "my-cloud-2", "Cloud", "", "systemd2" })
+        items.push_back({ .lane = lane });
+    EXPECT_EQ(budgetOf("[]", items).schedules, "SCHEDULES   Mac 4   →   server 2   ·   cloud 2 unverified");
 }
 
 } // namespace

@@ -3,12 +3,7 @@
 
 #include "automations/AutomationsBench.h"
 
-#include <initializer_list>
-#include <map>
-#include <string>
 #include <tuple>
-#include <utility>
-#include <vector>
 
 #include <fmt/format.h>
 #include <gtest/gtest.h>
@@ -16,6 +11,7 @@
 namespace {
 
 using namespace ostrel;
+using Row = std::map<std::string, json::Value>;
 
 /// The tab's text over an inventory.
 struct Drawn {
@@ -134,12 +130,7 @@ TEST(AutomationsText, APageOpensWithTheHeadingOfItsFirstRow)
 
 TEST(AutomationsText, TheWordOfARowIsItsResultUnlessNobodyLooked)
 {
-    struct Case {
-        std::map<std::string, json::Value> row;
-        const char* word;
-        bool failed;
-    };
-    for (const auto& [more, word, failed] : std::initializer_list<Case> {
+    for (const auto& [more, word, failed] : std::initializer_list<std::tuple<Row, const char*, bool>> {
              { {}, "enabled", false },
              { { { "last_result", "success" } }, "success", false },
              { { { "last_result", "unobserved" } }, "enabled", false },
@@ -156,18 +147,14 @@ TEST(AutomationsText, TheWordOfARowIsItsResultUnlessNobodyLooked)
 
 TEST(AutomationsText, ACardOffersWhatTheJobAllowsAndNothingButReceiptsWhileBusy)
 {
-    struct Case {
-        std::map<std::string, json::Value> row;
-        const char* lane;
-        const char* offered;
-    };
-    for (const auto& [more, lane, offered] : std::initializer_list<Case> {
-             { {}, "launchd", "run/run once disable/disable plan/transfer plan " },
-             { { { "active", false } }, "launchd", "run/run once enable/enable plan/transfer plan " },
-             { { { "can_run", false } }, "registry", "disable/disable " },
-             { { { "can_run", false }, { "toggles", false } }, "registry", "" },
-             { { { "toggles", false } }, "cloud", "run/run once plan/transfer plan " },
-         }) {
+    for (const auto& [more, lane, offered] :
+        std::initializer_list<std::tuple<Row, const char*, const char*>> {
+            { {}, "launchd", "run/run once disable/disable plan/transfer plan " },
+            { { { "active", false } }, "launchd", "run/run once enable/enable plan/transfer plan " },
+            { { { "can_run", false } }, "registry", "disable/disable " },
+            { { { "can_run", false }, { "toggles", false } }, "registry", "" },
+            { { { "toggles", false } }, "cloud", "run/run once plan/transfer plan " },
+        }) {
         AutomationsState state;
         state.expanded.insert(std::string(lane) + ":1");
         const Drawn drawn(inventoryJson({ jobJson(lane, "1", more) }), state);
@@ -263,6 +250,69 @@ TEST(AutomationsText, WarningsAndLanesThatWentAstrayDontFillThePanel)
     EXPECT_EQ(body.alerts.back(), "△ alert 5");
     EXPECT_EQ(body.lanes.size(), 61U);
     EXPECT_EQ(body.error, "inventory: half");
+}
+
+/// What stands in the tab for a filter: the titles, and the first sign of each id.
+std::string found(const AutomationsFilter& filter)
+{
+    static const Drawn drawn(inventoryJson({
+        jobJson("b", "3", { { "title", "beta" }, { "state", "blocked" } }),
+        jobJson("b", "9", { { "title", "Zeta" }, { "last_result", "failed · exit 3" } }),
+        jobJson("a", "nightly-ÄPFEL", { { "title", "omega" }, { "host", "Server" }, { "active", false } }),
+        jobJson("b", "1",
+            { { "title", "beta" }, { "state", "failed" }, { "active", false },
+                { "observation", "declared · unverified" } }),
+        jobJson("a", "x:y\n-z",
+            { { "title", "alpha" }, { "state", "Failed" }, { "active", false },
+                { "last_result", "has failed" }, { "observation", "Unobserved" } }),
+    }));
+    std::string titles;
+    for (const auto place : matches(drawn.snapshot.items, drawn.index, filter))
+        titles += drawn.snapshot.items[place].title + drawn.snapshot.items[place].id.substr(0, 1) + " ";
+    return titles;
+}
+
+TEST(AutomationsIndex, RowsStandByLaneAndTitleAndPassWhenLaneStateAndQueryAllLetThemThrough)
+{
+    using enum AutomationStateFilter;
+    struct Case {
+        const char* lane;
+        AutomationStateFilter state;
+        const char *query, *expected;
+    };
+    for (const auto& [lane, state, query, expected] : std::initializer_list<Case> {
+             { "", all, "", "alphax omegan Zeta9 beta3 beta1 " },
+             { "a", all, "", "alphax omegan " },
+             { "A", all, "", "" },
+             { "", enabled, "", "Zeta9 beta3 " },
+             { "", attention, "", "Zeta9 beta3 beta1 " },
+             { "", unverified, "", "beta1 " },
+             { "", all, "BETA", "beta3 beta1 " },
+             { "", all, "äpfel", "omegan " }, // the id, which no row shows
+             { "", all, "äpfel ser", "omegan " }, // from the id into the host
+             { "", all, "server box", "" },
+             { "", all, "X:Y\n", "alphax " },
+             { "", all, ".*", "" },
+             { "b", attention, "beta", "beta3 beta1 " },
+             { "b", enabled, "1", "" },
+         })
+        EXPECT_EQ(found({ lane, state, query }), expected) << lane << rawValue(state) << query;
+}
+
+TEST(AutomationsIndex, APageThatIsGoneBecomesTheLastOne)
+{
+    for (const auto& [count, asked, page, next] :
+        std::initializer_list<std::tuple<std::size_t, std::size_t, AutomationsPage, bool>> {
+            { 0, 0, { 0, 1, 0, 0 }, false },
+            { 0, 7, { 0, 1, 0, 0 }, false },
+            { 12, 1, { 0, 1, 0, 12 }, false },
+            { 24, 0, { 0, 2, 0, 12 }, true },
+            { 24, 5, { 1, 2, 12, 12 }, false },
+            { 25, 2, { 2, 3, 24, 1 }, false },
+        }) {
+        EXPECT_EQ(pageOf(count, asked), page) << count << " " << asked;
+        EXPECT_EQ(pageOf(count, asked).hasNext(), next) << count << " " << asked;
+    }
 }
 
 } // namespace

@@ -16,7 +16,7 @@
 /// A panel's door and looks that keep, in order, what they were asked for.
 struct FakeDoor : ostrel::PanelDoor, ostrel::PanelChoices {
     void show() override { calls.emplace_back("show"); }
-    void close(std::string_view) override { calls.emplace_back("close"); }
+    void close(std::string_view reason) override { calls.emplace_back(reason); }
     void toggle() override { calls.emplace_back("toggle"); }
     void showTestbed() override { calls.emplace_back("testbed"); }
     [[nodiscard]] bool shown() const override { return open; }

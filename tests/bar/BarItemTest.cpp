@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "BarBench.h"
 
+#include <tuple>
+
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
@@ -107,14 +109,8 @@ TEST(BarItem, NeverLosesItsLastPart)
 
 TEST(BarItem, APressTogglesUnlessItJustClosedThePanelAndOpensTheMenuAtAnyTime)
 {
-    struct Case {
-        platform::StatusItemPress press;
-        bool open;
-        std::optional<platform::Instant::duration> sinceClose;
-        Calls calls;
-        int menus;
-    };
-    const Case cases[] {
+    using SinceClose = std::optional<platform::Instant::duration>;
+    const std::tuple<platform::StatusItemPress, bool, SinceClose, Calls, int> cases[] {
         { {}, false, {}, { "toggle" }, 0 },
         { {}, false, 499ms, {}, 0 },
         { {}, false, 500ms, { "toggle" }, 0 },
@@ -123,15 +119,15 @@ TEST(BarItem, APressTogglesUnlessItJustClosedThePanelAndOpensTheMenuAtAnyTime)
         { { .place = {}, .secondary = true }, false, 0s, {}, 1 },
         { { .place = {}, .control = true }, true, 9s, {}, 1 },
     };
-    for (const Case& c : cases) {
+    for (const auto& [press, open, sinceClose, calls, menus] : cases) {
         BarBench bench;
         bench.setUp();
-        bench.door.open = c.open;
-        if (c.sinceClose)
-            bench.door.closed = bench.time.now() - *c.sinceClose;
-        bench.bar.press(c.press);
-        EXPECT_EQ(bench.door.calls, c.calls) << &c - cases;
-        EXPECT_EQ(bench.bar.menusOpened, c.menus);
+        bench.door.open = open;
+        if (sinceClose)
+            bench.door.closed = bench.time.now() - *sinceClose;
+        bench.bar.press(press);
+        EXPECT_EQ(bench.door.calls, calls) << open;
+        EXPECT_EQ(bench.bar.menusOpened, menus);
     }
 }
 
@@ -155,6 +151,127 @@ TEST(BarItem, LooksThreeTimesLaterWhereTheDesktopPutItButNotAfterItsEnd)
     ended.time.advance(60s);
     ended.bar.press({});
     EXPECT_EQ(ended.state() + fmt::format("{}", ended.door.calls.size()), "0");
+}
+
+TEST(BarStateFile, TellsOneLineAndWritesItOnlyWhenSomethingChanged)
+{
+    BarBench bench;
+    bench.stateFile.writeBarState();
+    EXPECT_EQ(bench.files.writes, 0) << "there is no item yet";
+    bench.screens.screens.push_back({ "tall", { 1512, 0, 1080.9, 1920 }, { 1512, 0, 1080.9, 1920 } });
+    bench.bar.placement = { .frame = { 1204.9, 960.2, 38, 20 }, .seen = true };
+    bench.setUp();
+    EXPECT_EQ(bench.state(),
+        R"({ "autosave": "dev.quent.ostrel.status-item.v3", "mode": "mark", "isVisible": true, )"
+        R"("hasWindow": true, "frame": [1204, 960, 38, 20], "looksPainted": true, )"
+        R"("panelScreen": "not opened yet", "preferredPosition": null, "screenWidth": 1512, )"
+        R"("length": 38, "stamp": "2023-11-14T22:13:20Z" })"
+        "\n");
+    bench.time.advance(5s);
+    bench.item.updateStatusButton();
+    EXPECT_EQ(bench.files.writes, 1);
+    bench.files.contents.clear();
+    bench.item.updateStatusButton();
+    EXPECT_TRUE(bench.state().ends_with("\"stamp\": \"2023-11-14T22:13:25Z\" }\n")) << "it was deleted";
+
+    bench.stateFile.setLastPanelScreen("27\" \\ · corner");
+    bench.defaults.setNumber("NSStatusItem Preferred Position dev.quent.ostrel.status-item.v3", -312.7);
+    bench.settings.barDisplayMode = BarDisplayMode::hidden;
+    bench.screens.main = 1;
+    bench.item.updateStatusButton();
+    EXPECT_NE(
+        bench.state().find(R"("mode": "hidden", "isVisible": false, "hasWindow": false, "frame": null, )"
+                           R"("looksPainted": false, "panelScreen": "27' \\ · corner", )"
+                           R"("preferredPosition": -312, "screenWidth": 1080, "length": 16, )"),
+        std::string::npos)
+        << bench.state();
+    bench.screens.main = 2;
+    bench.item.updateStatusButton();
+    EXPECT_NE(bench.state().find("\"screenWidth\": 0,"), std::string::npos);
+}
+
+TEST(BarStateFile, AnItemLooksPaintedInsideABarOfItsDisplay)
+{
+    const platform::Rect whole { 0, 0, 1000, 800 };
+    const platform::Screen top { "top", whole, { 0, 0, 1000, 770 } };
+    const platform::Screen bottom { "bottom", whole, { 0, 30, 1000, 770 } };
+    const platform::Screen sides { "sides", whole, { 40, 0, 920, 800 } };
+    const platform::Screen bare { "bare", whole, { 0, 0, 1000, 800 - 1e-9 } };
+    const platform::Screen right { "right", { 1000, 0, 500, 500 }, { 1000, 0, 500, 480 } };
+    struct Case {
+        const char* told;
+        std::vector<platform::Screen> screens;
+        platform::Rect rect;
+        bool painted;
+    };
+    const Case cases[] {
+        { "a point out at each side", { top }, { 900, 769, 38, 32 }, true },
+        { "two points over the display", { top }, { 900, 770, 38, 32 }, false },
+        { "two points below the bar", { top }, { 900, 768, 38, 30 }, false },
+        { "without a width", { top }, { 900, 770, 0, 30 }, false },
+        { "half off the right edge", { top }, { 981, 770, 38, 30 }, false },
+        { "at an edge without a bar", { top }, { 900, 0, 38, 30 }, false },
+        { "in a bar at the bottom", { bottom }, { 900, -1, 38, 32 }, true },
+        { "over a bar at the bottom", { bottom }, { 900, 2, 38, 30 }, false },
+        { "in a bar at the left", { sides }, { -1, 100, 42, 30 }, true },
+        { "in a bar at the right", { sides }, { 959, 100, 42, 30 }, true },
+        { "beside it", { sides }, { 958, 100, 40, 30 }, false },
+        { "under the end of a side's bar", { sides }, { 0, -1, 40, 30 }, false },
+        { "at any edge without bars", { bare }, { 100, 0, 32, 32 }, true },
+        { "far from the edges", { bare }, { 100, 100, 32, 32 }, false },
+        { "on the second display", { top, right }, { 1400, 480, 38, 20 }, true },
+        { "where only the first has a bar", { top, right }, { 1400, 770, 38, 30 }, false },
+        { "without a display", {}, { 900, 770, 38, 30 }, false },
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(looksPainted({ .frame = c.rect, .seen = true }, c.screens), c.painted) << c.told;
+        EXPECT_FALSE(looksPainted({ .frame = c.rect, .seen = false }, c.screens)) << c.told;
+    }
+}
+
+BarReading reading(std::optional<std::int64_t> mcp = 0)
+{
+    return { .stats = { .swapUsedMB = 1,
+                 .swapTotalMB = 8,
+                 .load1 = 2.25,
+                 .pressureLevel = 2,
+                 .usedBytes = 425,
+                 .totalBytes = 1000,
+                 .freeMB = 1536 },
+        .cpu = 16.5,
+        .mcp = mcp,
+        .source = "local CLI" };
+}
+
+TEST(BarTitle, ShowsTheChosenPartsInTheOrderOfTheBar)
+{
+    const BarParts all { "mcp", "load", "swap", "mem", "cpu" };
+    const std::tuple<BarDisplayMode, BarParts, std::optional<std::int64_t>, const char*> cases[] {
+        { mark, all, 0, "" },
+        { hidden, all, 0, "" },
+        { value, all, 0, "cpu 17% · mem 43% · swap 13% · load 2.2 · mcp 0" },
+        { markValue, all, {}, " cpu 17% · mem 43% · swap 13% · load 2.2 · mcp …" },
+        { value, {}, 0, "cpu 17% · swap 13%" },
+        { markValue, { "gpu" }, 0, " swap 13%" },
+        { value, { "gpu", "mcp" }, 12, "mcp 12" },
+    };
+    for (const auto& [mode, parts, mcp, title] : cases)
+        EXPECT_EQ(barTitle(mode, parts, reading(mcp)), title) << rawValue(mode) << parts.size();
+    EXPECT_EQ(
+        barToolTip(reading()), "ostrel · cpu 17% · mem 43% · swap 13% · free 1.5 gb · warn · local CLI");
+    EXPECT_EQ(barMenuHeadline(reading()), "ostrel · cpu 17% · mem 43% · swap 13% · warn");
+}
+
+TEST(BarStateFile, GivesTheFilesTextWithoutBlanksAtItsEnds)
+{
+    FakeFileManager files;
+    const std::string path = "/home/someone/.config/zol-mini-apps/ostrel-bar-state.json";
+    EXPECT_EQ(readBarState(files), std::nullopt);
+    for (const auto& [text, state] :
+        { std::pair { " \r\n\t{ }\n\n ", "{ }" }, { "\n", "" }, { "a\nb", "a\nb" } }) {
+        files.contents[path] = text;
+        EXPECT_EQ(readBarState(files), state);
+    }
 }
 
 } // namespace

@@ -8,17 +8,14 @@
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <optional>
-#include <string>
 #include <tuple>
-#include <utility>
-#include <vector>
 
 #include <fmt/format.h>
 
 namespace {
 
 using namespace ostrel;
+using Calls = std::vector<std::string>;
 using platform::HotKeyRefusal;
 using Kind = platform::HotKeyStanding::Kind;
 
@@ -66,7 +63,7 @@ struct HotkeyBench : StateBench {
             hotkeys.hotkeyRecording() ? "*" : "", hotkeys.hotkeyError());
     }
     [[nodiscard]] std::string line() const { return hotkeys.section().line; }
-    std::vector<std::string> calls() { return std::exchange(door.calls, {}); }
+    Calls calls() { return std::exchange(door.calls, {}); }
 
     FakeHotKeyCenter center;
     FakeSurfaceHosts keys;
@@ -77,15 +74,17 @@ struct HotkeyBench : StateBench {
     HotkeyController hotkeys;
 };
 
+struct LaunchedBench : HotkeyBench {
+    explicit LaunchedBench(bool isOffscreen = false)
+        : HotkeyBench(isOffscreen)
+    {
+        launch();
+    }
+};
+
 TEST(HotkeyController, TheLaunchTakesTheStoredCombinationOrElseTheShippedOne)
 {
-    struct Case {
-        std::optional<std::string> stored;
-        bool cleared;
-        std::vector<std::uint32_t> taken;
-        std::string told;
-        int asked;
-    };
+    using Case = std::tuple<std::optional<std::string>, bool, std::vector<std::uint32_t>, std::string, int>;
     for (const auto& [stored, cleared, taken, told, asked] : std::vector<Case> {
              { std::nullopt, false, {}, "⌥⌘m - ", 1 },
              { "35:1572864:p", false, {}, "⌥⌘p 35:1572864:p ", 1 },
@@ -105,12 +104,10 @@ TEST(HotkeyController, TheLaunchTakesTheStoredCombinationOrElseTheShippedOne)
         EXPECT_EQ(bench.told(), told);
         EXPECT_EQ(bench.center.asked, asked) << told;
     }
-    HotkeyBench bench;
-    bench.launch();
+    LaunchedBench bench;
     bench.center.events.pressed();
-    EXPECT_EQ(bench.calls(), std::vector<std::string> { "toggle" });
-    auto gone = std::make_unique<HotkeyBench>();
-    gone->launch();
+    EXPECT_EQ(bench.calls(), Calls { "toggle" });
+    auto gone = std::make_unique<LaunchedBench>();
     const auto orphan = gone->center.events;
     gone.reset();
     orphan.pressed();
@@ -120,11 +117,10 @@ TEST(HotkeyController, TheLaunchTakesTheStoredCombinationOrElseTheShippedOne)
 
 TEST(HotkeyController, TheRecorderTakesWhatTheRulesAndTheDesktopAllowAndStaysArmedOtherwise)
 {
-    HotkeyBench bench;
-    bench.launch();
+    LaunchedBench bench;
     EXPECT_FALSE(bench.press(35, both, "p")) << "not armed";
     bench.hotkeys.recordHotkey();
-    EXPECT_EQ(bench.calls(), std::vector<std::string> { "keys" });
+    EXPECT_EQ(bench.calls(), Calls { "keys" });
     EXPECT_EQ(bench.told(), "⌥⌘m -* ");
     bench.center.taken = { 40 };
     for (const auto& [keyCode, flags, characters, told] : {
@@ -143,8 +139,8 @@ TEST(HotkeyController, TheRecorderTakesWhatTheRulesAndTheDesktopAllowAndStaysArm
     bench.panel.calls.clear();
     EXPECT_TRUE(bench.press(32, both | 0x10000, "U"));
     EXPECT_EQ(bench.told(), "⌥⌘u 32:1572864:u kept ");
-    EXPECT_EQ(bench.panel.calls, (std::vector<std::string> { "render", "bar" }));
-    EXPECT_EQ(bench.calls(), std::vector<std::string> { "bar" });
+    EXPECT_EQ(bench.panel.calls, (Calls { "render", "bar" }));
+    EXPECT_EQ(bench.calls(), Calls { "bar" });
     EXPECT_EQ(bench.keys.keyMonitors.count(), 0);
     EXPECT_FALSE(bench.press(35, both, "p"));
 
@@ -162,8 +158,7 @@ TEST(HotkeyController, TheRecorderTakesWhatTheRulesAndTheDesktopAllowAndStaysArm
 
 TEST(HotkeyController, ARefusalNamesTheDesktopsOwnShortcutThatHasTheCombination)
 {
-    HotkeyBench bench;
-    bench.launch();
+    LaunchedBench bench;
     const std::string file
         = bench.files.home + "/.config/xfce4/xfconf/xfce-perchannel-xml/xfce4-keyboard-shortcuts.xml";
     bench.files.contents[file]
@@ -179,13 +174,12 @@ TEST(HotkeyController, ARefusalNamesTheDesktopsOwnShortcutThatHasTheCombination)
 TEST(HotkeyController, DeleteClearsAndAChoiceOrTheDefaultEndsThat)
 {
     for (const std::uint32_t key : { 51U, 117U }) {
-        HotkeyBench bench;
-        bench.launch();
+        LaunchedBench bench;
         bench.hotkeys.recordHotkey();
         bench.calls();
         EXPECT_TRUE(bench.press(key, 0, "\x7f"));
         EXPECT_EQ(bench.told(), "nothing - cleared ");
-        EXPECT_EQ(bench.calls(), std::vector<std::string> { "bar" });
+        EXPECT_EQ(bench.calls(), Calls { "bar" });
         EXPECT_EQ(bench.settings.hotkey, OstrelHotkey::fallback());
         const auto section = bench.hotkeys.section();
         EXPECT_EQ(section.field + " | " + section.line,
@@ -213,8 +207,7 @@ TEST(HotkeyController, DeleteClearsAndAChoiceOrTheDefaultEndsThat)
 
 TEST(HotkeyController, TheSectionSaysWhatIsSoAndAsksTheSiblingsEachTime)
 {
-    HotkeyBench bench;
-    bench.launch();
+    LaunchedBench bench;
     auto section = bench.hotkeys.section();
     EXPECT_EQ(section.field + " | " + section.fieldLabel + " | " + section.line + " | " + section.error,
         "⌥⌘m | hotkey field · ⌥⌘m · press to record | panel: ⌥⌘m · opens and closes from anywhere | ");
@@ -238,8 +231,7 @@ TEST(HotkeyController, TheSectionSaysWhatIsSoAndAsksTheSiblingsEachTime)
 
 TEST(HotkeyController, WhereTheDesktopDecidesItsWordsStandInTheLine)
 {
-    HotkeyBench bench;
-    bench.launch();
+    LaunchedBench bench;
     const auto stands = [&](Kind kind, const char* name) {
         bench.center.stands = { kind, name };
         bench.center.events.changed();
@@ -251,7 +243,7 @@ TEST(HotkeyController, WhereTheDesktopDecidesItsWordsStandInTheLine)
     bench.panel.calls.clear();
     bench.center.events.refused(HotKeyRefusal::declined);
     EXPECT_EQ(bench.told(), "⌥⌘m - ⌥⌘m: refused by the desktop");
-    EXPECT_EQ(bench.panel.calls, std::vector<std::string> { "render" });
+    EXPECT_EQ(bench.panel.calls, Calls { "render" });
     bench.center.events.refused(HotKeyRefusal::unavailable);
     EXPECT_EQ(bench.hotkeys.hotkeyError(), "⌥⌘m: this desktop gives programs no hotkeys");
     EXPECT_EQ(
@@ -268,8 +260,7 @@ TEST(HotkeyController, WhereTheDesktopDecidesItsWordsStandInTheLine)
 
 TEST(HotkeyController, OffscreenNothingIsStoredAndTheTableAloneCounts)
 {
-    HotkeyBench bench(true);
-    bench.launch();
+    LaunchedBench bench(true);
     const int writes = bench.defaults.writes;
     bench.sillon = FamilyHotkeys::Combos {};
     bench.hotkeys.recordHotkey();

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "bar/OstrelHotkey.h"
+#include "bar/DesktopShortcuts.h"
 #include "bar/FamilyReaders.h"
 
 #include "support/FakeFileManager.h"
@@ -7,12 +8,7 @@
 
 #include <gtest/gtest.h>
 
-#include <map>
-#include <string>
-#include <string_view>
 #include <tuple>
-#include <utility>
-#include <vector>
 
 namespace {
 
@@ -25,12 +21,8 @@ constexpr std::uint64_t shift = OstrelHotkey::shift, control = OstrelHotkey::con
 TEST(OstrelHotkey, AKeyEventGivesTheKeysNameAndItsFourModifiers)
 {
     constexpr std::uint64_t function = 0x800000, capsLock = 0x10000;
-    struct Case {
-        std::uint32_t keyCode;
-        std::uint64_t flags;
-        std::optional<std::string> characters;
-        const char* display; ///< empty: no hotkey
-    };
+    // An empty label stands for no hotkey.
+    using Case = std::tuple<std::uint32_t, std::uint64_t, std::optional<std::string>, const char*>;
     for (const auto& [keyCode, flags, characters, display] : {
              Case { 46, option | command | function | capsLock, "M", "⌥⌘m" },
              { 49, option | command, " ", "⌥⌘space" },
@@ -51,47 +43,24 @@ TEST(OstrelHotkey, AKeyEventGivesTheKeysNameAndItsFourModifiers)
         }
     }
     EXPECT_EQ(OstrelHotkey::fromEvent({ 46, option | command | function, "M" }), OstrelHotkey::fallback());
-    std::string names;
-    for (const std::uint32_t keyCode :
-        { 49, 48, 36, 123, 124, 126, 125, 122, 120, 99, 118, 96, 97, 98, 100, 101, 109, 103, 111 })
-        names += OstrelHotkey::name(keyCode, "x") + " ";
-    EXPECT_EQ(names, "space tab return ← → ↑ ↓ f1 f2 f3 f4 f5 f6 f7 f8 f9 f10 f11 f12 ");
-    std::string labels;
-    for (const OstrelHotkey& choice : OstrelHotkey::canonical())
-        labels += choice.display() + " ";
-    EXPECT_EQ(labels, "⌥⌘m ⌃⌥m ⌥⇧m ⌥⌘p ");
-    for (const auto& [keyCode, cancel, clear] : { std::tuple { 53U, true, false }, { 51U, false, true },
-             { 117U, false, true }, { 46U, false, false } }) {
-        EXPECT_EQ(OstrelHotkey::isCancel(keyCode), cancel) << keyCode;
-        EXPECT_EQ(OstrelHotkey::isClear(keyCode), clear) << keyCode;
-    }
+    EXPECT_EQ((OstrelHotkey { 0, 0, "É" }).display(), "é") << "stored in capitals";
 }
 
 TEST(OstrelHotkey, TheFirstRuleThatFiresSaysWhyACombinationIsRefused)
 {
     const FamilyHotkeys::Holders table = FamilyHotkeys::holders(OstrelHotkey::owner, {});
-    struct Case {
-        std::uint32_t keyCode;
-        std::uint64_t modifiers;
-        std::string_view text; ///< empty: allowed
-    };
+    using Case = std::tuple<std::uint32_t, std::uint64_t, std::string_view>; ///< an empty text allows it
     constexpr std::string_view two = "needs two modifiers, one alone belongs to the front app";
     constexpr std::string_view pair = "needs ⌥ or ⌃, a plain command pair belongs to the front app";
     for (const auto& [keyCode, modifiers, text] : {
              Case { 46, 0, "needs a modifier: hold ⌥ or ⌃" },
              { 46, 0x10000, "needs a modifier: hold ⌥ or ⌃" },
-             { 46, command, two },
              { 8, option, two },
-             { 20, shift | command, "taken by macOS screenshot" },
-             { 49, shift | command, "taken by macOS finder search" },
-             { 12, control | command, "taken by macOS lock screen" },
-             { 53, option | command, "taken by macOS force quit" },
              { 46, shift | command, pair },
-             { 8, option | command, "taken by Pellam Dial" },
-             { 37, option | command, "taken by Tessit Loop" },
+             { 49, shift | command, "taken by macOS finder search" },
+             { 53, option | command, "taken by macOS force quit" },
              { 0, option | command, "taken by Vormel Trim" },
              { 0, option | shift, "taken by Vormel Trim" },
-             { 7, option | command, "taken by ruvane" },
              { 32, option | command | 0x10000, "taken by Sillon" },
              { 8, option | command | shift, "" },
              { 46, option | command, "" },
@@ -158,8 +127,9 @@ TEST(FamilyReaders, WhatASiblingStoredIsReadAndAnythingBrokenIsAbsent)
                 { "40:786432::", "40/6144 " }, { "40:18446744073709551615:k", "40/6912 " },
                 { "40:1572864:", one.anyName ? "40/2304 " : "absent" }, { "40:1572864", "absent" },
                 { "", "absent" }, { "::", "absent" }, { "-1:5:k", "absent" }, { "4294967296:5:k", "absent" },
-                { "40:18446744073709551616:k", "absent" }, { " 40:5:k", "absent" },
-                { "40:0x5:k", "absent" } }) {
+                { "40:18446744073709551616:k", "absent" }, { " 40:5:k", "absent" }, { "40 :5:k", "absent" },
+                { "40:0x5:k", "absent" }, { "40:1.0:k", "absent" }, { "a:5:k", "absent" },
+                { "40:b:k", "absent" }, { ":5:k", "absent" }, { "40::k", "absent" } }) {
             stored.setText(one.key, text);
             EXPECT_EQ(said(one.read), answer) << one.suite << " " << text;
         }
@@ -201,6 +171,91 @@ TEST(FamilyReaders, WhatASiblingStoredIsReadAndAnythingBrokenIsAbsent)
     const FamilyHotkeys::Reader none = FamilyHotkeys::diskReader(suites, files);
     for (const auto* read : { &none.ostrel, &none.tessitLoop, &none.ruvane, &none.sillon })
         EXPECT_EQ(said(*read), "absent") << "where no suite can be opened";
+}
+
+constexpr const char* xfceText = R"(<?xml version="1.0" encoding="UTF-8"?>
+<channel name="xfce4-keyboard-shortcuts" version="1.0">
+  <property name="commands" type="empty"><property name="custom" type="empty">
+      <property name="&lt;Alt&gt;&lt;Super&gt;m" type="string" value="music &amp; &quot;more&quot;"/>
+      <property name="&lt;Primary&gt;&lt;Alt&gt;Left" type="string"
+                value="go-left"/>
+      <!-- <property name="&lt;Alt&gt;q" type="string" value="gone"/> -->
+      <property name="&lt;Alt&gt;r" type="empty"/>
+      <property name="&lt;Hyper&gt;h" type="string" value="no such modifier"/>
+      <property name="override" type="bool" value="true"/>)";
+
+constexpr const char* openboxText = R"(<openbox_config><keyboard>
+  <keybind key="A-W-m A-F4"><action name="Close"/><action name="Raise"/></keybind>
+  <keybind key='C-S-Up'>
+    <action
+      name="Execute"><command>x</command></action></keybind>
+  <mousebind button="A-Left"><action name="Move"/></mousebind></keyboard>)";
+
+constexpr const char* plasmaText = "[kwin]\n_k_friendly_name=KWin\n"
+                                   "Overview=Meta+Alt+M\\tMeta+W,Meta+W,Toggle\\, the overview\n"
+                                   "Nothing=none,none,Nothing\nshort=Ctrl+Alt+T\n=\nx\n";
+
+constexpr const char* lxqtText = "[General]\nMultipleActionsBehaviour=first\n\n"
+                                 "[Alt%2BMeta%2BM.41]\nComment=Music\nEnabled=true\nExec=player\n"
+                                 "[Control%2BAlt%2BRight.42]\nEnabled=true\nExec=qdbus, x\n"
+                                 "[Alt%2BF9.43]\nComment=Off\nEnabled=false\n[%2%zz";
+
+TEST(DesktopShortcuts, EachDesktopsFileIsReadAsFarAsItCanBe)
+{
+    using Shortcuts = std::vector<DesktopShortcut>;
+    EXPECT_EQ(DesktopShortcuts::xfce(xfceText),
+        (Shortcuts { { option | command, "m", "music & \"more\"" }, { control | option, "←", "go-left" } }));
+    EXPECT_EQ(DesktopShortcuts::openbox(openboxText),
+        (Shortcuts { { option | command, "m", "Close" }, { option, "f4", "Close" },
+            { control | shift, "↑", "Execute" } }));
+    EXPECT_EQ(DesktopShortcuts::plasma(plasmaText),
+        (Shortcuts { { command | option, "m", "Toggle, the overview" },
+            { command, "w", "Toggle, the overview" }, { control | option, "t", "short" } }));
+    EXPECT_EQ(DesktopShortcuts::lxqt(lxqtText),
+        (Shortcuts { { option | command, "m", "Music" }, { control | option, "→", "qdbus, x" } }));
+
+    // Cut anywhere, and with any byte in any place: nothing but what was there before comes of it.
+    for (const auto& [parse, text] : { std::pair { &DesktopShortcuts::xfce, std::string(xfceText) },
+             { &DesktopShortcuts::openbox, openboxText }, { &DesktopShortcuts::plasma, plasmaText },
+             { &DesktopShortcuts::lxqt, lxqtText } })
+        for (std::size_t at = 0; at < text.size(); ++at) {
+            EXPECT_LE(parse(text.substr(0, at)).size(), 3U);
+            for (const char odd : { '<', '\0', '\xff', '"', '\n' }) {
+                std::string spoilt = text;
+                spoilt[at] = odd;
+                EXPECT_LE(parse(spoilt).size(), 4U);
+            }
+        }
+}
+
+TEST(DesktopShortcuts, TheHolderIsToldByTheSettingsOfTheDesktopThatRuns)
+{
+    FakeFileManager files;
+    const auto holder = [&](const char* desktop, const OstrelHotkey& hotkey = OstrelHotkey::fallback()) {
+        return DesktopShortcuts::holder(files, desktop, hotkey).value_or("");
+    };
+    EXPECT_EQ(holder("XFCE"), "");
+    const std::string channel = "/xfce4/xfconf/xfce-perchannel-xml/xfce4-keyboard-shortcuts.xml";
+    files.contents["/etc/xdg" + channel] = xfceText;
+    files.contents["/etc/xdg/openbox/rc.xml"] = openboxText;
+    files.contents[files.home + "/.config/kglobalshortcutsrc"] = plasmaText;
+    files.contents[files.home + "/.config/lxqt/globalkeyshortcuts.conf"] = lxqtText;
+    for (const auto& [desktop, name] : std::vector<std::pair<const char*, const char*>> {
+             { "XFCE", "Xfce · music & \"more\"" }, { "ubuntu:xfce", "Xfce · music & \"more\"" },
+             { "KDE", "Plasma · Toggle, the overview" }, { "LXQt", "LXQt · Music" }, { "", "" },
+             { "LXDE:Openbox", "Openbox · Close" }, { "XFCE:Openbox", "Openbox · Close" } })
+        EXPECT_EQ(holder(desktop), name) << desktop;
+    EXPECT_EQ(holder("KDE", { 46, option | command | shift, "m" }), "");
+    files.contents[files.home + "/.config" + channel]
+        = R"(<property name="&lt;Alt&gt;&lt;Super&gt;m" type="string" value="mine"/>)";
+    EXPECT_EQ(holder("XFCE"), "Xfce · mine") << "the user's own before what all begin with";
+    files.contents[files.home + "/.config" + channel]
+        = R"(<property name="&lt;Alt&gt;&lt;Super&gt;m" type="string" value=")" + std::string(200, 'x')
+        + "\"/>";
+    EXPECT_EQ(holder("XFCE"), "Xfce · " + std::string(48, 'x'));
+    files.contents[files.home + "/.config" + channel] = std::string(1 << 20, '<');
+    files.contents.erase("/etc/xdg" + channel);
+    EXPECT_EQ(holder("XFCE:Openbox"), "Openbox · Close") << "too long to be read";
 }
 
 } // namespace

@@ -4,14 +4,11 @@
 #include "bar/RouteUrl.h"
 #include "bar/SingleInstance.h"
 
-#include "support/FakePanel.h"
+#include "bar/BarBench.h"
 #include "support/FakeRunningInstances.h"
 #include "support/FakeUrlEvents.h"
 
-#include <optional>
-#include <string>
-#include <string_view>
-#include <vector>
+#include <tuple>
 
 #include <gtest/gtest.h>
 
@@ -19,6 +16,7 @@ namespace {
 
 using namespace ostrel;
 using namespace std::string_literals;
+using Calls = std::vector<std::string>;
 
 TEST(RouteUrl, TheCommandIsTheHostOrElseTheFirstItemOfThatNameOrElseShow)
 {
@@ -55,21 +53,9 @@ TEST(RouteUrl, WhatIsNoSoundAddressOfThisSchemeIsNotRead)
         EXPECT_EQ(parseRouteUrl(text), std::nullopt) << text;
 }
 
-struct Door final : PanelDoor {
-    void show() override { calls.emplace_back("show"); }
-    void close(std::string_view reason) override { calls.emplace_back(reason); }
-    void toggle() override { calls.emplace_back("toggle"); }
-    void showTestbed() override { calls.emplace_back("testbed"); }
-    [[nodiscard]] bool shown() const override { return open; }
-    [[nodiscard]] std::chrono::system_clock::time_point lastClose() const override { return {}; }
-
-    bool open = false;
-    std::vector<std::string> calls;
-};
-
 TEST(Routes, EveryWayLeadsToTheSameCommands)
 {
-    Door door;
+    FakeDoor door;
     FakePanel body;
     Routes routes(door, body);
     for (const bool open : { false, true }) {
@@ -80,8 +66,8 @@ TEST(Routes, EveryWayLeadsToTheSameCommands)
         }
         const std::string toggled = open ? "route-toggle" : "show";
         EXPECT_EQ(door.calls,
-            (std::vector<std::string> { "show", "testbed", "show", "testbed", "route-hide", "route-hide",
-                "route-hide", "route-hide", toggled, open ? toggled : "testbed" }));
+            (Calls { "show", "testbed", "show", "testbed", "route-hide", "route-hide", "route-hide",
+                "route-hide", toggled, open ? toggled : "testbed" }));
         door.calls.clear();
     }
     routes.handleUrl("http://show");
@@ -94,7 +80,7 @@ TEST(Routes, EveryWayLeadsToTheSameCommands)
     EXPECT_EQ(body.tab, OstrelMode::overview);
     routes.handleAction("settings");
     EXPECT_EQ(body.tab, OstrelMode::settings);
-    EXPECT_EQ(door.calls, (std::vector<std::string> { "route-hide", "testbed", "show", "show", "show" }));
+    EXPECT_EQ(door.calls, (Calls { "route-hide", "testbed", "show", "show", "show" }));
 }
 
 TEST(SingleInstance, OfTwoProcessesTheElderStaysAndGetsWhatTheYoungerWasAskedFor)

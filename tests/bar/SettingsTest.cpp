@@ -5,10 +5,6 @@
 #include "support/FakeUserDefaults.h"
 #include "support/VirtualTime.h"
 
-#include <string>
-#include <utility>
-#include <vector>
-
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 #include <gtest/gtest.h>
@@ -94,10 +90,8 @@ TEST(Settings, TheBarsModeAndPartsAreMigratedOnceEach)
     struct Case {
         const char* mode; ///< stored before
         Words parts; ///< stored before
-        bool modeMigrated;
-        bool partsMigrated;
-        const char* loaded;
-        const char* after; ///< stored; "-" stands for a mode that isn't
+        bool modeMigrated, partsMigrated;
+        const char *loaded, *after; ///< stored; "-" stands for a mode that isn't
     };
     const Case cases[] {
         { nullptr, { "cpu", "mem" }, false, false, "mark cpu+swap", "mark cpu+swap" },
@@ -127,17 +121,6 @@ TEST(Settings, TheBarsModeAndPartsAreMigratedOnceEach)
     }
 }
 
-TEST(Settings, AMalformedHotkeyLeavesTheFallback)
-{
-    for (const char* text : { "", "46:1572864", "46:1572864:", "a:1:m", "46:b:m", ":1:m", "46::m", "-1:1:m",
-             " 46:1:m", "46 :1:m", "4294967296:1:m", "46:18446744073709551616:m", "46:1.0:m" }) {
-        SettingsBench bench;
-        bench.stored.setText(hotkey, text);
-        bench.load();
-        EXPECT_EQ(bench.settings.hotkey, OstrelHotkey::fallback()) << text;
-    }
-}
-
 TEST(Settings, AChangeIsWrittenAtOnce)
 {
     SettingsBench bench;
@@ -152,16 +135,6 @@ TEST(Settings, AChangeIsWrittenAtOnce)
     EXPECT_EQ(next.told(),
         "pinned false, 5 s, hidden cpu+load, 46:1572864:m cleared false, motion false, dog true, hints "
         "false");
-}
-
-TEST(OstrelHotkey, TheLabelGivesTheModifiersInOneOrder)
-{
-    using K = OstrelHotkey;
-    const std::pair<K, const char*> cases[] { { K::fallback(), "⌥⌘m" },
-        { { 46, K::shift | K::control | K::command | K::option, "M" }, "⌃⌥⇧⌘m" },
-        { { 46, K::control | 0x10000 | 0x800000, "space" }, "⌃space" }, { { 0, 0, "É" }, "é" } };
-    for (const auto& [key, label] : cases)
-        EXPECT_EQ(key.display(), label);
 }
 
 } // namespace

@@ -50,6 +50,12 @@ struct Plan {
     pid_t process = 0;
 };
 
+struct Word {
+    const char* text;
+    Deed deed;
+};
+constexpr Word deeds[] { { "short", Deed::halve }, { "hang", Deed::hang }, { "kill", Deed::kill },
+    { "term", Deed::term } };
 constexpr const char* ownerVariable = "OSTREL_FAULT_OWNER";
 constexpr time_t hangSeconds = 1;
 
@@ -74,16 +80,11 @@ __attribute__((constructor)) void takePlan()
     plan.first = at ? std::atol(at) : 0;
     plan.count = count ? std::atol(count) : 1;
     plan.process = ::getpid();
-    if (deed && std::strcmp(deed, "short") == 0)
-        plan.deed = Deed::halve;
-    else if (deed && std::strcmp(deed, "hang") == 0)
-        plan.deed = Deed::hang;
-    else if (deed && std::strcmp(deed, "kill") == 0)
-        plan.deed = Deed::kill;
-    else if (deed && std::strcmp(deed, "term") == 0)
-        plan.deed = Deed::term;
-    else if (deed)
+    if (deed && *deed >= '0' && *deed <= '9')
         plan.error = std::atoi(deed);
+    for (const auto& [word, meant] : deeds)
+        if (deed && std::strcmp(deed, word) == 0)
+            plan.deed = meant;
     plan.kind = kind;
 }
 
@@ -197,17 +198,9 @@ mode_t modeOf(int flags, va_list arguments)
 
 } // namespace
 
-#define OPENS(name)                                                                                          \
-    EXPORTED int name(const char* path, int flags, ...)                                                      \
-    {                                                                                                        \
-        va_list arguments;                                                                                   \
-        va_start(arguments, flags);                                                                          \
-        const mode_t mode = modeOf(flags, arguments);                                                        \
-        va_end(arguments);                                                                                   \
-        return openReally(AT_FDCWD, path, flags, mode);                                                      \
-    }
-#define OPENS_AT(name)                                                                                       \
-    EXPORTED int name(int folder, const char* path, int flags, ...)                                          \
+/// The rest are the parameters in front of the path, with a comma behind them.
+#define OPENS(name, folder, ...)                                                                             \
+    EXPORTED int name(__VA_ARGS__ const char* path, int flags, ...)                                          \
     {                                                                                                        \
         va_list arguments;                                                                                   \
         va_start(arguments, flags);                                                                          \
@@ -215,14 +208,14 @@ mode_t modeOf(int flags, va_list arguments)
         va_end(arguments);                                                                                   \
         return openReally(folder, path, flags, mode);                                                        \
     }
-OPENS(open)
-OPENS(open64)
-OPENS(__open_2)
-OPENS(__open64_2)
-OPENS_AT(openat)
-OPENS_AT(openat64)
-OPENS_AT(__openat_2)
-OPENS_AT(__openat64_2)
+OPENS(open, AT_FDCWD)
+OPENS(open64, AT_FDCWD)
+OPENS(__open_2, AT_FDCWD)
+OPENS(__open64_2, AT_FDCWD)
+OPENS(openat, folder, int folder, )
+OPENS(openat64, folder, int folder, )
+OPENS(__openat_2, folder, int folder, )
+OPENS(__openat64_2, folder, int folder, )
 
 EXPORTED DIR* opendir(const char* path)
 {

@@ -3,6 +3,7 @@
 
 #include "platform/qt/StatusNotifierTypes.h"
 
+#include "fuzz/FuzzTarget.h"
 #include "support/QtEnvironment.h"
 
 #include <QDBusObjectPath>
@@ -11,28 +12,22 @@
 #include <QVariant>
 
 #include <algorithm>
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
-#include <string_view>
+#include <memory>
 
 /// Choices, numbers and texts made of an input's bytes; zeros and empty texts behind their end.
 class FuzzBytes {
 public:
-    FuzzBytes(const std::uint8_t* data, std::size_t size)
-        : data_(data)
-        , left_(size)
+    explicit FuzzBytes(std::string_view bytes = {})
+        : left_(bytes)
     {
     }
 
-    [[nodiscard]] bool empty() const { return left_ == 0; }
+    [[nodiscard]] bool empty() const { return left_.empty(); }
 
     std::uint8_t next()
     {
-        if (left_ == 0)
-            return 0;
-        --left_;
-        return *data_++;
+        const auto taken = take(1);
+        return taken.empty() ? 0 : static_cast<std::uint8_t>(taken[0]);
     }
 
     /// Small in most cases, at the ends of the range in some.
@@ -49,18 +44,27 @@ public:
 
     QString text()
     {
-        const std::size_t length = std::min<std::size_t>(left_, next());
-        const std::size_t taken = std::min(length, left_);
-        const QString text
-            = QString::fromUtf8(reinterpret_cast<const char*>(data_), static_cast<qsizetype>(taken));
-        data_ += taken;
-        left_ -= taken;
-        return text;
+        const auto taken = take(next());
+        return QString::fromUtf8(taken.data(), static_cast<qsizetype>(taken.size()));
+    }
+
+    QList<int> numbers(int most)
+    {
+        QList<int> all;
+        for (int count = next() % most; count > 0; --count)
+            all.push_back(number());
+        return all;
     }
 
 private:
-    const std::uint8_t* data_;
-    std::size_t left_;
+    std::string_view take(std::size_t count)
+    {
+        const auto taken = left_.substr(0, count);
+        left_.remove_prefix(taken.size());
+        return taken;
+    }
+
+    std::string_view left_;
 };
 
 /// A value of the bus of any type, nested a few levels at most.
@@ -76,6 +80,16 @@ inline QVariantMap anyMap(FuzzBytes& bytes, int depth, const QStringList& known 
         map.insert(key, anyValue(bytes, depth - 1));
     }
     return map;
+}
+
+/// Of a menu's rows.
+inline platform::BusMenuEvents anyEvents(FuzzBytes& bytes, int most, int depth)
+{
+    platform::BusMenuEvents events;
+    for (int count = bytes.next() % most; count > 0; --count)
+        events.push_back({ bytes.number(), bytes.next() % 2 == 0 ? QString("clicked") : bytes.text(),
+            QDBusVariant(anyValue(bytes, depth)), 0 });
+    return events;
 }
 
 inline QVariant anyValue(FuzzBytes& bytes, int depth)
@@ -99,25 +113,16 @@ inline QVariant anyValue(FuzzBytes& bytes, int depth)
         return static_cast<qulonglong>(bytes.number());
     case 8:
         return QStringList(bytes.next() % 4, bytes.text());
-    case 9: {
-        QList<int> numbers;
-        for (int count = bytes.next() % 8; count > 0; --count)
-            numbers.push_back(bytes.number());
-        return QVariant::fromValue(numbers);
-    }
+    case 9:
+        return QVariant::fromValue(bytes.numbers(8));
     case 10:
         return anyMap(bytes, depth);
     case 11:
         return QVariant::fromValue(QDBusVariant(anyValue(bytes, depth - 1)));
     case 12:
         return QVariantList { anyValue(bytes, depth - 1), anyValue(bytes, depth - 1) };
-    case 13: {
-        platform::BusMenuEvents events;
-        for (int count = bytes.next() % 5; count > 0; --count)
-            events.push_back({ bytes.number(), bytes.next() % 2 == 0 ? QString("clicked") : bytes.text(),
-                QDBusVariant(anyValue(bytes, depth - 1)), 0 });
-        return QVariant::fromValue(events);
-    }
+    case 13:
+        return QVariant::fromValue(anyEvents(bytes, 5, depth - 1));
     case 14:
         return QVariant::fromValue(platform::BusMenuRemovedList { { bytes.number(), { bytes.text() } } });
     default:
@@ -137,4 +142,17 @@ inline void needBus()
     platform::registerStatusNotifierTypes();
     // Before the toolkit's own statics go, which were made by now.
     std::atexit([] { environment->TearDown(); });
+}
+
+/// The one that stands beside the toolkit on its bus until the process ends.
+template <typename Side>
+Side& onBus()
+{
+    needBus();
+    static std::unique_ptr<Side> side;
+    if (!side) {
+        side = std::make_unique<Side>();
+        std::atexit([] { side.reset(); });
+    }
+    return *side;
 }

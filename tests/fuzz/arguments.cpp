@@ -4,17 +4,16 @@
 #include "readings/Arguments.h"
 #include "core/Text.h"
 
+#include "fuzz/FuzzTarget.h"
+
 #include <algorithm>
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
 #include <string>
-#include <string_view>
 #include <vector>
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+using namespace ostrel;
+
+void runOn(std::string_view text)
 {
-    std::string_view text(reinterpret_cast<const char*>(data), size);
     std::vector<std::string> words;
     while (!text.empty()) {
         const auto end = text.find('\n');
@@ -23,16 +22,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     const auto given
         = [&words](const std::string& word) { return std::ranges::find(words, word) != words.end(); };
-    const ostrel::Route route = ostrel::parseArguments(words);
-    bool sound = route == ostrel::parseArguments(words);
+    const Route route = parseArguments(words);
+    check(route == parseArguments(words));
     for (const std::string& url : route.urls)
-        sound = sound && given(url) && ostrel::lowered(url).starts_with("ostrel:");
-    if (route.kind == ostrel::Route::Kind::usage)
-        sound = sound && given(route.unknownArgument) && route.urls.empty()
-            && ostrel::usageMessage(route.unknownArgument).ends_with('\n');
-    if (route.snapshotPath)
-        sound = sound && given(*route.snapshotPath);
-    if (!sound)
-        std::abort();
-    return 0;
+        check(given(url) && lowered(url).starts_with("ostrel:"));
+    if (route.kind == Route::Kind::usage)
+        check(given(route.unknownArgument) && route.urls.empty()
+            && usageMessage(route.unknownArgument).ends_with('\n'));
+    check(!route.snapshotPath || given(*route.snapshotPath));
 }

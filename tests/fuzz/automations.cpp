@@ -5,24 +5,16 @@
 #include "automations/AutomationsText.h"
 #include "core/Json.h"
 
+#include "fuzz/FuzzTarget.h"
+
 #include <algorithm>
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
 #include <string>
-#include <string_view>
 
 namespace {
 
 using namespace ostrel;
 
 constexpr std::size_t longestText = 4000; ///< bytes: 600 signs and what stands around them
-
-void check(bool holds)
-{
-    if (!holds)
-        std::abort();
-}
 
 void showAll(const AutomationsSnapshot& snapshot)
 {
@@ -65,9 +57,8 @@ void readReply(const json::Value& object)
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+void runOn(std::string_view text)
 {
-    if (const auto object = json::parseObject({ reinterpret_cast<const char*>(data), size }))
+    if (const auto object = json::parseObject(text))
         readReply(*object);
-    return 0;
 }

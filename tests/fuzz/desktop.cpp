@@ -12,8 +12,7 @@
 #include <QDBusPendingCall>
 #include <QDBusVirtualObject>
 
-#include <memory>
-#include <utility>
+#include <iterator>
 
 namespace {
 
@@ -95,7 +94,7 @@ public:
     }
 
     QDBusConnection bus;
-    FuzzBytes bytes { nullptr, 0 };
+    FuzzBytes bytes;
 
 private:
     /// The user has decided, or the portal has gone mad.
@@ -122,21 +121,15 @@ void turn(const QDBusConnection& own, const Desktop& desktop)
 {
     const QDBusPendingCall ping = own.asyncCall(
         QDBusMessage::createMethodCall(desktop.bus.baseService(), "/ping", "org.example.Ping", "Ping"));
-    if (!spinUntil([&ping] { return ping.isFinished(); }) || ping.isError())
-        std::abort();
+    check(spinUntil([&ping] { return ping.isFinished(); }) && !ping.isError());
 }
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+void runOn(std::string_view text)
 {
-    needBus();
-    static std::unique_ptr<Desktop> desktop;
-    if (!desktop) {
-        desktop = std::make_unique<Desktop>();
-        std::atexit([] { desktop.reset(); });
-    }
-    desktop->bytes = { data, size };
+    auto& desktop = onBus<Desktop>();
+    desktop.bytes = FuzzBytes(text);
     const QDBusConnection own = QDBusConnection::sessionBus();
     int told = 0;
     PortalShortcuts portal(own,
@@ -150,11 +143,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     link.setOffered(true);
     portal.bind({ 46, 1572864, "m" });
     for (int n = 0; n < turns; ++n)
-        turn(own, *desktop);
-    for (int n = 0; n < mostSignals && !desktop->bytes.empty(); ++n)
-        desktop->tell();
-    turn(own, *desktop);
-    turn(own, *desktop);
+        turn(own, desktop);
+    for (int n = 0; n < mostSignals && !desktop.bytes.empty(); ++n)
+        desktop.tell();
+    turn(own, desktop);
+    turn(own, desktop);
     portal.unbind();
-    return 0;
 }

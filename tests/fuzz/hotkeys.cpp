@@ -4,25 +4,19 @@
 #include "bar/DesktopShortcuts.h"
 #include "bar/OstrelHotkey.h"
 
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
-#include <string_view>
+#include "fuzz/FuzzTarget.h"
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+using namespace ostrel;
+
+void runOn(std::string_view text)
 {
-    using namespace ostrel;
-    const std::string_view text(reinterpret_cast<const char*>(data), size);
     if (const auto hotkey = OstrelHotkey::fromStorage(text)) {
-        if (OstrelHotkey::fromStorage(hotkey->storage()) != hotkey)
-            std::abort();
+        check(OstrelHotkey::fromStorage(hotkey->storage()) == hotkey);
         (void)hotkey->display();
         (void)hotkey->conflict(FamilyHotkeys::holders(OstrelHotkey::owner, {}));
     }
     for (const auto parse : { DesktopShortcuts::xfce, DesktopShortcuts::openbox, DesktopShortcuts::plasma,
              DesktopShortcuts::lxqt })
         for (const DesktopShortcut& shortcut : parse(text))
-            if (shortcut.key.empty())
-                std::abort();
-    return 0;
+            check(!shortcut.key.empty());
 }

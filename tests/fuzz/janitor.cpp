@@ -7,22 +7,14 @@
 #include "janitor/JanitorText.h"
 #include "janitor/ProtectionList.h"
 
+#include "fuzz/FuzzTarget.h"
+
 #include <algorithm>
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
 #include <string>
-#include <string_view>
 
 namespace {
 
 using namespace ostrel;
-
-void check(bool holds)
-{
-    if (!holds)
-        std::abort();
-}
 
 std::ptrdiff_t linesOf(const platform::Alert& alert) { return std::ranges::count(alert.text, '\n'); }
 
@@ -59,11 +51,9 @@ void protectWhateverStandsAround(std::string_view text)
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+void runOn(std::string_view text)
 {
-    const std::string_view text(reinterpret_cast<const char*>(data), size);
     protectWhateverStandsAround(text);
     if (const auto object = json::parseObject(text))
         readReply(*object);
-    return 0;
 }

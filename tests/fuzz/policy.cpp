@@ -2,22 +2,18 @@
 /// Stored hint policies: what is taken can be kept again as the same, and answers readings.
 #include "hints/CompanionPolicy.h"
 
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
-#include <string_view>
+#include "fuzz/FuzzTarget.h"
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+using ostrel::CompanionPolicy;
+
+void runOn(std::string_view text)
 {
-    using ostrel::CompanionPolicy;
-    auto policy = CompanionPolicy::decoded({ reinterpret_cast<const char*>(data), size });
+    auto policy = CompanionPolicy::decoded(text);
     if (!policy)
-        return 0;
-    if (CompanionPolicy::decoded(policy->encoded()) != policy)
-        std::abort();
+        return;
+    check(CompanionPolicy::decoded(policy->encoded()) == policy);
     CompanionPolicy::Date now {};
     for (int at = 0; at < 30; ++at, now += platform::Seconds(3))
         if (policy->observe(at % 4, now, platform::Seconds(10), true, false))
             policy->record("presented", now);
-    return 0;
 }

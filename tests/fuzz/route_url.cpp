@@ -3,21 +3,18 @@
 #include "bar/RouteUrl.h"
 #include "core/Text.h"
 
-#include <algorithm>
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
-#include <string_view>
+#include "fuzz/FuzzTarget.h"
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+#include <algorithm>
+
+using namespace ostrel;
+
+void runOn(std::string_view text)
 {
-    const std::string_view text(reinterpret_cast<const char*>(data), size);
-    const auto request = ostrel::parseRouteUrl(text);
+    const auto request = parseRouteUrl(text);
     if (!request)
-        return 0;
-    const bool plain = std::ranges::all_of(text, [](char letter) { return letter > ' ' && letter < '\x7f'; });
-    if (!plain || size > ostrel::longestRouteUrl || ostrel::lowered(text.substr(0, 7)) != "ostrel:"
-        || ostrel::lowered(request->command) != request->command)
-        std::abort();
-    return 0;
+        return;
+    check(std::ranges::all_of(text, [](char letter) { return letter > ' ' && letter < '\x7f'; }));
+    check(text.size() <= longestRouteUrl && lowered(text.substr(0, 7)) == "ostrel:"
+        && lowered(request->command) == request->command);
 }

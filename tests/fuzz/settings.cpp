@@ -12,21 +12,17 @@
 #include "platform/linux/LinuxUserDefaults.h"
 #include "readings/CPUSampler.h"
 
+#include "fuzz/FuzzTarget.h"
 #include "support/FakeKernel.h"
 #include "support/TemporaryFolder.h"
 #include "support/VirtualTime.h"
 
-#include <algorithm>
 #include <array>
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <optional>
 #include <set>
 #include <string>
-#include <string_view>
 
 namespace {
 
@@ -38,12 +34,6 @@ constexpr std::array<std::string_view, 5> familyFiles { ".config/zol-mini-apps/d
     ".config/zol-mini-apps/org.zolwerk.sillon.json", ".config/pellam-dial/config.json" };
 /// A file beyond it isn't read.
 constexpr std::size_t longestFile = std::size_t { 64 } * 1024;
-
-void check(bool holds)
-{
-    if (!holds)
-        std::abort();
-}
 
 /// The machine's files in a home of their own, without waiting for the disk.
 class QuickFiles final : public platform::FileManager {
@@ -132,11 +122,10 @@ void loadFamily(QuickFiles& files, const std::string& text)
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+void runOn(std::string_view bytes)
 {
     static QuickFiles files;
-    const std::string text(reinterpret_cast<const char*>(data), std::min(size, longestFile));
+    const std::string text(bytes.substr(0, longestFile));
     loadOwn(files, text);
     loadFamily(files, text);
-    return 0;
 }

@@ -3,22 +3,17 @@
 #include "collector/OstrelData.h"
 #include "core/Json.h"
 
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
-#include <string_view>
+#include "fuzz/FuzzTarget.h"
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+using namespace ostrel;
+
+void runOn(std::string_view text)
 {
-    const std::string_view text(reinterpret_cast<const char*>(data), size);
-    const auto object = ostrel::json::parseObject(text);
+    const auto object = json::parseObject(text);
     if (!object)
-        return 0;
-    const auto snapshot = ostrel::OstrelData::parse(*object);
+        return;
+    const auto snapshot = OstrelData::parse(*object);
     for (const auto& row : snapshot.procs)
-        if (row.pid.size() > size)
-            std::abort();
-    if (ostrel::json::parseObject(ostrel::json::dump(*object)) != *object)
-        std::abort();
-    return 0;
+        check(row.pid.size() <= text.size());
+    check(json::parseObject(json::dump(*object)) == *object);
 }

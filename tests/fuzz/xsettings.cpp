@@ -2,19 +2,16 @@
 /// The settings that an X desktop hands out, or whatever another program put in their place.
 #include "platform/qt/XSettings.h"
 
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
+#include "fuzz/FuzzTarget.h"
+
 #include <vector>
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+void runOn(std::string_view text)
 {
-    const auto found = platform::xsettingsInteger({ data, size }, "Xft/DPI");
+    std::vector<std::uint8_t> bytes(text.begin(), text.end());
+    const auto found = platform::xsettingsInteger(bytes, "Xft/DPI");
+    (void)platform::xsettingsInteger(bytes, "");
     // What was found is there still when the bytes go on.
-    std::vector<std::uint8_t> longer(data, data + size);
-    longer.push_back(0);
-    if (found && platform::xsettingsInteger(longer, "Xft/DPI") != found)
-        std::abort();
-    (void)platform::xsettingsInteger({ data, size }, "");
-    return 0;
+    bytes.push_back(0);
+    check(!found || platform::xsettingsInteger(bytes, "Xft/DPI") == found);
 }

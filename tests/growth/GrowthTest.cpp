@@ -10,16 +10,11 @@
 
 #include <QApplication>
 
-#include <cstddef>
-#include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <functional>
 #include <iterator>
-#include <memory>
-#include <string>
-#include <string_view>
 #include <type_traits>
 
 #include <fmt/format.h>
@@ -113,6 +108,18 @@ void forget(AppBench& bench)
         bench.notifications.posted);
 }
 
+/// The same of a bench, between whose repetitions everything comes to rest.
+void expectFlat(
+    std::string_view what, int warmUp, int repetitions, OpenTab& bench, const std::function<void()>& once)
+{
+    const auto held = [&bench] {
+        bench.settle();
+        forget(bench);
+        return heldNow(&bench.time);
+    };
+    expectFlat(what, warmUp, repetitions, held, once);
+}
+
 /// The panel on a tab with many rows, once all that the start planned for later is through.
 struct GrowthTab : OpenTab {
     explicit GrowthTab(OstrelMode mode)
@@ -136,17 +143,10 @@ TEST(Growth, TicksOfAWeekLeaveNothingBehind)
         const int day = static_cast<int>(Seconds(86400 + 7200) / interval);
         std::uint32_t busy = 0;
         const int repetitions = open ? times(20'000, 2'000) : times(100'000, 10'000);
-        expectFlat(
-            open ? "ticks with the panel open" : "ticks", day, repetitions,
-            [&bench] {
-                bench.settle();
-                forget(bench);
-                return heldNow(&bench.time);
-            },
-            [&] {
-                bench.tick(++busy % 100);
-                bench.deliver();
-            });
+        expectFlat(open ? "ticks with the panel open" : "ticks", day, repetitions, bench, [&] {
+            bench.tick(++busy % 100);
+            bench.deliver();
+        });
     }
 }
 
@@ -154,39 +154,25 @@ TEST(Growth, RendersOfEachTabLeaveNothingBehind)
 {
     for (const OstrelModeWords& tab : ostrelModes()) {
         GrowthTab bench(tab.mode);
-        expectFlat(
-            tab.title, 60, times(10'000, 150),
-            [&bench] {
-                bench.settle();
-                forget(bench);
-                return heldNow(&bench.time);
-            },
-            [&bench] {
-                bench.delegate.frame().renderBody();
-                bench.deliver();
-                bench.settle();
-            });
+        expectFlat(tab.title, 60, times(10'000, 150), bench, [&bench] {
+            bench.delegate.frame().renderBody();
+            bench.deliver();
+            bench.settle();
+        });
     }
 }
 
 TEST(Growth, OpeningsOfThePanelLeaveNothingBehind)
 {
     GrowthTab bench(OstrelMode::overview);
-    expectFlat(
-        "openings", 60, times(1'000, 150),
-        [&bench] {
-            bench.settle();
-            forget(bench);
-            return heldNow(&bench.time);
-        },
-        [&bench] {
-            bench.delegate.panel().toggle();
-            bench.deliver();
-            bench.settle();
-            bench.delegate.panel().toggle();
-            bench.time.advance(Seconds(1));
-            bench.settle();
-        });
+    expectFlat("openings", 60, times(1'000, 150), bench, [&bench] {
+        bench.delegate.panel().toggle();
+        bench.deliver();
+        bench.settle();
+        bench.delegate.panel().toggle();
+        bench.time.advance(Seconds(1));
+        bench.settle();
+    });
 }
 
 TEST(Growth, ChildrenLeaveNothingBehind)

@@ -39,6 +39,15 @@ struct JanitorBench : FakeMachine {
         settle();
     }
 
+    void pressFiles(const char* group, const Lines& replies, std::size_t answered = 1)
+    {
+        press([&] { tab.pressFiles(group); }, replies, answered);
+    }
+    void pressProcesses(const char* depth, const Lines& replies, std::size_t answered = 1)
+    {
+        press([&] { tab.pressProcesses(depth); }, replies, answered);
+    }
+
     /// Lets everything come to its end.
     void settle()
     {
@@ -70,6 +79,16 @@ struct JanitorBench : FakeMachine {
     [[nodiscard]] std::string clock() const { return ostrel::localClockText(time.now()); }
     [[nodiscard]] const std::string& status() const { return tab.state().status; }
     [[nodiscard]] const std::string& lastAction() const { return tab.state().lastAction; }
+    /// The first question with its buttons, the one that cancels in brackets.
+    [[nodiscard]] std::string question() const
+    {
+        const platform::Alert& alert = alerts.asked.at(0);
+        Lines buttons = alert.buttons;
+        std::string& cancel = buttons.at(platform::cancelButton(alert));
+        cancel = "[" + cancel + "]";
+        return ostrel::joined({ alert.title, alert.text, ostrel::joined(buttons, " ") }, "\n")
+            + (alert.critical ? " !" : "");
+    }
 
     FakeAlerts alerts;
     FakeWorkspace workspace;

@@ -4,12 +4,7 @@
 #include "janitor/JanitorBench.h"
 
 #include <cerrno>
-#include <cstdint>
 #include <functional>
-#include <optional>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -27,22 +22,20 @@ TEST(JanitorEngine, AsksTheScriptInExactWordsAndWaitsAsLongAsEachTakes)
         bool settings; ///< takes the user's protection list
     };
     const auto ignore = [](auto&&...) {};
+    const Lines picked { "b c", "a" };
+    const std::vector<std::int64_t> pids { 12, -3 };
     const Case cases[] {
         { [&](auto& engine) { engine.findings(ignore); }, { "findings" }, 40, true },
         { [&](auto& engine) { engine.preview("g", {}, ignore); }, { "preview", "--group=g" }, 40, false },
-        { [&](auto& engine) {
-             engine.preview("g", { "b c", "a" }, ignore);
-         },
+        { [&](auto& engine) { engine.preview("g", picked, ignore); },
             { "preview", "--group=g", "--select=b c,a" }, 40, false },
         { [&](auto& engine) { engine.clean("g", {}, ignore); }, { "clean", "--group=g", "--apply" }, 120,
             false },
         { [&](auto& engine) { engine.clean("g", { "a" }, ignore); },
             { "clean", "--group=g", "--apply", "--select=a" }, 120, false },
         { [&](auto& engine) { engine.cacheCandidates(ignore); }, { "caches" }, 40, false },
-        { [&](auto& engine) {
-             engine.killPreview({ 12, -3 }, ignore);
-         },
-            { "kill-preview", "--pids=12,-3" }, 20, true },
+        { [&](auto& engine) { engine.killPreview(pids, ignore); }, { "kill-preview", "--pids=12,-3" }, 20,
+            true },
         { [&](auto& engine) { engine.mcpPreview("deep", ignore); }, { "mcp-preview", "--depth=deep" }, 20,
             true },
         { [&](auto& engine) { engine.groups(ignore); }, { "groups" }, 15, false },
@@ -90,12 +83,8 @@ TEST(JanitorEngine, TheScriptIsTheOneThatCameWithTheProgramOrElseTheUsersOwn)
 
 TEST(JanitorEngine, WithoutAReplyEachOperationSaysSoInItsWay)
 {
-    struct Case {
-        platform::ChildOutcome outcome;
-        std::string error;
-    };
     constexpr const char* nothing = "the janitor collector returned nothing";
-    const Case cases[] {
+    const std::pair<platform::ChildOutcome, std::string> cases[] {
         { { .status = 0 }, nothing },
         { { .output = "[{}]", .status = 0 }, nothing },
         { { .output = "{\"findings\":[", .status = 0 }, nothing },
@@ -103,23 +92,24 @@ TEST(JanitorEngine, WithoutAReplyEachOperationSaysSoInItsWay)
         { { .launchError = "No such file or directory" },
             "Could not start Python 3: No such file or directory" },
     };
-    for (const Case& c : cases) {
+    for (const auto& one : cases) {
         JanitorBench bench;
-        bench.children.outcomes.assign(7, c.outcome);
+        bench.children.outcomes.assign(7, one.first);
+        const std::string& expected = one.second;
         int answers = 0;
         bench.engine.findings([&](const auto& findings, const std::string& error) {
             EXPECT_TRUE(findings.empty());
-            EXPECT_EQ(error, c.error);
+            EXPECT_EQ(error, expected);
             ++answers;
         });
         bench.engine.preview("g", {}, [&](const JanitorPreview& preview) {
-            EXPECT_EQ(preview.group + preview.title + preview.error, "gg" + c.error);
+            EXPECT_EQ(preview.group + preview.title + preview.error, "gg" + expected);
             EXPECT_EQ(preview.count, 0);
             ++answers;
         });
         bench.engine.clean("g", {}, [&](const JanitorCleanResult& result) {
             EXPECT_FALSE(result.answered());
-            EXPECT_EQ(result.title, c.error);
+            EXPECT_EQ(result.title, expected);
             EXPECT_EQ(result.removed, 0);
             ++answers;
         });
@@ -130,7 +120,7 @@ TEST(JanitorEngine, WithoutAReplyEachOperationSaysSoInItsWay)
             { 7 }, [&](const JanitorKillPreview& preview) { answers += preview.allowed.empty(); });
         bench.engine.groups([&](const JanitorGroups& groups) { answers += groups.names.empty(); });
         bench.deliver();
-        EXPECT_EQ(answers, 7) << c.error;
+        EXPECT_EQ(answers, 7) << expected;
     }
 }
 

@@ -3,10 +3,6 @@
 
 #include "janitor/JanitorBench.h"
 
-#include <string>
-#include <utility>
-#include <vector>
-
 #include <gtest/gtest.h>
 
 namespace {
@@ -42,8 +38,7 @@ TEST(JanitorFiles, TheQuestionListsWhatGoesAndPromisesWhatStays)
     struct Case {
         const char* group;
         int count;
-        std::string title;
-        std::string text;
+        std::string title, text;
     };
     const Case cases[] {
         { "agents-light", 1, "delete 1 files · 2 mb", fileLines(1) + removed + history },
@@ -55,14 +50,9 @@ TEST(JanitorFiles, TheQuestionListsWhatGoesAndPromisesWhatStays)
     };
     for (const Case& c : cases) {
         JanitorBench bench;
-        bench.press([&] { bench.tab.pressFiles(c.group); }, { listing(c.count) });
+        bench.pressFiles(c.group, { listing(c.count) });
         ASSERT_EQ(bench.alerts.asked.size(), 1U);
-        const platform::Alert& alert = bench.alerts.asked[0];
-        EXPECT_EQ(alert.title, c.title);
-        EXPECT_EQ(alert.text, "old things\n\n" + c.text);
-        EXPECT_EQ(alert.buttons, (Lines { "delete", "cancel" }));
-        EXPECT_EQ(alert.cancel, 1U);
-        EXPECT_TRUE(alert.critical);
+        EXPECT_EQ(bench.question(), c.title + "\nold things\n\n" + c.text + "\ndelete [cancel] !");
         EXPECT_EQ(bench.lastAction(), "cancelled · old things");
         EXPECT_EQ(bench.runs(), Lines { std::string("preview --group=") + c.group })
             << "cancelling deletes nothing";
@@ -73,17 +63,14 @@ TEST(JanitorFiles, TheQuestionListsWhatGoesAndPromisesWhatStays)
 TEST(JanitorFiles, ALineOfTheQuestionCantBeForgedByANameWithLineBreaks)
 {
     JanitorBench bench;
-    bench.press([&] { bench.tab.pressFiles("x"); },
-        { R"({"count":1,"title":"a\nb","files":[{"path":"/h/\n\n9 gb · 1 d\r/etc"}]})" });
+    bench.pressFiles("x", { R"({"count":1,"title":"a\nb","files":[{"path":"/h/\n\n9 gb · 1 d\r/etc"}]})" });
     EXPECT_TRUE(bench.alerts.asked.at(0).text.starts_with("a b\n\n0 mb · 0 d · /h/  9 gb · 1 d /etc\n\n"));
 }
 
 TEST(JanitorFiles, AListingWithNothingToDeleteAsksNothing)
 {
     struct Case {
-        std::string reply;
-        std::string counted;
-        std::string lastAction;
+        std::string reply, counted, lastAction;
     };
     const Case cases[] {
         { listing(0), "0 files · 0 mb", "nothing to delete at this depth" },
@@ -93,12 +80,12 @@ TEST(JanitorFiles, AListingWithNothingToDeleteAsksNothing)
     };
     for (const Case& c : cases) {
         JanitorBench bench;
-        bench.press([&] { bench.tab.pressFiles("g"); }, { c.reply }, 0);
+        bench.pressFiles("g", { c.reply }, 0);
         EXPECT_TRUE(bench.alerts.asked.empty());
         EXPECT_EQ(bench.status(), c.counted + " in g · listed " + bench.clock());
         EXPECT_EQ(bench.lastAction(), c.lastAction);
         EXPECT_TRUE(bench.tab.state().previews.contains("g")) << "what was listed stays on show";
-        bench.press([&] { bench.tab.pressFiles("g"); }, { listing(1) });
+        bench.pressFiles("g", { listing(1) });
         EXPECT_EQ(bench.alerts.asked.size(), 1U) << "the flow has ended and begins again";
     }
 }
@@ -107,8 +94,7 @@ TEST(JanitorFiles, AfterTheSecondPressTheScriptDeletesAndTheOutcomeIsToldPlainly
 {
     const std::string receipt = " · receipt ";
     struct Case {
-        std::string reply;
-        std::string outcome;
+        std::string reply, outcome;
         bool withReceipt;
     };
     const Case cases[] {
@@ -149,13 +135,12 @@ TEST(JanitorFiles, AfterTheSecondPressTheScriptDeletesAndTheOutcomeIsToldPlainly
 TEST(JanitorFiles, CachesGoBySelectionAndNothingGoesThatWasPickedBehindTheList)
 {
     JanitorBench bench;
-    bench.press([&] { bench.tab.pressFiles("app-caches"); }, { listing(0) });
+    bench.pressFiles("app-caches", { listing(0) });
     EXPECT_EQ(bench.runs(), Lines { "preview --group=app-caches" }) << "none picked, none named";
     bench.tab.pickCache("pip", false);
     bench.tab.pickCache("a,b", false);
     bench.tab.pickCache("go build", false);
-    bench.press([&] { bench.tab.pressFiles("app-caches"); },
-        { listing(2), R"({"removed":2})", answered, answered }, 0);
+    bench.pressFiles("app-caches", { listing(2), R"({"removed":2})", answered, answered }, 0);
     EXPECT_EQ(bench.runs(),
         (Lines { "preview --group=app-caches --select=pip,go build",
             "clean --group=app-caches --apply --select=pip,go build", "receipts", "findings" }))
@@ -188,7 +173,7 @@ TEST(JanitorFiles, AFlowUnderWayTakesNoSecondPressAndQuestionsWaitForEachOther)
     EXPECT_EQ(mostUp, 1);
     EXPECT_EQ(bench.runs(), (Lines { "preview --group=a", "preview --group=b" }));
     bench.alerts.meanwhile = nullptr;
-    bench.press([&] { bench.tab.pressFiles("a"); }, { listing(1) });
+    bench.pressFiles("a", { listing(1) });
     EXPECT_EQ(bench.alerts.asked.size(), 3U) << "both have ended";
 }
 
@@ -201,10 +186,8 @@ TEST(JanitorTab, TheFirstBodyLoadsOnceAndOnlyItsOwnTabsAreDrawnAnew)
     EXPECT_EQ(bench.status(), "reading this Mac: ps, vm_stat, df, file ages");
     EXPECT_TRUE(bench.panel.calls.empty()) << "a body that is being drawn isn't drawn anew";
     const FindingsBody reading = bench.tab.findingsBody();
-    EXPECT_TRUE(reading.nothing.empty());
-    EXPECT_FALSE(reading.refresh.enabled);
-    EXPECT_TRUE(reading.refresh.active);
-    EXPECT_EQ(reading.refresh.title, "reading…");
+    EXPECT_EQ(reading.refresh.title + reading.nothing, "reading…");
+    EXPECT_TRUE(reading.refresh.active && !reading.refresh.enabled);
     EXPECT_FALSE(bench.tab.cleanupBody().targets[1].buttons[0].enabled);
     bench.answer(R"({"findings":[{"level":"warning","title":"t"}]})");
     bench.answer(R"({"receipts":[{"ts":"1"},{"ts":"2"}]})");
@@ -216,13 +199,16 @@ TEST(JanitorTab, TheFirstBodyLoadsOnceAndOnlyItsOwnTabsAreDrawnAnew)
     EXPECT_EQ(bench.status(), "1 findings · collected " + bench.clock());
     const CleanupBody body = bench.tab.cleanupBody();
     EXPECT_EQ(body.groupsTitle, "more groups · the same two presses");
-    ASSERT_EQ(body.groups.size(), 4U) << "agents have rows of their own";
-    EXPECT_EQ(body.groups[0].title, "caches of the selected apps");
-    EXPECT_EQ(body.groups[0].selected, "selected: none chosen; pick caches in settings");
-    EXPECT_EQ(body.groups[1].title, "Odd things");
-    EXPECT_EQ(body.groups[2].title, "agent screenshots older than 7 days");
-    EXPECT_EQ(body.groups[3].title, "product build output older than 14 days");
-    EXPECT_EQ(body.groups[1].clean.identifier, "cleanup-group-odd");
+    Lines groups;
+    for (const GroupRow& row : body.groups)
+        groups.push_back(row.clean.identifier + "=" + row.title + row.selected);
+    EXPECT_EQ(groups,
+        (Lines { "cleanup-group-app-caches=caches of the selected appsselected: none chosen; pick caches in "
+                 "settings",
+            "cleanup-group-odd=Odd things",
+            "cleanup-group-agent-screenshots=agent screenshots older than 7 days",
+            "cleanup-group-product-builds=product build output older than 14 days" }))
+        << "agents have rows of their own";
     EXPECT_EQ(body.receipts, (Lines { "1 · action", "2 · action" }));
     bench.panel.tab = OstrelMode::system;
     bench.panel.calls.clear();
@@ -242,8 +228,8 @@ TEST(JanitorTab, AReadingFromBeforeAnActionDoesNotReplaceTheOneBehindIt)
     bench.tab.refreshFindings();
     const auto late = std::move(bench.globalQueue.waiting.front());
     bench.globalQueue.waiting.clear();
-    bench.press([&] { bench.tab.pressFiles("g"); },
-        { listing(1), R"({"removed":1})", answered, R"({"findings":[{"title":"new"}]})" }, 0);
+    bench.pressFiles(
+        "g", { listing(1), R"({"removed":1})", answered, R"({"findings":[{"title":"new"}]})" }, 0);
     bench.answer(R"({"findings":[{"title":"old"},{"title":"older"}]})");
     late.second();
     bench.settle();
@@ -254,32 +240,31 @@ TEST(JanitorTab, AReadingFromBeforeAnActionDoesNotReplaceTheOneBehindIt)
 TEST(JanitorTab, WhatWasListedStandsInItsRow)
 {
     JanitorBench bench;
-    bench.press([&] { bench.tab.pressFiles("agents-deep"); }, { listing(5) });
-    bench.press([&] { bench.tab.pressFiles("odd"); }, { R"({"error":"no roots"})" });
-    bench.press([&] { bench.tab.pressFiles("app-caches"); }, { listing(4) });
-    bench.press([&] { bench.tab.pressProcesses("light"); },
-        { killJson({ processJson(70, "srv", 12, "x", 5, "orphan") }) });
+    bench.pressFiles("agents-deep", { listing(5) });
+    bench.pressFiles("odd", { R"({"error":"no roots"})" });
+    bench.pressFiles("app-caches", { listing(4) });
+    bench.pressProcesses("light", { killJson({ processJson(70, "srv", 12, "x", 5, "orphan") }) });
     bench.answer(answered);
     bench.answer(answered);
     bench.answer(R"({"groups":["odd","app-caches"]})");
     (void)bench.tab.cleanupBody();
     bench.deliver();
     const CleanupBody body = bench.tab.cleanupBody();
-    ASSERT_EQ(body.targets[0].listed.size(), 1U);
-    EXPECT_EQ(body.targets[0].listed[0].title, "deep · 5 files · 10 mb");
-    EXPECT_EQ(body.targets[0].listed[0].lines,
-        (Lines { "2 mb · 20 days · /h/f0", "2 mb · 20 days · /h/f1", "2 mb · 20 days · /h/f2" }));
-    ASSERT_EQ(body.targets[1].listed.size(), 1U);
-    EXPECT_EQ(body.targets[1].listed[0].title, "light · 1 processes · 12 mb");
-    EXPECT_EQ(body.targets[1].listed[0].lines, Lines { "pid 70 · srv · 12 mb · orphan" });
-    EXPECT_EQ(body.targets[1].buttons[1].title, "review idle MCP");
-    EXPECT_EQ(body.targets[1].buttons[1].identifier, "cleanup-mcp-deep");
-    EXPECT_EQ(body.targets[1].buttons[1].tooltip,
-        "deep preview: inspect the exact list and volume before confirming any action");
-    EXPECT_EQ(body.groups.at(0).error, "no roots");
-    EXPECT_TRUE(body.groups[0].amount.empty() && body.groups[0].lines.empty());
-    EXPECT_EQ(body.groups.at(1).amount, "4 files · 8 mb");
-    EXPECT_EQ(body.groups[1].lines.size(), 3U);
+    Lines listed;
+    for (const TargetRow& row : body.targets)
+        for (const auto& [title, lines] : row.listed)
+            listed.push_back(title + ": " + joined(lines, ", "));
+    for (const GroupRow& row : body.groups)
+        listed.push_back(row.amount + row.error + ": " + joined(row.lines, ", "));
+    const std::string files = "2 mb · 20 days · /h/f0, 2 mb · 20 days · /h/f1, 2 mb · 20 days · /h/f2";
+    EXPECT_EQ(listed,
+        (Lines { "deep · 5 files · 10 mb: " + files,
+            "light · 1 processes · 12 mb: pid 70 · srv · 12 mb · orphan",
+            "no roots: ", "4 files · 8 mb: " + files }));
+    const auto& deep = body.targets[1].buttons[1];
+    EXPECT_EQ(deep.identifier + ": " + deep.title + ", " + deep.tooltip,
+        "cleanup-mcp-deep: review idle MCP, deep preview: inspect the exact list and volume before "
+        "confirming any action");
     EXPECT_EQ(body.receipts, Lines { "no action yet; a stop or a cleanup writes a line here" });
 }
 
@@ -304,19 +289,19 @@ TEST(JanitorSettings, TakingAProtectionOffIsAskedInATurnOfItsOwnAndLeavesAReceip
     EXPECT_TRUE(bench.alerts.asked.empty()) << "not within the press";
     bench.deliver();
     ASSERT_EQ(bench.alerts.asked.size(), 1U);
-    EXPECT_EQ(bench.alerts.asked[0].title, "remove orca from the protection list");
-    EXPECT_EQ(bench.alerts.asked[0].text,
-        "after this the janitor may offer to stop a process named orca.\nagent names claude and codex and "
-        "OSTREL itself stay protected whatever this list says.");
-    EXPECT_EQ(bench.alerts.asked[0].buttons, (Lines { "remove protection", "cancel" }));
+    EXPECT_EQ(bench.question(),
+        "remove orca from the protection list\nafter this the janitor may offer to stop a process named "
+        "orca.\nagent names claude and codex and OSTREL itself stay protected whatever this list says.\n"
+        "remove protection [cancel] !");
     EXPECT_TRUE(bench.tab.protection().isProtected("orca", "") && bench.receipts().empty());
     bench.press([&] { bench.tab.confirmUnprotect("orca"); }, {}, 0);
     EXPECT_FALSE(bench.tab.protection().isProtected("orca", ""));
     EXPECT_EQ(bench.lastAction(), "orca is no longer protected · receipt written");
     ASSERT_EQ(bench.receipts().size(), 1U);
-    EXPECT_EQ(bench.receipts()[0]["kind"], "protection");
-    EXPECT_EQ(bench.receipts()[0]["name"], "orca");
-    EXPECT_EQ(bench.receipts()[0]["change"], "removed");
+    json::Value receipt = bench.receipts()[0];
+    receipt.erase("ts");
+    EXPECT_EQ(
+        receipt, (json::Value { { "kind", "protection" }, { "name", "orca" }, { "change", "removed" } }));
     for (const ProtectedRow& row : bench.tab.settingsSection().rows) {
         EXPECT_NE(row.name, "orca");
         EXPECT_EQ(row.locked, row.name == "claude" || row.name == "codex" || row.name == "ostrel app");
@@ -328,13 +313,12 @@ TEST(JanitorSettings, CachesAreListedOnAPressAndPickedByName)
 {
     JanitorBench bench;
     EXPECT_TRUE(bench.tab.settingsSection().listCaches);
-    std::string reply;
+    Lines caches;
     for (int cache = 0; cache < 9; ++cache)
-        reply += std::string(cache ? "," : "") + R"({"name":"c)" + std::to_string(cache)
-            + R"(","size_mb":2048})";
-    bench.press([&] { bench.tab.listCaches(); }, { R"({"candidates":[)" + reply + "]}" });
+        caches.push_back(R"({"name":"c)" + std::to_string(cache) + R"(","size_mb":2048})");
+    bench.press([&] { bench.tab.listCaches(); }, { R"({"candidates":[)" + joined(caches, ",") + "]}" });
     bench.tab.pickCache("c8", false);
-    bench.press([&] { bench.tab.pressFiles("app-caches"); }, { listing(1) });
+    bench.pressFiles("app-caches", { listing(1) });
     bench.tab.pickCache("c1", false);
     EXPECT_EQ(bench.lastAction(), "c1 added to the cleanup list");
     EXPECT_FALSE(bench.tab.state().previews.contains("app-caches")) << "listed for the old selection";

@@ -3,11 +3,10 @@
 #include "janitor/JanitorReceipts.h"
 #include "janitor/JanitorText.h"
 
-#include <cstdint>
-#include <string>
-#include <utility>
-#include <vector>
+#include <tuple>
 
+#include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <gtest/gtest.h>
 
 namespace {
@@ -17,41 +16,36 @@ using Kind = JanitorAction::Kind;
 
 json::Value parsed(const std::string& text) { return json::parseObject(text).value(); }
 
+std::string told(const JanitorFinding& finding)
+{
+    const auto& [id, level, title, seen, source, proposal, action, estMB, count] = finding;
+    return fmt::format("{} {} {} {} {} {} {} {} | {} {} {}", id, level, title, seen, source, proposal, estMB,
+        count, action.target, action.group, action.pids);
+}
+
 TEST(JanitorRecords, AFindingIsReadKeyByKeyAndEachKeyAloneFallsBack)
 {
     const auto whole = JanitorFinding::parse(parsed(
         R"({"id":"swap","level":"critical","title":"t","seen":"s","source":"ps","proposal":"p",
             "est_mb":12.5,"count":3.0,"action":{"kind":"kill","target":"x","group":"g",
             "pids":[12,"13",13.5,14,null,1e30,15.0]}})"));
-    EXPECT_EQ(whole.id, "swap");
+    EXPECT_EQ(told(whole), "swap critical t s ps p 12.5 3 | x g [12, 14, 15]");
     EXPECT_EQ(whole.levelColor(), LevelColor::red);
-    EXPECT_EQ(whole.title + whole.seen + whole.source + whole.proposal, "tspsp");
-    EXPECT_EQ(whole.estMB, 12.5);
-    EXPECT_EQ(whole.count, 3);
     EXPECT_EQ(whole.action.kind, Kind::kill);
-    EXPECT_EQ(whole.action.target + whole.action.group, "xg");
-    EXPECT_EQ(whole.action.pids, (std::vector<std::int64_t> { 12, 14, 15 }));
-
     for (const char* text : { "{}",
              R"({"id":1,"level":[],"title":{},"seen":null,"source":true,"proposal":2,"est_mb":"9",
                 "count":3.5,"action":[]})",
              R"({"action":{"kind":"format","target":7,"group":[],"pids":{"a":1}}})" }) {
         const auto bare = JanitorFinding::parse(parsed(text));
-        EXPECT_EQ(bare.id + bare.level, "findinginfo");
-        EXPECT_EQ(bare.title + bare.seen + bare.source + bare.proposal, "");
-        EXPECT_EQ(bare.estMB + static_cast<double>(bare.count), 0);
-        EXPECT_EQ(bare.action.kind, Kind::none);
-        EXPECT_EQ(bare.action.target + bare.action.group, "");
-        EXPECT_TRUE(bare.action.pids.empty());
+        EXPECT_EQ(told(bare), "finding info     0 0 |   []");
         EXPECT_EQ(bare.levelColor(), LevelColor::muted);
+        EXPECT_EQ(bare.action.kind, Kind::none);
     }
     const std::pair<const char*, Kind> kinds[] { { "none", Kind::none }, { "open-tab", Kind::openTab },
         { "kill", Kind::kill }, { "clean", Kind::clean }, { "Kill", Kind::none } };
     for (const auto& [word, kind] : kinds)
         EXPECT_EQ(JanitorAction::parse({ { "kind", word } }).kind, kind) << word;
-    JanitorFinding warning;
-    warning.level = "warning";
-    EXPECT_EQ(warning.levelColor(), LevelColor::ink);
+    EXPECT_EQ(JanitorFinding { .level = "warning" }.levelColor(), LevelColor::ink);
 }
 
 TEST(JanitorRecords, TheListsOfAReplyAreTakenAsFarAsTheyAreWhatTheyShouldBe)
@@ -65,11 +59,10 @@ TEST(JanitorRecords, TheListsOfAReplyAreTakenAsFarAsTheyAreWhatTheyShouldBe)
         EXPECT_EQ(preview.sizeMB + static_cast<double>(preview.count), 0);
         EXPECT_TRUE(preview.files.empty());
         const auto kills = JanitorKillPreview::parse(reply);
-        EXPECT_TRUE(kills.allowed.empty() && kills.refused.empty());
         const auto groups = JanitorGroups::parse(reply);
-        EXPECT_TRUE(groups.names.empty() && groups.titles.empty());
+        EXPECT_TRUE(kills.allowed.empty() && kills.refused.empty());
+        EXPECT_TRUE(groups.names.empty() && groups.titles.empty() && receiptLines(reply, 12).empty());
         EXPECT_TRUE(parseFindings(reply).empty() && parseCandidates(reply).empty());
-        EXPECT_TRUE(receiptLines(reply, 12).empty());
     }
     const auto groups
         = JanitorGroups::parse(parsed(R"({"groups":["a",1,"b",null],"titles":{"a":"A","b":2}})"));
@@ -130,41 +123,31 @@ TEST(JanitorReceipts, EachKindHasItsLine)
 
 TEST(JanitorText, ASizeTurnsToGigabytesAtTheFirstOne)
 {
-    const std::pair<double, const char*> cases[] { { 0, "0 mb" }, { 12.4, "12 mb" }, { 1023.4, "1023 mb" },
-        { 1024, "1.0 gb" }, { 2560, "2.5 gb" } };
-    for (const auto& [value, text] : cases)
+    for (const auto& [value, text] :
+        { std::pair { 0.0, "0 mb" }, { 12.4, "12 mb" }, { 1023.4, "1023 mb" }, { 1024, "1.0 gb" } })
         EXPECT_EQ(mb(value), text);
 }
 
 TEST(JanitorText, ACardTellsTheAmountAndOffersWhatTheFindingProposes)
 {
-    struct Case {
-        JanitorAction action;
-        double estMB;
-        std::int64_t count;
-        const char* amount;
-        const char* button;
-        int width;
+    const std::tuple<JanitorAction, double, std::int64_t, const char*> cases[] {
+        { {}, 0, 0, "|" },
+        { { Kind::openTab, "system" }, 0, 4, "4|open system 220" },
+        { { Kind::clean, "", "agents-deep" }, 2048, 0, "2.0 gb|open cleanup 220" },
+        { { Kind::kill, "", "", { 4, 5 } }, 12, 2, "12 mb · 2|stop 2 processes… 240" },
+        { { Kind::kill }, -1, -1, "|stop 0 processes… 240" },
     };
-    const Case cases[] {
-        { {}, 0, 0, "", "", 0 },
-        { { Kind::openTab, "system" }, 0, 4, "4", "open system", 220 },
-        { { Kind::clean, "", "agents-deep" }, 2048, 0, "2.0 gb", "open cleanup", 220 },
-        { { Kind::kill, "", "", { 4, 5 } }, 12, 2, "12 mb · 2", "stop 2 processes…", 240 },
-        { { Kind::kill }, -1, -1, "", "stop 0 processes…", 240 },
-    };
-    for (const Case& c : cases) {
+    for (const auto& [action, estMB, count, expected] : cases) {
         JanitorFinding finding { .level = "critical", .title = "t", .seen = "s", .source = "ps" };
-        finding.action = c.action;
-        finding.estMB = c.estMB;
-        finding.count = c.count;
+        finding.action = action;
+        finding.estMB = estMB;
+        finding.count = count;
         const FindingCard card = findingCard(finding);
-        EXPECT_EQ(card.amount, c.amount);
-        EXPECT_EQ(card.button.value_or(JanitorButton {}).title, c.button);
-        EXPECT_EQ(card.button.value_or(JanitorButton {}).width, c.width);
-        EXPECT_EQ(card.level, "CRITICAL");
-        EXPECT_EQ(card.source, "source: ps");
-        EXPECT_EQ(card.accessibilityLabel, "critical, t, s");
+        const auto& button = card.button;
+        EXPECT_EQ(
+            card.amount + "|" + (button ? fmt::format("{} {}", button->title, button->width) : ""), expected);
+        EXPECT_EQ(card.level + " " + card.source + " " + card.accessibilityLabel,
+            "CRITICAL source: ps critical, t, s");
     }
 }
 

@@ -3,12 +3,8 @@
 
 #include "support/FakeUserDefaults.h"
 
-#include <algorithm>
-#include <cstddef>
 #include <functional>
 #include <regex>
-#include <string>
-#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -23,25 +19,18 @@ struct Bench {
     ProtectionList list { defaults };
 };
 
-std::string repeated(const std::string& piece, std::size_t length)
-{
-    std::string text;
-    while (text.size() < length)
-        text += piece;
-    return text;
-}
-
 TEST(ProtectionList, HoldsForAnyNameAndCommandLine)
 {
     Bench bench;
     for (const char* name : { "node", "a.b*", "žluťoučký kůň", "two words", "(" })
         bench.list.add(name);
     struct Case {
-        std::string name;
-        std::string cmd;
+        std::string name, cmd;
         bool kept;
     };
-    const std::string longLine = repeated("/claude-/x.claude ortclaude", 100'000);
+    std::string longLine;
+    while (longLine.size() < 100'000)
+        longLine += "/claude-/x.claude ortclaude";
     const Case cases[] {
         { "Finder", "", true },
         { "CLAUDE", "", true },
@@ -83,10 +72,9 @@ TEST(ProtectionList, HoldsForAnyNameAndCommandLine)
         { "", "", false },
         { "worker", "server.js --port 80", false },
     };
-    for (const Case& c : cases) {
+    for (const Case& c : cases)
         EXPECT_EQ(bench.list.isProtected(c.name, c.cmd), c.kept)
             << c.name.substr(0, 99) << " · " << c.cmd.substr(0, 99);
-    }
 }
 
 TEST(ProtectionList, ARowMatchesExactlyWhereTheRegularExpressionWould)
@@ -115,8 +103,7 @@ TEST(ProtectionList, TheUserAddsNamesAndSwitchesDefaultsButNeverTheLocked)
     struct Case {
         const char* what;
         std::function<void(ProtectionList&)> act;
-        Names extra;
-        Names disabled;
+        Names extra, disabled;
     };
     const Case cases[] {
         { "add", [](auto& list) { list.add(" Node\n"); }, { "node" }, {} },
@@ -136,12 +123,10 @@ TEST(ProtectionList, TheUserAddsNamesAndSwitchesDefaultsButNeverTheLocked)
         c.act(bench.list);
         EXPECT_EQ(bench.list.extra(), c.extra) << c.what;
         EXPECT_EQ(bench.list.disabled(), c.disabled) << c.what;
-        for (const std::string& name : c.extra) {
+        for (const std::string& name : c.extra)
             EXPECT_TRUE(bench.list.isProtected(name, "")) << c.what;
-        }
-        for (const std::string& name : c.disabled) {
+        for (const std::string& name : c.disabled)
             EXPECT_FALSE(bench.list.isProtected(name, name)) << c.what;
-        }
     }
 }
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "panel/DashboardText.h"
+#include "panel/BodyScreen.h"
+#include "panel/ReadoutText.h"
 
-#include <cstdint>
 #include <limits>
-#include <string>
 #include <tuple>
 
 #include <gtest/gtest.h>
@@ -12,7 +12,69 @@ namespace {
 
 using namespace ostrel;
 
-constexpr double gb = NativeStats::bytesPerGB;
+constexpr auto most = std::numeric_limits<std::int64_t>::max();
+
+OstrelData snapshot(const char* ts)
+{
+    OstrelData data;
+    data.ts = ts;
+    data.claudeSessions = 3;
+    data.codexSessions = 2;
+    data.fan = { { "mcp", 12 }, { "node", 4 } };
+    data.verdict.level = "warn";
+    data.accuracy = { { "sessions", "process table; by program" } };
+    return data;
+}
+
+TEST(BodyScreen, TabsThatNeedASnapshotSayWhatIsMissing)
+{
+    using enum BodyScreen;
+    using enum OstrelMode;
+    const std::tuple<std::optional<OstrelData>, const char*, BodyChoice> cases[] {
+        { std::nullopt, "native", { loading, "native monitor active · waiting for details" } },
+        { std::nullopt, "error", { error, "collector unavailable · retry below" } },
+        { snapshot(""), "local CLI", { empty, "No detailed snapshot available" } },
+        { snapshot(""), "error", { empty, "No detailed snapshot available" } },
+        { snapshot("12:00"), "error", { stale, "Snapshot stale · collector unavailable" } },
+        { snapshot("12:00"), "local CLI", { tab, "" } },
+    };
+    for (const auto& [data, source, expected] : cases) {
+        for (const OstrelMode mode : { overview, system, processes, sessions, diagnosis, cleanup })
+            EXPECT_EQ(chooseBody(mode, data, source), expected) << words(mode).title << " " << source;
+        for (const OstrelMode mode : { server, settings })
+            EXPECT_EQ(chooseBody(mode, data, source), (BodyChoice { tab, "" })) << words(mode).title;
+        EXPECT_EQ(chooseBody(automations, data, source),
+            (BodyChoice { tab, "every scheduler on this Mac and the server, one list" }));
+    }
+}
+
+TEST(ReadoutText, TellsWhatIsLiveAndWhatTheCollectorSaid)
+{
+    OstrelData data = snapshot("12:00");
+    const NativeStats native { .swapUsedMB = 1, .swapTotalMB = 8, .load1 = 2.26 };
+    EXPECT_EQ(readoutText(data, native, 16.5, "12s ago", false),
+        "now: cpu 17% · swap 13% · load 2.3   |   collector (12s ago): 12 mcp / 5 sess · warn");
+    EXPECT_EQ(readoutText(data, native, 0, std::nullopt, true),
+        "now: cpu 0% · swap 13% · load 2.3   |   collector (no snapshot yet): 12 mcp / 5 sess · warn"
+        " · stale, refresh to update");
+    data.claudeSessions = most;
+    EXPECT_NE(readoutText(data, native, 0, {}, false).find("/ 9223372036854775807 sess"), std::string::npos);
+}
+
+TEST(ReadoutText, WithoutACountOfMcpTheFamiliesAreSummed)
+{
+    const std::pair<std::vector<OstrelData::FanEntry>, std::int64_t> cases[] {
+        { {}, 0 },
+        { { { "node", 4 }, { "mcp_of_another", 5 } }, 9 },
+        { { { "node", 4 }, { "mcp", 0 } }, 0 },
+        { { { "node", most }, { "qmd", 1 } }, most },
+    };
+    for (const auto& [fan, expected] : cases) {
+        OstrelData data;
+        data.fan = fan;
+        EXPECT_EQ(mcpCount(data), expected) << fan.size();
+    }
+}
 
 TEST(DashboardText, OnlyWarningAndCriticalPressureAlarm)
 {
@@ -30,33 +92,28 @@ TEST(DashboardText, OnlyWarningAndCriticalPressureAlarm)
 
 TEST(DashboardText, EachCardHasItsReadingItsSourceAndTheKeysOfTheTick)
 {
-    OstrelData data;
-    data.claudeSessions = 3;
-    data.codexSessions = 2;
-    data.fan = { { "mcp", 12 } };
-    data.accuracy = { { "sessions", "process table; by program" } };
-    DashboardFacts facts { .native = { .swapUsedMB = 1536,
-                               .swapTotalMB = 4096,
-                               .ncpu = 8,
-                               .usedBytes = 11.5 * gb,
-                               .totalBytes = 15.5 * gb },
+    constexpr double gb = NativeStats::bytesPerGB;
+    const DashboardFacts facts { .native = { .swapUsedMB = 1536,
+                                     .swapTotalMB = 4096,
+                                     .ncpu = 8,
+                                     .usedBytes = 11.5 * gb,
+                                     .totalBytes = 15.5 * gb },
         .cpu = 16.5,
         .nativeInterval = platform::Seconds(3),
         .snapshotAge = "4s ago",
         .serverChecked = true };
-    const DashboardText text = dashboardText(facts, data);
+    const DashboardText text = dashboardText(facts, snapshot("12:00"));
     const std::string tick = " · native · 3s tick. Detailed sources: system tab.";
-    EXPECT_EQ(
-        text.metrics[0], (MetricText { "CPU", "17%", "8 cores", "host_cpu tick delta" + tick, "cpu", "" }));
-    EXPECT_EQ(text.metrics[1],
-        (MetricText { "MEMORY", "11.5 GB", "74% of 16 GB",
-            "vm_stat + hw.memsize; native, used = active + wired + compressor" + tick, "mem", "mem-sub" }));
-    EXPECT_EQ(text.metrics[2],
-        (MetricText { "SWAP", "1.5 gb", "38% allocated · retained", "sysctl vm.swapusage; native" + tick,
-            "swap", "swap-sub" }));
-    EXPECT_EQ(text.metrics[3],
-        (MetricText { "AGENTS", "5", "12 MCP processes",
-            "process table; by program · 4s ago. Detailed sources: system tab.", "", "" }));
+    const std::array<MetricText, 4> expected { {
+        { "CPU", "17%", "8 cores", "host_cpu tick delta" + tick, "cpu", "" },
+        { "MEMORY", "11.5 GB", "74% of 16 GB",
+            "vm_stat + hw.memsize; native, used = active + wired + compressor" + tick, "mem", "mem-sub" },
+        { "SWAP", "1.5 gb", "38% allocated · retained", "sysctl vm.swapusage; native" + tick, "swap",
+            "swap-sub" },
+        { "AGENTS", "5", "12 MCP processes",
+            "process table; by program · 4s ago. Detailed sources: system tab.", "", "" },
+    } };
+    EXPECT_EQ(text.metrics, expected);
     EXPECT_EQ(text.snapshot, "collector snapshot · 4s ago");
     EXPECT_EQ(text.server, "server · connected");
 }
@@ -65,7 +122,7 @@ TEST(DashboardText, SaysWhatASnapshotDoesNotTell)
 {
     OstrelData data;
     data.fan = { { "node", 4 } };
-    data.claudeSessions = std::numeric_limits<std::int64_t>::max();
+    data.claudeSessions = most;
     data.codexSessions = 1;
     const DashboardText text = dashboardText({}, data);
     EXPECT_EQ(text.metrics[3],

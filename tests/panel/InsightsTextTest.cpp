@@ -2,12 +2,15 @@
 #include "panel/InsightsText.h"
 
 #include <string>
+#include <tuple>
 
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 namespace {
 
 using namespace ostrel;
+using Lines = std::vector<std::string>;
 
 OstrelData snapshot(const char* text) { return OstrelData::parse(*json::parseObject(text)); }
 
@@ -28,68 +31,58 @@ TEST(InsightsText, SaysTheSnapshotsFiguresAndWhatIsMissing)
         "accuracy":{"load":"a","ram":"b","else":"c"},
         "offenders":[{"label":"a","cpu":99.5,"risk":"stateful","rss":100},{"label":"b","cpu":1},
             {"label":"c","risk":"stateful","rss":2048,"cpu":2.4},{"label":"d"},{"label":"e","risk":"stateful"}]})");
-    const auto facts = currentFacts(full);
-    EXPECT_EQ(facts[0], "swap 1.25/4.0 gb (31%) · trend over 9 saved samples: rising");
-    EXPECT_EQ(facts[1], "mcp total 9 · codex 4 · claude 3 · other 2");
-    EXPECT_EQ(facts[2], "launchd storm 2 · interval jobs 1 · shell-first 3");
-    EXPECT_EQ(facts[3], "readings with a published method: ram · load") << "in the readings' order";
+    const std::array<std::string, 4> facts {
+        "swap 1.25/4.0 gb (31%) · trend over 9 saved samples: rising",
+        "mcp total 9 · codex 4 · claude 3 · other 2", "launchd storm 2 · interval jobs 1 · shell-first 3",
+        "readings with a published method: ram · load" // in the readings' order
+    };
+    EXPECT_EQ(currentFacts(full), facts);
     EXPECT_EQ(hotNow(full), "hot now: a 100% · b 1% · c 2% · d 0%");
     EXPECT_EQ(maintenanceOrder(full, "local CLI"),
-        "current: Codex duplicate groups 2 · collector local CLI · observed heavy app: a 100 mb / 100% · c "
-        "2.0 gb "
-        "/ 2%");
+        "current: Codex duplicate groups 2 · collector local CLI · observed heavy app: "
+        "a 100 mb / 100% · c 2.0 gb / 2%");
     EXPECT_EQ(pressureRead(full).text, "swap 1.25/4.0 gb (31%) · free 2.70 gb · apps 2.0 gb");
-}
-
-TEST(InsightsText, AlarmsFromTheEdgeOn)
-{
-    EXPECT_FALSE(pressureRead(snapshot(R"({"swap":{"used_pct":84}})")).alarming);
-    EXPECT_TRUE(pressureRead(snapshot(R"({"swap":{"used_pct":85}})")).alarming);
+    for (const auto& [swap, alarming] :
+        { std::pair { R"({"swap":{"used_pct":84}})", false }, { R"({"swap":{"used_pct":85}})", true } })
+        EXPECT_EQ(pressureRead(snapshot(swap)).alarming, alarming) << swap;
 }
 
 TEST(InsightsText, ASuggestionNamesItsFootprintAndToTheEarAlsoItsRisk)
 {
-    const auto told = [](std::string reason, std::string risk, std::int64_t mb) {
-        const auto button = diagActionButton(
-            { .label = "l", .estMB = mb, .reason = std::move(reason), .risk = std::move(risk) });
-        return button.title + "|" + button.tooltip + "|" + button.accessibilityLabel;
-    };
-    EXPECT_EQ(told("why", "low", 1536), "inspect · l · 1.5 gb observed|why|l, ~1.5 gb · low – why");
-    EXPECT_EQ(told("why", "", 900), "inspect · l · 900 mb observed|why|l, ~900 mb – why");
-    EXPECT_EQ(told("", "low", 0), "inspect · l · 0 mb observed||");
+    for (const auto& [reason, risk, mb, told] :
+        { std::tuple { "why", "low", 1536, "inspect · l · 1.5 gb observed|why|l, ~1.5 gb · low – why" },
+            { "why", "", 900, "inspect · l · 900 mb observed|why|l, ~900 mb – why" },
+            { "", "low", 0, "inspect · l · 0 mb observed||" } }) {
+        const auto button = diagActionButton({ .label = "l", .estMB = mb, .reason = reason, .risk = risk });
+        EXPECT_EQ(button.title + "|" + button.tooltip + "|" + button.accessibilityLabel, told);
+    }
 }
 
-TEST(InsightsText, ShowsOneStateOfTheAnalysis)
+TEST(InsightsText, ShowsOneStateOfTheAnalysisAndWhichCommandRuns)
 {
-    const Diagnosis result { .summary = "s" };
-    const Diagnosis raw { .text = "t" };
-    EXPECT_EQ(analysisView(false, {}), AnalysisView::idle);
-    EXPECT_EQ(analysisView(true, result), AnalysisView::running);
-    EXPECT_EQ(analysisView(false, result), AnalysisView::result);
-    EXPECT_EQ(analysisView(false, raw), AnalysisView::raw);
-}
-
-TEST(InsightsText, OnlyTheRunningCommandSaysSo)
-{
-    const auto buttons = maintenanceButtons({ "deep-clean" });
-    EXPECT_EQ(buttons[0].title, "1 audit MCP (read-only)");
-    EXPECT_EQ(buttons[1].title, "2 preview own history");
-    EXPECT_EQ(buttons[2].title, "⟳ running…");
-    EXPECT_EQ(buttons[2].tooltip, "this action is running");
-    EXPECT_FALSE(buttons[0].running || buttons[1].running);
+    using enum AnalysisView;
+    for (const auto& [isRunning, diagnosis, view] :
+        { std::tuple { false, Diagnosis {}, idle }, { true, { .summary = "s" }, running },
+            { false, { .summary = "s" }, result }, { false, { .text = "t" }, raw } })
+        EXPECT_EQ(analysisView(isRunning, diagnosis), view);
+    Lines told;
+    for (const MaintenanceButton& button : maintenanceButtons({ "deep-clean" }))
+        told.push_back(fmt::format("{}|{}", button.title, button.running ? button.tooltip : ""));
+    EXPECT_EQ(told,
+        (Lines {
+            "1 audit MCP (read-only)|", "2 preview own history|", "⟳ running…|this action is running" }));
 }
 
 TEST(InsightsText, ShowsTheReportsLastLinesOldestFirst)
 {
     EXPECT_EQ(reportLines({}).size(), 3U);
-    std::deque<std::string> report;
+    std::deque<std::string> report { "a", "b" };
+    EXPECT_EQ(reportLines(report), (Lines { "a", "b" }));
     for (int line = 0; line < 20; ++line)
         report.push_back(std::to_string(line));
     const auto lines = reportLines(report);
     EXPECT_EQ(lines.size(), 14U);
-    EXPECT_EQ(lines.front(), "6");
-    EXPECT_EQ(lines.back(), "19");
-    EXPECT_EQ(reportLines({ "a", "b" }), (std::vector<std::string> { "a", "b" }));
+    EXPECT_EQ(lines.front() + " " + lines.back(), "6 19");
 }
 
 } // namespace

@@ -1,5 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "panel/PanelController.h"
+#include "panel/HelpText.h"
+#include "panel/PanelKeys.h"
+#include "panel/PanelScreen.h"
 
 #include "support/FakePopovers.h"
 #include "support/FakeScreens.h"
@@ -8,21 +11,23 @@
 #include "support/StateBench.h"
 
 #include <algorithm>
-#include <optional>
-#include <string>
-#include <tuple>
-#include <vector>
 
 #include <gtest/gtest.h>
 
 namespace {
 
 using namespace ostrel;
+using platform::Point;
 using platform::Rect;
 using platform::Seconds;
 
 /// A panel with nothing in it. `calls` has the popover's and the content's steps in one order.
 struct PanelBench : StateBench, PanelContent {
+    PanelBench()
+    {
+        screens.screens = { { "Main", { 0, 0, 1440, 900 }, { 0, 0, 1440, 875 } } };
+        screens.mouse = { 700, 400 };
+    }
     QWidget* makeContent() override
     {
         popovers.calls.emplace_back("build");
@@ -46,14 +51,15 @@ struct PanelBench : StateBench, PanelContent {
         return text.substr(0, text.find(' '));
     }
     void later(double seconds) { time.advance(Seconds(seconds)); }
+    /// Opens it, with its steps forgotten.
+    void open()
+    {
+        panel.show();
+        steps();
+    }
 
     FakePopovers popovers;
-    FakeScreens screens = [] {
-        FakeScreens one;
-        one.screens = { { "Main", { 0, 0, 1440, 900 }, { 0, 0, 1440, 875 } } };
-        one.mouse = { 700, 400 };
-        return one;
-    }();
+    FakeScreens screens;
     FakeWorkspace workspace;
     FakeSurfaceHosts mouse;
     bool hasItem = true;
@@ -126,18 +132,15 @@ TEST(PanelController, HangsFromTheItemOnThePointersDisplayAndElseFromTheCorner)
 
 TEST(PanelController, EveryCloseLeavesItsReasonOnce)
 {
-    for (const char* text :
-        { "esc", "esc-field", "cmd-w", "x", "bar-or-hotkey", "route-hide", "route-toggle" }) {
-        PanelBench bench;
-        bench.panel.close(text);
-        EXPECT_EQ(bench.reason(), "none") << "it is closed";
-        bench.panel.show();
-        bench.panel.close(text);
-        EXPECT_EQ(bench.reason(), text);
-        bench.defaults.remove(PanelController::lastCloseKey);
-        bench.panel.close(text);
-        EXPECT_EQ(bench.reason(), "none") << "one opening gives one line";
-    }
+    PanelBench bench;
+    bench.panel.close("esc");
+    EXPECT_EQ(bench.reason(), "none") << "it is closed";
+    bench.panel.show();
+    bench.panel.close("route-toggle");
+    EXPECT_EQ(bench.reason(), "route-toggle");
+    bench.defaults.remove(PanelController::lastCloseKey);
+    bench.panel.close("esc");
+    EXPECT_EQ(bench.reason(), "none") << "one opening gives one line";
     using enum ZOLSurface::CloseReason;
     const std::pair<const char*, ZOLSurface::CloseReason> reasons[] { { "esc", escape },
         { "esc-field", escape }, { "cmd-w", commandW }, { "x", closeButton },
@@ -146,7 +149,6 @@ TEST(PanelController, EveryCloseLeavesItsReasonOnce)
     for (const auto& [text, reason] : reasons)
         EXPECT_EQ(PanelController::closeReason(text), reason) << text;
 
-    PanelBench bench;
     bench.panel.show();
     bench.mouse.monitors.tell();
     EXPECT_EQ(bench.reason(), "outside-click");
@@ -223,8 +225,7 @@ TEST(PanelController, TheTestbedIsAnotherPlaceReachedThroughACloseAndAPause)
     bench.later(0.02);
     EXPECT_TRUE(bench.panel.shown());
     EXPECT_EQ(bench.popovers.anchor, low);
-    bench.panel.show();
-    bench.steps();
+    bench.open();
     bench.panel.showTestbed();
     EXPECT_EQ(bench.steps().front(), "perform close") << "an ordinary opening ended the other place";
 }
@@ -234,14 +235,105 @@ TEST(PanelController, ANewContentKeepsAnOpenPanelOpenWithTheKeyboard)
     PanelBench bench;
     bench.panel.rebuildContent();
     EXPECT_EQ(bench.steps(), Steps {}) << "nothing is built yet";
-    bench.panel.show();
-    bench.steps();
+    bench.open();
     bench.panel.rebuildContent();
     EXPECT_EQ(bench.steps(), (Steps { "build", "view", "render", "key", "keys" }));
     bench.panel.close("esc");
     bench.steps();
     bench.panel.rebuildContent();
     EXPECT_EQ(bench.steps(), (Steps { "build", "view", "render" }));
+}
+
+TEST(PanelScreen, ThePointersDisplayWinsThenTheMainOneThenTheOneAtTheOrigin)
+{
+    const Rect left { -1920, 0, 1920, 1080 };
+    const Rect primary { 0.5, -0.5, 1440, 900 };
+    const Rect right { 1440.5, 0, 1280, 720 };
+    const Point nowhere { 9999, 9999 };
+    struct Case {
+        const char* what;
+        Point pointer;
+        std::vector<Rect> frames;
+        std::optional<std::size_t> main;
+        std::optional<Point> item;
+        std::optional<std::size_t> index;
+        bool fromItem;
+    };
+    const Case cases[] {
+        { "no display", { 1, 1 }, {}, 0, Point { 1, 1 }, {}, false },
+        { "item on another display", { 1500, 9 }, { primary, right }, 0, Point { 20, 20 }, 1, false },
+        { "item on the same", { 30, 30 }, { primary, right }, 1, Point { 20, 20 }, 0, true },
+        { "no item", { 30, 30 }, { primary, right }, 1, {}, 0, false },
+        { "pointer nowhere", nowhere, { left, primary, right }, 2, {}, 2, false },
+        { "main out of range", nowhere, { left, right, primary }, 3, {}, 2, false },
+        { "nearly at the origin", nowhere, { left, right, primary }, {}, {}, 2, false },
+        { "nothing at the origin", nowhere, { left, right }, {}, Point { -5, 5 }, 0, true },
+        { "left edge is inside", { -1920, 5 }, { primary, left }, 0, {}, 1, false },
+        { "right edge isn't", { 1440.5, 5 }, { primary, right }, 0, {}, 1, false },
+        { "upper edge is inside", { 5, 899.5 }, { right, primary }, 0, {}, 1, false },
+        { "lower edge isn't", { 1500, 0 }, { primary, right }, 0, {}, 0, false },
+    };
+    for (const Case& one : cases) {
+        std::vector<PanelScreen::Display> displays;
+        for (const Rect& frame : one.frames)
+            displays.push_back({ frame, { frame.x, frame.y, 7, 7 } });
+        const auto choice = PanelScreen::choose(one.pointer, displays, one.main, one.item);
+        ASSERT_EQ(choice.has_value(), one.index.has_value()) << one.what;
+        if (!choice)
+            continue;
+        EXPECT_EQ(choice->index, *one.index) << one.what;
+        const PanelScreen::Anchor corner = PanelScreen::Corner { displays[*one.index].visible };
+        EXPECT_EQ(choice->anchor, one.fromItem ? PanelScreen::BarItem {} : corner) << one.what;
+    }
+}
+
+TEST(PanelScreen, AnAnchorLetsThePanelEndTwentyFourPointsFromTheFreeAreasEdges)
+{
+    FakeScreens screens;
+    screens.screens = { { "A", { 0, 0, 1000, 800 }, { 0, 0, 1000, 800 } },
+        { "B", { 1000, 0, 2000, 1000 }, { 1000, 50, 1960, 900 } } };
+    screens.main = 1;
+    EXPECT_EQ(PanelScreen::hiddenModeAnchor(screens, Rect { 10, 20, 990, 700 }), (Rect { 595, 718, 2, 2 }));
+    EXPECT_EQ(PanelScreen::hiddenModeAnchor(screens, {}), (Rect { 2555, 948, 2, 2 }));
+    EXPECT_EQ(PanelScreen::testbedAnchor(screens), (Rect { 2555, 72, 2, 2 }));
+    screens.main.reset();
+    EXPECT_EQ(PanelScreen::hiddenModeAnchor(screens, {}), (Rect { 595, 798, 2, 2 }));
+    screens.screens.clear();
+    EXPECT_EQ(PanelScreen::testbedAnchor(screens), (Rect { 1035, 22, 2, 2 })) << "a usual display's";
+}
+
+TEST(PanelKeys, AKeyDoesOneThingAndAFieldKeepsWhatIsTypedIntoIt)
+{
+    using Kind = PanelKeyAction::Kind;
+    const std::pair<PanelKey, PanelKeyAction> cases[] {
+        { { .characters = "1" }, { Kind::tab, {}, OstrelMode::overview } },
+        { { .characters = "9" }, { Kind::tab, {}, OstrelMode::settings } },
+        { { .characters = "0" }, {} },
+        { { .characters = "12" }, {} },
+        { { .characters = "" }, {} },
+        { { .characters = "3", .control = true }, {} },
+        { { .characters = "3", .option = true }, {} },
+        { { .characters = "3", .command = true }, {} },
+        { { .characters = "3", .inTextField = true }, {} },
+        { { .characters = "w", .command = true }, { Kind::close, "cmd-w" } },
+        { { .characters = "w", .control = true }, { Kind::close, "cmd-w" } },
+        { { .characters = "w" }, {} },
+        { { .characters = "w", .control = true, .inTextField = true }, {} },
+        { { .characters = "/" }, { Kind::help, {} } },
+        { { .characters = "?", .control = true }, { Kind::help, {} } },
+        { { .characters = "/", .inTextField = true }, {} },
+        { { .characters = "\x1b", .escape = true }, { Kind::escape, "esc" } },
+        { { .characters = "\x1b", .escape = true, .inTextField = true }, { Kind::escape, "esc-field" } },
+    };
+    for (const auto& [key, action] : cases)
+        EXPECT_EQ(panelKeyAction(key), action) << key.characters << " " << key.inTextField;
+}
+
+TEST(PanelKeys, TheHelpNamesEveryTabByItsKey)
+{
+    const auto rows = helpRows();
+    ASSERT_EQ(rows.size(), 18U);
+    EXPECT_EQ(rows[2] + "|" + rows[10], "1    dashboard|9    settings");
 }
 
 } // namespace

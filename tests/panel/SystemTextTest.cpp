@@ -1,11 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "panel/SystemText.h"
 
-#include <initializer_list>
-#include <map>
-#include <string>
-#include <utility>
-#include <vector>
+#include <tuple>
 
 #include <fmt/format.h>
 #include <gtest/gtest.h>
@@ -149,12 +145,7 @@ TEST(SystemText, WhatNothingIsKnownOfIsToldInWords)
 
 TEST(SystemText, AnObservationOfWrongTypesCountsAsNone)
 {
-    struct Case {
-        const char* observation;
-        const char* row;
-        const char* value;
-    };
-    const Case cases[] {
+    const std::tuple<const char*, std::string, const char*> cases[] {
         { "[1]", "Data volume", "unavailable" },
         { R"({"disk":[61,228]})", "Data volume", "unavailable" },
         { R"({"disk":{"free_gb":"61","total_gb":228}})", "Data volume", "unavailable" },
@@ -170,37 +161,10 @@ TEST(SystemText, AnObservationOfWrongTypesCountsAsNone)
         { R"({"network":[3,{"interface":4,"received":"1","sent":true}]})", "interface",
             "0.0 GB received · 0.0 GB sent" },
     };
-    for (const Case& c : cases) {
-        const std::string found = line(printed({}, observed(c.observation)), std::string(c.row) + ": ");
-        EXPECT_EQ(found.substr(0, found.find(" [src")), fmt::format("{}: {}", c.row, c.value))
-            << c.observation;
+    for (const auto& [observation, row, value] : cases) {
+        const std::string found = line(printed({}, observed(observation)), row + ": ");
+        EXPECT_EQ(found.substr(0, found.find(" [src")), row + ": " + value) << observation;
     }
-}
-
-TEST(SystemText, ShowsFourLinksOfMany)
-{
-    std::string links;
-    for (const char* name : { "a1", "b2", "c3", "d4", "e5", "f6" })
-        links += fmt::format(R"({}{{"interface":"{}"}})", links.empty() ? "" : ",", name);
-    const Lines lines = printed({}, observed(fmt::format(R"({{"network":[{}]}})", links).c_str()));
-    for (const char* shown : { "a1: ", "b2: ", "c3: ", "d4: " })
-        EXPECT_NE(line(lines, shown), "") << shown;
-    EXPECT_EQ(line(lines, "e5: ") + line(lines, "f6: ") + line(lines, "network counters: "), "");
-}
-
-TEST(SystemText, FreeMemoryIsJudgedAtItsEdgesAndMarkedWhereColorsAreNotEnough)
-{
-    for (const auto& [mb, plain, marked] : { std::tuple { 0, "0 mb free (crit)", "▲ 0 mb free (crit)" },
-             { 499, "499 mb free (crit)", "▲ 499 mb free (crit)" },
-             { 500, "500 mb free (warn)", "△ 500 mb free (warn)" },
-             { 1499, "1.5 gb free (warn)", "△ 1.5 gb free (warn)" },
-             { 1500, "1.5 gb free (normal)", "1.5 gb free (normal)" } })
-        for (const bool differentiate : { false, true }) {
-            const Lines lines
-                = printed({ .native = { .freeMB = mb }, .differentiateWithoutColor = differentiate });
-            const char* expected = differentiate ? marked : plain;
-            EXPECT_EQ(line(lines, expected), expected);
-        }
 }
 
 TEST(SystemText, RowsAtTheirEdges)
@@ -222,6 +186,20 @@ TEST(SystemText, RowsAtTheirEdges)
     for (const auto& [facts, expected] : native)
         EXPECT_TRUE(line(printed(facts), expected).starts_with(expected)) << expected;
 
+    for (const auto& [mb, free, mark] : { std::tuple { 0, "0 mb free (crit)", "▲ " },
+             { 499, "499 mb free (crit)", "▲ " }, { 500, "500 mb free (warn)", "△ " },
+             { 1499, "1.5 gb free (warn)", "△ " }, { 1500, "1.5 gb free (normal)", "" } })
+        for (const bool marked : { false, true }) {
+            const Lines lines = printed({ .native = { .freeMB = mb }, .differentiateWithoutColor = marked });
+            const std::string expected = marked ? std::string(mark) + free : free;
+            EXPECT_EQ(line(lines, expected), expected);
+        }
+
+    const Lines linked = printed({}, observed(R"({"network":[{"interface":"a1"},{"interface":"b2"},
+        {"interface":"c3"},{"interface":"d4"},{"interface":"e5"}]})"));
+    EXPECT_NE(line(linked, "d4: "), "") << "four links of many";
+    EXPECT_EQ(line(linked, "e5: ") + line(linked, "network counters: "), "");
+
     OstrelData data;
     data.fan = { { "chromium", 3 }, { "codex_mcp_duplicates", 0 }, { "codex_mcp_duplicate_mb", 0 } };
     EXPECT_TRUE(line(printed({}, data), "chromium helpers: 3 [src: not published").size());
@@ -233,6 +211,29 @@ TEST(SystemText, RowsAtTheirEdges)
         data.historyState = state;
         EXPECT_NE(line(printed({ .snapshotStale = stale }, data), expected), "") << expected;
     }
+}
+
+TEST(SourcedRow, NamesTheSourceBeforeItsFirstSemicolonAndSaysWhenNothingWasMeasured)
+{
+    struct Case {
+        std::optional<std::string> value, source;
+        std::string shown, line, toolTip;
+    };
+    const char* none = "the collector published no method for this reading";
+    const Case cases[] {
+        { "7", "ps ; by name; all users", "7", "src: ps · 3s ago", "ps ; by name; all users" },
+        { "7", " statvfs ", "7", "src: statvfs · 3s ago", " statvfs " },
+        { "7", {}, "7", "src: not published by the collector", none },
+        { "", "ps", "", "src: ps · 3s ago", "ps" },
+        { {}, "ps; by name", "–", "not measured this run · ps", "ps; by name" },
+        { {}, {}, "–", "not measured · the collector publishes no method for this reading", none },
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ(kvSourced("label", c.value, c.source, "3s ago"),
+            (SourcedRow { "label", c.shown, { c.line, c.toolTip } }))
+            << c.line;
+    EXPECT_EQ(sourceLine("a;b", "live"), (SourceLine { "src: a · live", "a;b\nlive" }));
+    EXPECT_EQ(sourceLine({}, "live"), (SourceLine { "src: not published by the collector", none }));
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "panel/Workloads.h"
+#include "panel/WorkloadsText.h"
 
 #include "support/FakeAlerts.h"
 #include "support/FakePanel.h"
@@ -7,16 +8,16 @@
 #include "support/FakeWorkspace.h"
 #include "support/StateBench.h"
 
-#include <string>
 #include <tuple>
-#include <utility>
-#include <vector>
 
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 namespace {
 
 using namespace ostrel;
+using Proc = OstrelData::Proc;
+using Lines = std::vector<std::string>;
 
 struct WorkloadsBench : StateBench {
     WorkloadsBench()
@@ -37,9 +38,9 @@ struct WorkloadsBench : StateBench {
     }
 
     /// The subcommands of the scripts that ran since the last call.
-    [[nodiscard]] std::vector<std::string> ran()
+    [[nodiscard]] Lines ran()
     {
-        std::vector<std::string> commands;
+        Lines commands;
         for (const platform::ChildRequest& request : std::exchange(children.requests, {}))
             commands.push_back(request.arguments.at(1));
         return commands;
@@ -73,7 +74,7 @@ TEST(Workloads, AProtectedProcessIsExplainedInATurnOfItsOwnAndNothingElseHappens
         EXPECT_EQ(alert.text,
             "Rule 44: OSTREL never stops agents, Finder, Apple daemons or itself. The protection list is in "
             "settings.");
-        EXPECT_EQ(alert.buttons, std::vector<std::string> { "OK" });
+        EXPECT_EQ(alert.buttons, Lines { "OK" });
         EXPECT_TRUE(bench.children.requests.empty());
         EXPECT_TRUE(bench.maintenance.cleanupReport().empty());
     }
@@ -94,7 +95,7 @@ TEST(Workloads, AStopIsReportedHoweverItEndsAndTheSnapshotIsReadAgain)
         ASSERT_EQ(bench.maintenance.cleanupReport().size(), 1U) << line;
         EXPECT_EQ(bench.maintenance.cleanupReport().back(), bench.maintenance.nowStr() + " " + line);
         EXPECT_EQ(bench.signals.terminated.size(), signalled) << line;
-        auto expected = std::vector<std::string> { "kill-preview", "json" };
+        auto expected = Lines { "kill-preview", "json" };
         if (signalled > 0)
             expected.insert(expected.begin() + 1, "receipts");
         EXPECT_EQ(bench.ran(), expected) << line;
@@ -118,7 +119,73 @@ TEST(Workloads, AChosenFilterIsDrawnAtOnceAndAButtonWithoutAKeyMeansTheFirst)
         bench.panel.calls.clear();
         bench.workloads.selectProcessFilter(pressed);
         EXPECT_EQ(bench.workloads.processFilter(), filter);
-        EXPECT_EQ(bench.panel.calls, std::vector<std::string> { "render" });
+        EXPECT_EQ(bench.panel.calls, Lines { "render" });
+    }
+}
+
+TEST(WorkloadsText, EachFilterShowsItsOwnTheLargestFirstAndAlikeOnesInTheCollectorsOrder)
+{
+    const ProtectionRules rules({ "claude", "codex", "finder" });
+    const std::vector<Proc> procs {
+        { .rss = 10, .pid = "1", .name = "node", .cmd = "node server", .cpu = 3 },
+        { .rss = 90, .pid = "2", .name = "Finder", .cmd = "", .cpu = 0.5 },
+        { .rss = 10, .pid = "3", .name = "sh", .cmd = "sh -c CODEX-runner", .cpu = 120 },
+        { .rss = 50, .pid = "4", .name = "runner", .cmd = "/opt/claude", .cpu = 3 },
+        { .rss = 70, .pid = "5", .name = "npx", .cmd = "npx my-MCP-server", .cpu = 0 },
+    };
+    for (const auto& [filter, expected] : { std::pair { "memory", "25413" }, { "cpu", "31425" },
+             { "agents", "43" }, { "mcp", "5" }, { "stoppable", "513" }, { "no such key", "25413" } }) {
+        std::string shown;
+        for (const std::size_t at : filteredProcesses(procs, filter, rules))
+            shown += procs[at].pid;
+        EXPECT_EQ(shown, expected) << filter;
+    }
+}
+
+TEST(WorkloadsText, ARowSaysWhatItIsAndWhetherItCanBeStopped)
+{
+    const Proc proc { .rss = 1536, .pid = "7", .name = "node", .grp = "runtime", .cmd = "node x", .cpu = 3 };
+    const auto told = [](const ProcessRow& row) {
+        return Lines { row.tag, row.tagTip, row.button, row.buttonTip, row.memory, row.tip, row.nameLabel };
+    };
+    EXPECT_EQ(told(processRow(proc, false)),
+        (Lines { "RUNTIME", "can be stopped with a confirmation", "stop…",
+            "Preview this exact process, then confirm a graceful stop", "1.5 gb", "node x",
+            "node – node x" }));
+    const ProcessRow kept = processRow(proc, true);
+    EXPECT_EQ(told(kept),
+        (Lines { "PROT", "protected: this app never stops node", "protected",
+            "Agent and system processes stay protected", "1.5 gb", "node x", "node – node x" }));
+    EXPECT_TRUE(kept.isProtected && !processRow(proc, false).isProtected);
+    for (const char* cmd : { "", "node" }) {
+        const ProcessRow bare = processRow({ .name = "node", .cmd = cmd }, false);
+        EXPECT_EQ(bare.tip + "|" + bare.nameLabel, "node|") << cmd;
+    }
+}
+
+TEST(WorkloadsText, ProcessorTimeIsColouredFromTheEdgesOn)
+{
+    using enum CpuColor;
+    const std::tuple<double, const char*, CpuColor> cases[] { { 0, "0%", muted }, { 14.9, "15%", muted },
+        { 15, "15%", amber }, { 39.9, "40%", amber }, { 40, "40%", redBright },
+        { 799.6, "800%", redBright } };
+    for (const auto& [cpu, text, color] : cases) {
+        const ProcessRow row = processRow({ .cpu = cpu }, false);
+        EXPECT_EQ(row.cpu, text);
+        EXPECT_EQ(row.cpuColor, color) << cpu;
+    }
+}
+
+TEST(WorkloadsText, ARowsMenuLeadsToTheStopOrToTheReasonWhyNot)
+{
+    const Proc proc { .rss = 100, .pid = "7", .name = "node" };
+    for (const auto& [isProtected, last] :
+        { std::pair { false, "stop process=stop this process (SIGTERM, asks first)!" },
+            { true, "why protected?=why is this process protected?!" } }) {
+        Lines lines;
+        for (const ProcessMenuLine& line : processMenu(proc, isProtected))
+            lines.push_back(fmt::format("{}={}{}", line.title, line.shown, line.enabled ? "!" : ""));
+        EXPECT_EQ(lines, (Lines { "process details=process · node", "=pid 7 · 100 mb rss", "=", last }));
     }
 }
 

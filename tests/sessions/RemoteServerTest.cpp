@@ -4,11 +4,6 @@
 #include "support/FakeMachine.h"
 #include "support/FakePanel.h"
 
-#include <optional>
-#include <string>
-#include <utility>
-#include <vector>
-
 #include <gtest/gtest.h>
 
 namespace {
@@ -39,12 +34,6 @@ struct Bench : FakeMachine {
     {
         answer(output, status, error);
         server->previewServerTask();
-        deliver();
-    }
-    void start(const std::string& output)
-    {
-        answer(output);
-        server->startServerTask();
         deliver();
     }
     void check(const std::string& output)
@@ -217,18 +206,16 @@ TEST(RemoteServer, TellsOfAFinishedTaskItsEnd)
     for (const auto& [result, said] : cases) {
         Bench bench;
         bench.preview();
-        bench.start(R"({"ok":true,"result":)" + result + "}");
+        bench.answer(R"({"ok":true,"result":)" + result + "}");
+        bench.server->startServerTask();
+        bench.deliver();
         EXPECT_EQ(bench.status(), "Server task finished · exit " + said) << result.substr(0, 60);
     }
 }
 
 TEST(RemoteServer, KeepsTheCapacityOfTheLastGoodCheck)
 {
-    struct Case {
-        const char* result;
-        const char* line;
-    };
-    const Case cases[] {
+    const std::pair<std::string, const char*> cases[] {
         { R"({"cpuCount":8,"load1":0.25,"memory":{"availableMB":2048}})",
             "CONNECTED · 8 cores · load 0.2 · available 2.0 gb" },
         { "{}", "CONNECTED · tools ready · load – · available –" },
@@ -238,16 +225,16 @@ TEST(RemoteServer, KeepsTheCapacityOfTheLastGoodCheck)
         { R"({"cpuCount":4.9,"load1":3,"memory":{"availableMB":512.7}})",
             "CONNECTED · 4 cores · load 3.0 · available 512 mb" },
     };
-    for (const Case& c : cases) {
+    for (const auto& [result, line] : cases) {
         Bench bench;
-        bench.check(R"({"ok":true,"result":)" + std::string(c.result) + "}");
+        bench.check(R"({"ok":true,"result":)" + result + "}");
         EXPECT_EQ(bench.status(), "Read-only server check complete.");
-        EXPECT_EQ(serverBody(bench.server->state()).health, c.line);
+        EXPECT_EQ(serverBody(bench.server->state()).health, line);
         bench.answer("", 1);
         bench.server->checkServer();
         EXPECT_EQ(bench.status(), "Checking server capacity…");
         bench.deliver();
-        EXPECT_EQ(serverBody(bench.server->state()).health, c.line) << "a failure takes nothing away";
+        EXPECT_EQ(serverBody(bench.server->state()).health, line) << "a failure takes nothing away";
     }
 }
 
@@ -280,10 +267,8 @@ TEST(RemoteServer, AliasAndRepositoryComeBackAfterAStartAndTheTaskDoesnt)
     RemoteServer next(
         { bench.time, bench.globalQueue, bench.files, bench.bundle, bench.children, bench.defaults });
     next.loadSettings();
-    EXPECT_EQ(next.state().alias, "mill") << "though the request failed";
-    EXPECT_EQ(next.state().repo, "/srv/r");
-    EXPECT_EQ(next.state().task, "");
-    EXPECT_EQ(next.state().profile, "balanced");
+    EXPECT_EQ(next.state().alias + next.state().repo, "mill/srv/r") << "though the request failed";
+    EXPECT_EQ(next.state().task + next.state().profile, "balanced");
     bench.defaults.setBoolean("ostrel.server.alias", true);
     next.loadSettings();
     EXPECT_EQ(next.state().alias, "");
