@@ -23,8 +23,7 @@ GENEROUS = 60.0
 READINGS_LINE = re.compile(
     r'\{ "memUsedGB": \d+\.\d{3}, "memTotalGB": \d+\.\d{3}, "memPct": \d+, "freeMB": \d+, "swapUsedMB": \d+, '
     r'"swapTotalMB": \d+, "swapPct": \d+, "load1": \d+\.\d\d, "ncpu": \d+, "pressureLevel": [0124], '
-    r'"cpuPct": \d+ \}\n\Z'
-)
+    r'"cpuPct": \d+ \}\n\Z')
 ROUTES = "Routes: --testbed show|hide|toggle, --readings, --self-test, --background"
 SELF_TEST = r"\A" + "".join(
     rf"layout {title}: scroll=\(16, \d+, 728, \d+\) doc=\(0, 0, 728, \d+\) flipped=true\n"
@@ -44,8 +43,7 @@ PASS: 45 offscreen tab/state combinations; 760x700; fonts; selection; hidden win
 DEAD_SURROUNDINGS = {
     "DISPLAY": ":4093",
     "WAYLAND_DISPLAY": "ostrel-no-compositor",
-    "DBUS_SESSION_BUS_ADDRESS": "unix:path=/nonexistent/ostrel-bus",
-}
+    "DBUS_SESSION_BUS_ADDRESS": "unix:path=/nonexistent/ostrel-bus"}
 
 
 def eventually(condition: Callable[[], bool]) -> bool:
@@ -88,10 +86,8 @@ class ProgramTest(unittest.TestCase):
             if name in os.environ:
                 self.environment[name] = os.environ[name]
 
-    def run_program(
-        self, *arguments: str, before: str = "", **variables: str
-    ) -> subprocess.CompletedProcess[str]:
-        """One run to its end."""
+    def run_program(self, *arguments: str, before: str = "",
+                    **variables: str) -> subprocess.CompletedProcess[str]:
         return subprocess.run(
             ["/bin/sh", "-c", f'exec "$0" "$@" {before}', PROGRAM, *arguments],
             env={**self.environment, **variables}, stdin=subprocess.DEVNULL, capture_output=True,
@@ -126,6 +122,17 @@ class ProgramTest(unittest.TestCase):
             start_new_session=True)
         self.addCleanup(self.kill, process)
         return process
+
+    def start_bus(self) -> str:
+        """Starts a session bus that ends with the test, and gives its address."""
+        config = self.home / "bus.conf"
+        config.write_text(
+            f"<busconfig><type>session</type><listen>unix:path={self.home}/bus</listen>"
+            '<policy context="default"><allow send_destination="*"/><allow receive_sender="*"/>'
+            '<allow own="*"/></policy></busconfig>')
+        bus = self.listen(
+            "dbus-daemon", f"--config-file={config}", "--nofork", "--nosyslog", "--print-address=1")
+        return bus.stdout.readline().strip()
 
     def kill(self, process: subprocess.Popen) -> None:
         if process.poll() is None:
@@ -203,14 +210,7 @@ class Routes(ProgramTest):
                 self.expect(self.run_program(*arguments, **surroundings), 0, sent, "")
 
     def test_the_testbeds_message_reaches_the_bus_and_a_refused_one_doesnt(self) -> None:
-        config = self.home / "bus.conf"
-        config.write_text(
-            f"<busconfig><type>session</type><listen>unix:path={self.home}/bus</listen>"
-            '<policy context="default"><allow send_destination="*"/><allow receive_sender="*"/>'
-            '<allow own="*"/></policy></busconfig>')
-        bus = self.listen(
-            "dbus-daemon", f"--config-file={config}", "--nofork", "--nosyslog", "--print-address=1")
-        address = bus.stdout.readline().strip()
+        address = self.start_bus()
         monitor = self.listen("dbus-monitor", "--address", address, "type=signal,member=Posted")
         monitor.stdout.readline()  # it announces its own connection once it listens
         for *arguments, code in (("show", "--nonsense", 1), ("bänana", 0), ("last", 0)):
@@ -240,11 +240,6 @@ class Application(ProgramTest):
     def test_it_runs_with_arguments_of_one_dash_or_none_and_in_poor_surroundings(self) -> None:
         for arguments, before, variables in (
             (["-x", "show"], "", {}), (["-platform", "nonsense"], "2>&-", {}), ([], "2>/dev/full", {}),
-            *(([], "", {name: value}) for name, value in DEAD_SURROUNDINGS.items()),
-        ):
+            *(([], "", {name: value}) for name, value in DEAD_SURROUNDINGS.items())):
             with self.subTest(arguments=arguments, before=before, **variables):
                 self.expect_orderly_end(self.start("--background", *arguments, before=before, **variables))
-
-
-if __name__ == "__main__":
-    unittest.main()

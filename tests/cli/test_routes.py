@@ -5,7 +5,6 @@ from __future__ import annotations
 import json
 import signal
 import subprocess
-import unittest
 
 from test_program import ProgramTest, eventually
 
@@ -13,15 +12,7 @@ from test_program import ProgramTest, eventually
 class SeveralLaunches(ProgramTest):
     def setUp(self) -> None:
         super().setUp()
-        config = self.home / "bus.conf"
-        config.write_text(
-            f"<busconfig><type>session</type><listen>unix:path={self.home}/bus</listen>"
-            '<policy context="default"><allow send_destination="*"/><allow receive_sender="*"/>'
-            '<allow own="*"/></policy></busconfig>')
-        bus = self.listen(
-            "dbus-daemon", f"--config-file={config}", "--nofork", "--nosyslog", "--print-address=1")
-        self.environment["DBUS_SESSION_BUS_ADDRESS"] = bus.stdout.readline().strip()
-        self.environment["QT_QPA_PLATFORM"] = "offscreen"
+        self.environment |= {"DBUS_SESSION_BUS_ADDRESS": self.start_bus(), "QT_QPA_PLATFORM": "offscreen"}
 
     def expect_close(self, reason: str) -> None:
         """Waits until the panel was closed for that reason, and forgets it."""
@@ -77,7 +68,3 @@ class SeveralLaunches(ProgramTest):
         elder.send_signal(signal.SIGKILL)
         elder.wait()
         self.expect_orderly_end(self.start("--background"))
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -2,8 +2,10 @@
 """A made-up machine in a temporary folder: its /proc, /sys and home. Makes the collectors importable."""
 import os
 import shutil
+import subprocess
 import sys
 import tempfile
+import time
 
 REPOSITORY = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 COLLECTORS = os.path.join(REPOSITORY, "collectors")
@@ -17,12 +19,51 @@ USER = 1000
 PAGES_PER_MIB = 1048576 // os.sysconf("SC_PAGE_SIZE")
 
 
+def fresh_folder(test, **where) -> str:
+    """An empty folder that goes with the test."""
+    path = os.path.realpath(tempfile.mkdtemp(**where))
+    test.addCleanup(shutil.rmtree, path, ignore_errors=True)
+    return path
+
+
+def put(path: str, content: bytes) -> str:
+    """A file, with its folders."""
+    os.makedirs(os.path.dirname(path), exist_ok=True)
+    with open(path, "wb") as file:
+        file.write(content)
+    return path
+
+
+def started(test, *argv: str, **more) -> subprocess.Popen:
+    """A process that ends with the test at the latest."""
+    child = subprocess.Popen(argv, **more)
+    test.addCleanup(child.wait)
+    test.addCleanup(child.kill)
+    return child
+
+
+def waiting(test, *argv: str, **more) -> subprocess.Popen:
+    """A process that has printed a line and waits for one, which it gets at the test's end."""
+    child = subprocess.Popen(argv, stdin=subprocess.PIPE, stdout=subprocess.PIPE, **more)
+    test.addCleanup(child.communicate, b"\n")
+    child.stdout.readline()
+    return child
+
+
+def wait_for(condition, what: str):
+    """What a condition gives once it is true."""
+    limit = time.monotonic() + 60
+    while not (value := condition()):
+        assert time.monotonic() < limit, "never came: " + what
+        time.sleep(0.01)
+    return value
+
+
 class Machine:
     """Processes and kernel files that a test lays down. Time stands still but for the pause between looks."""
 
     def __init__(self, test) -> None:
-        self.root = tempfile.mkdtemp()
-        test.addCleanup(shutil.rmtree, self.root, ignore_errors=True)
+        self.root = fresh_folder(test)
         for part in ("proc", "sys", "home"):
             os.mkdir(os.path.join(self.root, part))
         self.now = 100.0
@@ -30,10 +71,7 @@ class Machine:
 
     def write(self, path: str, content: bytes) -> None:
         """A file below the machine's root, with its folders."""
-        path = os.path.join(self.root, path)
-        os.makedirs(os.path.dirname(path), exist_ok=True)
-        with open(path, "wb") as file:
-            file.write(content)
+        put(os.path.join(self.root, path), content)
 
     def process(self, pid, *argv, comm=b"tool", mib=1, ticks=0, start=50, ppid=1, state=b"S", flags=0):
         """A process, or another state of one that is there already."""
@@ -55,10 +93,6 @@ class Machine:
                         self.process(int(pid), *command.split("|"), comm=comm.encode()[:15], mib=int(mib),
                                      start=int(start), ppid=int(ppid))
 
-    def end(self, pid: int) -> None:
-        """The process is gone."""
-        shutil.rmtree(os.path.join(self.root, "proc", str(pid)))
-
     def link(self, path: str, target: str) -> None:
         """A link below the machine's root."""
         path = os.path.join(self.root, path)
@@ -75,5 +109,4 @@ class Machine:
 
         return snapshot(
             script="/opt/share/ostrel/collectors/ostrel.py", home=self.root + "/home",
-            root=self.root, user=USER, clock=lambda: self.now, pause=pause, now=lambda: self.time,
-        )
+            root=self.root, user=USER, clock=lambda: self.now, pause=pause, now=lambda: self.time)

@@ -3,25 +3,23 @@
 touch."""
 import json
 import os
-import shutil
 import subprocess
-import tempfile
 import time
 
-from fabricated_machine import COLLECTORS
+from fabricated_machine import COLLECTORS, fresh_folder, put
 
 SCRIPT = os.path.join(COLLECTORS, "ostrel_janitor.py")
 SYSTEM_PATH = "/usr/bin:/bin:/usr/sbin:/sbin"
 DEBUG = ".claude/debug"
 CACHE = ".cache/pip"
+RECEIPTS = "Library/Application Support/Ostrel/receipts"
 
 
 class Home:
     """Files of any age in a home, and what the janitor makes of them."""
 
     def __init__(self, test) -> None:
-        self.root = os.path.realpath(tempfile.mkdtemp())
-        test.addCleanup(shutil.rmtree, self.root, ignore_errors=True)
+        self.root = fresh_folder(test)
         self.path = self.root + "/home"
         self.outside = self.root + "/outside"
         for folder in (self.path, self.outside):
@@ -34,11 +32,7 @@ class Home:
 
     def write(self, path: str, days: float = 30, size: int = 4096) -> str:
         """A file of that age, with its folders."""
-        path = self.at(path)
-        os.makedirs(os.path.dirname(path), exist_ok=True)
-        with open(path, "wb") as file:
-            file.write(b"x" * size)
-        return self.age(path, days)
+        return self.age(put(self.at(path), b"x" * size), days)
 
     def age(self, path: str, days: float = 30) -> str:
         """Sets the time of the last change back."""
@@ -87,9 +81,8 @@ class Home:
         """What there is below the home or a folder, folders left out, receipts too; sorted."""
         found = []
         for folder, folders, names in os.walk(self.at(path)):
-            found += [os.path.join(folder, name) for name in names]
-            found += [os.path.join(folder, name) for name in folders
-                      if os.path.islink(os.path.join(folder, name))]
+            links = [name for name in folders if os.path.islink(os.path.join(folder, name))]
+            found += [os.path.join(folder, name) for name in names + links]
         start = len(self.at(path).rstrip("/")) + 1
         return sorted(file[start:] for file in found if "/receipts/" not in file)
 

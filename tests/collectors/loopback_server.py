@@ -5,7 +5,9 @@ import pwd
 import shutil
 import socket
 import subprocess
-import time
+from pathlib import Path
+
+from fabricated_machine import wait_for
 
 SSHD = "/usr/sbin/sshd"
 
@@ -44,8 +46,7 @@ class LoopbackServer:
         self.trust("host")
         self.configure()
         os.makedirs(root + "/bin", exist_ok=True)
-        self.write("bin/ssh", f'#!/bin/sh\nexec /usr/bin/ssh -F "{root}/config" "$@"\n')
-        os.chmod(root + "/bin/ssh", 0o755)
+        self.tool("bin/ssh", f'exec /usr/bin/ssh -F "{root}/config" "$@"')
         if os.getuid() == 0:
             os.makedirs("/run/sshd", mode=0o755, exist_ok=True)
         log = open(root + "/log", "wb")
@@ -54,18 +55,20 @@ class LoopbackServer:
                                        stderr=log)
         add_cleanup(self.daemon.wait)
         add_cleanup(self.daemon.terminate)
-        limit = time.monotonic() + 60
-        while True:
-            try:
-                socket.create_connection(("127.0.0.1", self.port), 5).close()
-                break
-            except OSError:
-                assert self.daemon.poll() is None and time.monotonic() < limit
-                time.sleep(0.02)
+        wait_for(self.answers, "the server")
+
+    def answers(self) -> bool:
+        assert self.daemon.poll() is None
+        with socket.socket() as probe:
+            return probe.connect_ex(("127.0.0.1", self.port)) == 0
 
     def write(self, name: str, text: str) -> None:
-        with open(f"{self.root}/{name}", "w", encoding="ascii") as file:
-            file.write(text)
+        Path(self.root, name).write_text(text, "ascii")
+
+    def tool(self, name: str, script: str) -> None:
+        """An executable below the root."""
+        self.write(name, f"#!/bin/sh\n{script}\n")
+        os.chmod(f"{self.root}/{name}", 0o755)
 
     def admit(self, name: str = "login") -> None:
         """Lets the owner of a key in, and nobody else."""
@@ -73,8 +76,7 @@ class LoopbackServer:
 
     def trust(self, name: str) -> None:
         """What the client takes for the server's key from now on."""
-        with open(f"{self.root}/{name}.pub", encoding="ascii") as file:
-            self.write("known", f"[127.0.0.1]:{self.port} {file.read()}")
+        self.write("known", f"[127.0.0.1]:{self.port} " + Path(self.root, name + ".pub").read_text("ascii"))
 
     def configure(self, keys: str = "StrictHostKeyChecking yes") -> None:
         """The client's configuration, with all that could run a command of somebody else's."""

@@ -1,10 +1,9 @@
 # SPDX-License-Identifier: Apache-2.0
 """A temporary home with saved samples, and processes that work on it. Sample n has the swap figure n."""
 import os
-import shutil
-import tempfile
+from pathlib import Path
 
-import fabricated_machine  # noqa: F401  makes the collectors importable
+from fabricated_machine import fresh_folder, put
 
 from ostrel_lib import history_file
 
@@ -17,8 +16,7 @@ class Home:
     """The home of one test."""
 
     def __init__(self, test) -> None:
-        self.path = tempfile.mkdtemp(dir=IN_MEMORY if os.access(IN_MEMORY, os.W_OK) else None)
-        test.addCleanup(shutil.rmtree, self.path, ignore_errors=True)
+        self.path = fresh_folder(test, dir=IN_MEMORY if os.access(IN_MEMORY, os.W_OK) else None)
         self.folder = history_file.folder_of(self.path)
         self.file = os.path.join(self.folder, history_file.NAME)
         self.backups: set = set()
@@ -26,14 +24,11 @@ class Home:
 
     def write(self, content: bytes) -> None:
         """The history as these bytes."""
-        os.makedirs(self.folder, exist_ok=True)
-        with open(self.file, "wb") as file:
-            file.write(content)
+        put(self.file, content)
 
     def content(self) -> bytes:
         """The bytes of the history."""
-        with open(self.file, "rb") as file:
-            return file.read()
+        return Path(self.file).read_bytes()
 
     def names(self) -> list:
         """The files of the folder but the lock, those of backups without their time."""
@@ -50,8 +45,7 @@ class Home:
         """The numbers of the samples in all backups. One that has been read isn't read again."""
         for name in os.listdir(self.folder):
             if name.startswith(BACKUP) and name not in self.backups:
-                with open(os.path.join(self.folder, name), "rb") as file:
-                    self.in_backups.update(numbers(file.read().splitlines()))
+                self.in_backups.update(numbers(Path(self.folder, name).read_bytes().splitlines()))
                 self.backups.add(name)
         return self.in_backups
 

@@ -2,13 +2,13 @@
 """A made-up machine with schedulers: a home, cron's tables, and stub tools on a search path of its own."""
 import json
 import os
-import shutil
 import signal
 import sys
 import tempfile
 import time
+from pathlib import Path
 
-from fabricated_machine import COLLECTORS
+from fabricated_machine import COLLECTORS, fresh_folder, put
 
 SCRIPT = os.path.join(COLLECTORS, "automations_bridge.py")
 STUB = os.path.join(os.path.dirname(os.path.abspath(__file__)), "stub_scheduler.py")
@@ -21,14 +21,12 @@ TIMER = {
     "LoadState": "loaded", "ActiveState": "active", "UnitFileState": "enabled",
     "TimersCalendar": "{ OnCalendar=*-*-* 06:00:00 ; next_elapse=Thu 2026-11-26 06:00:00 UTC }",
     "NextElapseUSecRealtime": "Thu 2026-11-26 06:00:00 UTC", "NextElapseUSecMonotonic": "infinity",
-    "LastTriggerUSec": "Wed 2026-11-25 06:00:01 UTC", "FragmentPath": "/home/u/.config/systemd/user/x.timer",
-}
+    "LastTriggerUSec": "Wed 2026-11-25 06:00:01 UTC", "FragmentPath": "/home/u/.config/systemd/user/x.timer"}
 JOB = {
     "LoadState": "loaded", "ActiveState": "inactive", "Result": "success", "CanStart": "yes",
     "RefuseManualStart": "no", "InvocationID": "0" * 32, "ExecMainStatus": "0",
     "ExecMainStartTimestamp": "Wed 2026-11-25 06:00:01 UTC",
-    "ExecStart": "{ path=/bin/work ; argv[]=/bin/work --all ; ignore_errors=no ; pid=58 ; status=0 }",
-}
+    "ExecStart": "{ path=/bin/work ; argv[]=/bin/work --all ; ignore_errors=no ; pid=58 ; status=0 }"}
 
 
 class Schedulers:
@@ -42,8 +40,7 @@ class Schedulers:
         time.tzset()
         test.addCleanup(time.tzset)
         test.addCleanup(lambda: os.environ.pop("TZ") if previous is None else os.environ.update(TZ=previous))
-        self.root = tempfile.mkdtemp()
-        test.addCleanup(shutil.rmtree, self.root, ignore_errors=True)
+        self.root = fresh_folder(test)
         self.state = {"mode": {}, "linger": "yes", "user": {}, "system": {}}
         for folder in ("bin", "home", "etc", "proc", "spool"):
             os.mkdir(f"{self.root}/{folder}")
@@ -64,14 +61,16 @@ class Schedulers:
 
     def write(self, path: str, content, mode: int = 0o644) -> str:
         """A file below the root, with its folders. What isn't text or bytes is written as JSON."""
-        path = os.path.join(self.root, path)
-        os.makedirs(os.path.dirname(path), exist_ok=True)
         if not isinstance(content, (bytes, str)):
             content = json.dumps(content)
-        with open(path, "wb") as file:
-            file.write(content.encode() if isinstance(content, str) else content)
+        path = put(os.path.join(self.root, path), content.encode() if isinstance(content, str) else content)
         os.chmod(path, mode)
         return path
+
+    def without_tools(self) -> None:
+        """Leaves nothing on the search path."""
+        for tool in os.listdir(self.root + "/bin"):
+            os.remove(f"{self.root}/bin/{tool}")
 
     def save(self) -> None:
         self.write("state.json", self.state)
@@ -85,8 +84,7 @@ class Schedulers:
 
     def unit(self, name: str, scope: str = "user") -> dict:
         """A unit as the stub has it now."""
-        with open(self.root + "/state.json", encoding="utf-8") as file:
-            return json.load(file)[scope][name]
+        return json.loads(Path(self.root, "state.json").read_bytes())[scope][name]
 
     def registry(self, *entries, **document) -> None:
         self.write("home/" + REGISTRY, {"version": 1, "automations": list(entries), **document})
@@ -107,8 +105,7 @@ class Schedulers:
                 os.close(kept)
             file.seek(0)
             text = file.read()
-        assert status == 0 and text.isascii() and text.endswith(b"\n") and text.count(b"\n") == 1, (status,
-                                                                                                    text)
+        assert status == 0 and text.isascii() and text.find(b"\n") == len(text) - 1 >= 0, (status, text)
         return json.loads(text)
 
     def rows(self, *words: str) -> dict:
@@ -116,17 +113,10 @@ class Schedulers:
         return {f"{row['lane']}/{row['id']}": row
                 for row in self.bridge(*(words or ("list", "--refresh")))["automations"]}
 
-    def lane(self, key: str, *words: str) -> dict:
-        return next(lane for lane in self.bridge(*(words or ("list", "--refresh")))["lanes"]
-                    if lane["key"] == key)
-
     def act(self, op: str, identity: str, lane: str = "launchd") -> dict:
         return self.bridge("act", "--lane", lane, "--id", identity, "--op", op, "--confirm")
 
     def receipts(self) -> list:
         """All receipts, as they were written."""
-        path = f"{self.home}/{RECEIPTS}/2026-11-25.jsonl"
-        if not os.path.exists(path):
-            return []
-        with open(path, encoding="ascii") as file:
-            return [json.loads(line) for line in file]
+        path = Path(self.home, RECEIPTS, "2026-11-25.jsonl")
+        return list(map(json.loads, path.read_text("ascii").splitlines())) if path.exists() else []

@@ -9,13 +9,13 @@ import signal
 import subprocess
 import sys
 import time
+from pathlib import Path
 
 
 def stay(folder: str, then) -> None:
     """Works until it is stopped; what it started has left its group and listens to nobody."""
     child = subprocess.Popen(["sh", "-c", "trap '' TERM HUP; sleep 600; :"], start_new_session=True)
-    with open(folder + "/pids", "w", encoding="ascii") as file:
-        file.write(f"{os.getpid()} {child.pid}")
+    Path(folder, "pids").write_text(f"{os.getpid()} {child.pid}", "ascii")
     os.rename(folder + "/pids", folder + "/running")
     then()
     time.sleep(600)
@@ -25,8 +25,7 @@ def cut() -> None:
     """Ends the connection that it was started through."""
     pid = os.getpid()
     while pid > 1:
-        with open(f"/proc/{pid}/stat", encoding="ascii") as file:
-            head, _, tail = file.read().rpartition(")")
+        head, _, tail = Path(f"/proc/{pid}/stat").read_text("ascii").rpartition(")")
         if head.endswith("(sshd"):
             os.kill(pid, signal.SIGKILL)
             return
@@ -35,8 +34,7 @@ def cut() -> None:
 
 def main() -> int:
     folder = os.environ["HOME"]
-    with open(folder + "/started", "w", encoding="ascii"):
-        pass
+    Path(folder, "started").touch()
     task = sys.stdin.read()
     word = task.split(" ", 1)[0]
     if word == "eat":

@@ -16,9 +16,8 @@ server.bind("\0" + name[1:] if name[0] == "@" else name)
 server.listen(8)
 shell = subprocess.Popen(["claude", "300"], executable="/bin/sleep", cwd=folder,
                          env={**os.environ, "KITTY_LISTEN_ON": "unix:" + name})
-# The kernel says that it has started before it can tell its command line.
 while not open(f"/proc/{shell.pid}/cmdline", "rb").read():
-    pass
+    pass  # the kernel says that it has started before it can tell its command line
 TREE = [{"id": 1, "platform_window_id": 99, "tabs": [{"id": 1, "windows": [
     {"id": 7, "title": "it's\n'; #(touch x)", "pid": shell.pid, "cwd": "/", "is_focused": True},
     {"id": 8, "title": "other", "pid": 0}]}]}]
@@ -27,8 +26,7 @@ ODD = [3, {"tabs": 4}, {"tabs": [None, {"windows": {}}, {"windows": [{"id": "7"}
 ANSWERS = {
     "real": {"ok": True, "data": json.dumps(TREE)}, "odd": {"ok": True, "data": json.dumps(ODD)},
     "refuse": {"ok": False, "error": "Remote control is\ndisabled"}, "list": [1],
-    "shape": {"ok": True, "data": 5}, "text": {"ok": True, "data": "{"}, "wrong": {"ok": 1},
-}
+    "shape": {"ok": True, "data": 5}, "text": {"ok": True, "data": "{"}, "wrong": {"ok": 1}}
 print("ready", flush=True)
 while True:
     link, _ = server.accept()

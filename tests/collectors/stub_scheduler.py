@@ -51,8 +51,7 @@ def show(units, asked, properties):
 ABSENT = {
     "no bus": "Failed to connect to bus: No medium found",
     "not on the bus": "Failed to list units: The name org.freedesktop.systemd1 was not provided by any "
-                      ".service files",
-}
+                      ".service files"}
 """What systemctl says where no manager runs, by the mode that stands for it."""
 
 

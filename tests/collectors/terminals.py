@@ -2,14 +2,11 @@
 """Real tmux servers in a folder of their own, their clients on terminals that nobody sees; a stub kitty."""
 import os
 import pty
-import shutil
 import signal
 import subprocess
-import tempfile
 import threading
-import time
 
-import fabricated_machine  # noqa: F401  makes the collectors importable
+from fabricated_machine import fresh_folder, started, wait_for
 
 from ostrel_lib.places import Places
 from ostrel_lib.sessions.commands import listing, switched
@@ -18,22 +15,12 @@ from ostrel_lib.sessions.scene import Scene
 KITTY = os.path.join(os.path.dirname(os.path.abspath(__file__)), "stub_kitty.py")
 
 
-def wait_for(condition, what: str):
-    """What a condition gives once it is true."""
-    limit = time.monotonic() + 60
-    while not (value := condition()):
-        assert time.monotonic() < limit, "never came: " + what
-        time.sleep(0.02)
-    return value
-
-
 class Terminals:
     """The bench. Servers of other users of this machine's account are left alone and left out."""
 
     def __init__(self, test, environ=None) -> None:
         self.test = test
-        self.root = os.path.realpath(tempfile.mkdtemp(prefix="tm"))
-        test.addCleanup(shutil.rmtree, self.root, ignore_errors=True)
+        self.root = fresh_folder(test, prefix="tm")
         self.folder = f"{self.root}/tmux-{os.getuid()}"
         self.environ = {"TMUX_TMPDIR": self.root, **(environ or {})}
         self.path = os.environ["PATH"]
@@ -48,11 +35,8 @@ class Terminals:
     def start(self, *words: str, **options) -> subprocess.Popen:
         """A process that ends with the test."""
         environ = {"PATH": self.path, "HOME": self.root, "TERM": "xterm", **self.environ}
-        child = subprocess.Popen(words, env=environ, start_new_session=True, stderr=subprocess.DEVNULL,
-                                 **options)
-        self.test.addCleanup(child.wait)
-        self.test.addCleanup(child.kill)
-        return child
+        return started(self.test, *words, env=environ, start_new_session=True, stderr=subprocess.DEVNULL,
+                       **options)
 
     def tmux(self, *words: str, name: str = "default") -> str:
         """Carries out a command of a server, which may begin to run with it."""

@@ -22,8 +22,7 @@ GOOD = {
     "live_sessions": [{"name": "claude", "pid": "101", "rss": 250, "cpu": 3.0, "cmd": "claude"}],
     "trend": {"samples": 20, "swap_delta": 10, "load_delta": 5, "mcp_delta": 1},
     "history": [],
-    "verdict": {"level": "ok", "cause": ""},
-}
+    "verdict": {"level": "ok", "cause": ""}}
 
 
 def row(name: str, rss: int, cpu: float = 0, grp: str = "app", pid: int = 0, cmd: str = "") -> dict:
@@ -69,51 +68,56 @@ ONE_PEAK = samples(30, 30, 30, 30, 30, 45)
 HEAVY = {"label": "chrome", "cpu": 3.0, "rss": 9000, "risk": "stateful", "action": "close pages"}
 SHORT = {"level": "critical", "headline": "Memory is getting short", "cause": "Programs waited for it."}
 
+
+def pressed(level: str, percent: int, mb: int = 5000, by: str = "chrome with the most") -> tuple:
+    return level, f"memory pressure: {percent}% in use, {by}", mb
+
+
+def loaded(level: str, percent: int, mb: int = 0) -> tuple:
+    return level, f"load is {percent}% of the cores", mb
+
+
+def helped(level: str, count: int, mb: int = 0) -> tuple:
+    return level, f"{count} browser helpers, chrome with the most", mb
+
+
+RESIDUE = ("info", "swap is 50% full, of residue only", 2048)
+GROWTH = ("info", "growing: swap +614 mb", 614)
+ONE_COPY = "1 MCP server runs in copies"
+ALONE = "1 MCP server without an agent"
+NODE_BUSY = ("info", "node keeps 1.0 cores busy", 400)
+NODE = row("node", 400, 100)
+SEEN = ("critical", "Memory is getting short", 5000)
+UNOWNED = {"mcp": 1, "codex_mcp": 0, "claude_mcp": 0, "other_mcp": 1}
+
 GOLDEN = {
     "a sound machine": (machine(), []),
-    "memory short by itself": (
-        machine(*CHROME, ram=ram(85)),
-        [("warning", "memory pressure: 85% in use, chrome with the most", 5000)]),
+    "memory short by itself": (machine(*CHROME, ram=ram(85)), [pressed("warning", 85)]),
     "memory just not short": (machine(*CHROME, ram=ram(84)), []),
-    "memory short with a full swap": (
-        machine(*CHROME, ram=ram(80), swap=swap(80)),
-        [("warning", "memory pressure: 80% in use, chrome with the most", 5000)]),
+    "memory short with a full swap": (machine(*CHROME, ram=ram(80), swap=swap(80)), [pressed("warning", 80)]),
     "memory just not short with a full swap": (machine(*CHROME, ram=ram(79), swap=swap(80)), []),
     "memory high with a swap just not full": (machine(*CHROME, ram=ram(80), swap=swap(79)), []),
-    "memory gone": (
-        machine(row("claude", 900, grp="claude"), row("claude", 800, grp="claude"), ram=ram(95)),
-        [("critical", "memory pressure: 95% in use, mostly by what isn't listed", 1950)]),
-    "memory just not gone": (
-        machine(*CHROME, ram=ram(94)),
-        [("warning", "memory pressure: 94% in use, chrome with the most", 5000)]),
-    "memory and swap just not gone": (
-        machine(*CHROME, ram=ram(89), swap=swap(80)),
-        [("warning", "memory pressure: 89% in use, chrome with the most", 5000)]),
-    "memory and swap gone": (
-        machine(*CHROME, ram=ram(90), swap=swap(80)),
-        [("critical", "memory pressure: 90% in use, chrome with the most", 5000)]),
-    "memory short, and nothing listed": (
-        machine(ram=ram(90), live_sessions=[], offenders=[]),
-        [("warning", "memory pressure: 90% in use, by nothing that is listed", 0)]),
-    "swap left over": (machine(ram=ram(74), swap=swap(50)),
-                       [("info", "swap is 50% full, of residue only", 2048)]),
+    "memory gone": (machine(row("claude", 900, grp="claude"), row("claude", 800, grp="claude"), ram=ram(95)),
+                    [pressed("critical", 95, 1950, "mostly by what isn't listed")]),
+    "memory just not gone": (machine(*CHROME, ram=ram(94)), [pressed("warning", 94)]),
+    "memory and swap just not gone": (machine(*CHROME, ram=ram(89), swap=swap(80)), [pressed("warning", 89)]),
+    "memory and swap gone": (machine(*CHROME, ram=ram(90), swap=swap(80)), [pressed("critical", 90)]),
+    "memory short, and nothing listed": (machine(ram=ram(90), live_sessions=[], offenders=[]),
+                                         [pressed("warning", 90, 0, "by nothing that is listed")]),
+    "swap left over": (machine(ram=ram(74), swap=swap(50)), [RESIDUE]),
     "swap just not worth a word": (machine(swap=swap(49)), []),
     "swap that may be in use": (machine(ram=ram(75), swap=swap(95)), []),
     "swap without figures of memory": (machine(ram={"used_pct": 0, "used": 0}, swap=swap(95)), []),
     "no swap at all": (machine(swap={"total": 0, "used": 0, "used_pct": 0}), []),
-    "swap in use that grows": (
-        machine(swap=swap(60), trend={"swap_delta": 15, "samples": 5}),
-        [("info", "growing: swap +614 mb", 614)]),
+    "swap in use that grows": (machine(swap=swap(60), trend={"swap_delta": 15, "samples": 5}), [GROWTH]),
     "growth just too small": (machine(trend={"swap_delta": 14, "load_delta": 74, "mcp_delta": 3}), []),
     "growth over too few samples": (machine(trend={"swap_delta": 90, "samples": 4}), []),
     "swap that grew steadily": (
-        machine(swap=swap(45), trend={"swap_delta": 15, "samples": 6}, history=RISING),
-        [("info", "growing: swap +614 mb", 614)]),
+        machine(swap=swap(45), trend={"swap_delta": 15, "samples": 6}, history=RISING), [GROWTH]),
     "swap with one peak at the end": (
         machine(swap=swap(45), trend={"swap_delta": 15, "samples": 6}, history=ONE_PEAK), []),
     "swap that grew a lot": (
-        machine(swap=swap(40), trend={"swap_delta": 30}),
-        [("warning", "growing: swap +1.2 gb", 1228)]),
+        machine(swap=swap(40), trend={"swap_delta": 30}), [("warning", "growing: swap +1.2 gb", 1228)]),
     "swap that grew just not a lot": (
         machine(swap=swap(40), trend={"swap_delta": 29}), [("info", "growing: swap +1.2 gb", 1187)]),
     "a growth that can't be": (
@@ -123,97 +127,62 @@ GOLDEN = {
         [("warning", "growing: load +75% of the cores and mcp servers +4", 70)]),
     "a load of real work": (
         machine(row("cc", 300, 260), row("cc", 200, 140), load={"l1": 12.0, "l5": 9.0, "pct": 150}),
-        [("warning", "load is 150% of the cores", 500), ("info", "2 × cc keep cores busy", 500)]),
+        [loaded("warning", 150, 500), ("info", "2 × cc keep cores busy", 500)]),
     "a load just not high": (machine(load={"l1": 11.9, "l5": 11.0, "pct": 149}), []),
     "a load of the moment": (machine(load={"l1": 20.0, "l5": 7.9, "pct": 250}), []),
     "a load of waiting": (
-        machine(row("cp", 30, 30), load={"l1": 24.0, "l5": 16.0, "pct": 300}),
-        [("critical", "load is 300% of the cores", 0)]),
-    "a load just not extreme": (
-        machine(load={"l1": 23.9, "l5": 16.0, "pct": 299}), [("warning", "load is 299% of the cores", 0)]),
+        machine(row("cp", 30, 30), load={"l1": 24.0, "l5": 16.0, "pct": 300}), [loaded("critical", 300)]),
+    "a load just not extreme": (machine(load={"l1": 23.9, "l5": 16.0, "pct": 299}), [loaded("warning", 299)]),
     "an extreme load that is too young": (
-        machine(load={"l1": 24.0, "l5": 15.9, "pct": 300}), [("warning", "load is 300% of the cores", 0)]),
-    "a process that ran away": (
-        machine(row("node", 400, 90, pid=77), load={"l1": 1.2, "l5": 1.0}),
-        [("warning", "node keeps 0.9 cores busy", 400)]),
-    "two processes that ran away": (
-        machine(row("node", 400, 100), row("node", 300, 100), load={"l1": 2.0, "l5": 1.7}),
-        [("warning", "2 × node keep cores busy", 700)]),
+        machine(load={"l1": 24.0, "l5": 15.9, "pct": 300}), [loaded("warning", 300)]),
+    "a process that ran away": (machine(row("node", 400, 90, pid=77), load={"l1": 1.2, "l5": 1.0}),
+                                [("warning", "node keeps 0.9 cores busy", 400)]),
+    "two processes that ran away": (machine(NODE, row("node", 300, 100), load={"l1": 2.0, "l5": 1.7}),
+                                    [("warning", "2 × node keep cores busy", 700)]),
     "a process just not busy": (machine(row("node", 400, 89.9), load={"l1": 1.2, "l5": 1.0}), []),
-    "a process busy for a minute": (
-        machine(row("node", 400, 100), load={"l1": 0.8, "l5": 0.3}),
-        [("info", "node keeps 1.0 cores busy", 400)]),
-    "a process busy for a moment": (machine(row("node", 400, 100), load={"l1": 0.79, "l5": 0.3}), []),
+    "a process busy for a minute": (machine(NODE, load={"l1": 0.8, "l5": 0.3}), [NODE_BUSY]),
+    "a process busy for a moment": (machine(NODE, load={"l1": 0.79, "l5": 0.3}), []),
     "a busy process without load figures": (
-        machine(row("node", 400, 100), load={"l1": 0, "l5": 0, "ncpu": 0, "pct": 0}),
-        [("info", "node keeps 1.0 cores busy", 400)]),
-    "a busy process among others that load": (
-        machine(row("node", 400, 100), load={"l1": 2.1, "l5": 2.1}),
-        [("info", "node keeps 1.0 cores busy", 400)]),
-    "a job split up": (
-        machine(*(row("cc", 100, 100, pid=n) for n in (5, 6, 7)), load={"l1": 3.0, "l5": 2.5}),
-        [("info", "3 × cc keep cores busy", 300)]),
-    "many helpers": (
-        machine(fan={"chromium": 60}),
-        [("info", "60 browser helpers, chrome with the most", 0)]),
+        machine(NODE, load={"l1": 0, "l5": 0, "ncpu": 0, "pct": 0}), [NODE_BUSY]),
+    "a busy process among others that load": (machine(NODE, load={"l1": 2.1, "l5": 2.1}), [NODE_BUSY]),
+    "a job split up": (machine(*(row("cc", 100, 100, pid=n) for n in (5, 6, 7)), load={"l1": 3.0, "l5": 2.5}),
+                       [("info", "3 × cc keep cores busy", 300)]),
+    "many helpers": (machine(fan={"chromium": 60}), [helped("info", 60)]),
     "helpers just not many": (machine(fan={"chromium": 59}), []),
-    "many helpers where memory is scarce": (
-        machine(fan={"chromium": 60}, ram=ram(80)),
-        [("warning", "60 browser helpers, chrome with the most", 0)]),
-    "many helpers where it just isn't": (
-        machine(fan={"chromium": 60}, ram=ram(79)),
-        [("info", "60 browser helpers, chrome with the most", 0)]),
+    "many helpers in scarce memory": (machine(fan={"chromium": 60}, ram=ram(80)), [helped("warning", 60)]),
+    "many helpers where it just isn't": (machine(fan={"chromium": 60}, ram=ram(79)), [helped("info", 60)]),
     "helpers that hold a little less": (machine(*helpers(25, 163), fan={"chromium": 25}), []),
     "few helpers that hold much": (
-        machine(*helpers(25, 164), fan={"chromium": 25}),
-        [("warning", "25 browser helpers, chrome with the most", 4100)]),
+        machine(*helpers(25, 164), fan={"chromium": 25}), [helped("warning", 25, 4100)]),
     "helpers that hold just not much": (machine(*helpers(24, 300), fan={"chromium": 24}), []),
     "servers started twice by codex": (
-        machine(fan={"codex_mcp_duplicates": 1, "codex_mcp_duplicate_mb": 255}),
-        [("info", "1 MCP server runs in copies", 255)]),
-    "large copies": (
-        machine(fan={"codex_mcp_duplicates": 2, "codex_mcp_duplicate_mb": 256}),
-        [("warning", "2 MCP servers run in copies", 256)]),
+        machine(fan={"codex_mcp_duplicates": 1, "codex_mcp_duplicate_mb": 255}), [("info", ONE_COPY, 255)]),
+    "large copies": (machine(fan={"codex_mcp_duplicates": 2, "codex_mcp_duplicate_mb": 256}),
+                     [("warning", "2 MCP servers run in copies", 256)]),
     "a copy for each session": (machine(*servers(2, 400)), []),
-    "more copies than sessions": (
-        machine(*servers(3, 200), fan={"mcp": 3}),
-        [("warning", "1 MCP server runs in copies", 400)]),
+    "more copies than sessions": (machine(*servers(3, 200), fan={"mcp": 3}), [("warning", ONE_COPY, 400)]),
     "a server that forked": (machine(*servers(3, 200)), []),
     "servers that differ": (
         machine(*servers(2, 400), *servers(2, 400, cmd="notes-mcp b"), fan={"mcp": 4}), []),
-    "a server below no agent": (
-        machine(*servers(1, 90), fan={"other_mcp": 1}), [("info", "1 MCP server without an agent", 0)]),
-    "no server below an agent": (
-        machine(*servers(1, 90), fan={"mcp": 1, "codex_mcp": 0, "claude_mcp": 0, "other_mcp": 1}),
-        [("info", "1 MCP server without an agent", 90)]),
+    "a server below no agent": (machine(*servers(1, 90), fan={"other_mcp": 1}), [("info", ALONE, 0)]),
+    "no server below an agent": (machine(*servers(1, 90), fan=UNOWNED), [("info", ALONE, 90)]),
     "servers left behind by all sessions": (
-        machine(*servers(1, 90), sessions={"claude": 0, "codex": 0}, live_sessions=[],
-                fan={"mcp": 1, "codex_mcp": 0, "claude_mcp": 0, "other_mcp": 1}),
-        [("warning", "1 MCP server without an agent", 90)]),
+        machine(*servers(1, 90), sessions={"claude": 0, "codex": 0}, live_sessions=[], fan=UNOWNED),
+        [("warning", ALONE, 90)]),
     "servers of an agent that serves others": (machine(sessions={"claude": 0, "codex": 0}), []),
     "the gravest first, then what concerns more": (
         machine(*CHROME, *servers(3, 200), row("node", 50, 100, pid=9), ram=ram(96),
                 load={"l1": 1.0, "l5": 1.0}, trend={"swap_delta": 15}, fan={"mcp": 3}),
-        [("critical", "memory pressure: 96% in use, chrome with the most", 5000),
-         ("warning", "node keeps 1.0 cores busy", 50),
-         ("warning", "1 MCP server runs in copies", 400),
-         ("info", "growing: swap +614 mb", 614)]),
+        [pressed("critical", 96), ("warning", "node keeps 1.0 cores busy", 50), ("warning", ONE_COPY, 400),
+         GROWTH]),
     "what the collector knows of programs": (
-        machine(*CHROME, ram=ram(90), offenders=[HEAVY]),
-        [("warning", "memory pressure: 90% in use, chrome with the most", 9000)]),
-    "what only the collector saw": (
-        machine(*CHROME, verdict=SHORT), [("critical", "Memory is getting short", 5000)]),
+        machine(*CHROME, ram=ram(90), offenders=[HEAVY]), [pressed("warning", 90, 9000)]),
+    "what only the collector saw": (machine(*CHROME, verdict=SHORT), [SEEN]),
     "what the collector saw as graver": (
-        machine(*CHROME, ram=ram(90), verdict=SHORT),
-        [("critical", "Memory is getting short", 5000),
-         ("warning", "memory pressure: 90% in use, chrome with the most", 5000)]),
-    "what the rules saw as well": (
-        machine(*CHROME, ram=ram(95), verdict=SHORT),
-        [("critical", "memory pressure: 95% in use, chrome with the most", 5000)]),
-    "swap left over, while programs wait": (
-        machine(swap=swap(60), verdict=SHORT), [("critical", "Memory is getting short", 250)]),
-    "a verdict that memory can't be read": (machine(verdict={"level": "unknown", "headline": "x"}), []),
-}
+        machine(*CHROME, ram=ram(90), verdict=SHORT), [SEEN, pressed("warning", 90)]),
+    "what the rules saw as well": (machine(*CHROME, ram=ram(95), verdict=SHORT), [pressed("critical", 95)]),
+    "swap left over, while programs wait": (machine(swap=swap(60), verdict=SHORT), [(*SEEN[:2], 250)]),
+    "a verdict that memory can't be read": (machine(verdict={"level": "unknown", "headline": "x"}), [])}
 
 HOSTILE = (None, True, "", "9", [], {}, [None, 1, "x", [], {}], {"x": [], "": None}, -1, 0, 2.5, 1e300,
            float("inf"), float("nan"), 10**30, "\ud800\n\u202e" * 9000)
@@ -239,7 +208,6 @@ def with_value(snapshot: dict, path: tuple, value) -> dict:
 
 
 def analyze(data: bytes) -> dict:
-    """What the analyst says to an input."""
     reading, writing = os.pipe()
     child = os.fork()
     if child == 0:
@@ -267,10 +235,9 @@ class AnalystTest(unittest.TestCase):
                              {"level": str, "title": str, "body": str})
             self.assertLess(len(finding["title"] + finding["body"]), 2000)
             self.assertTrue(finding["title"].isprintable())
+        shape = {**dict.fromkeys(("label", "kind", "target", "reason", "risk"), str), "est_mb": int}
         for action in read["actions"]:
-            texts = dict.fromkeys(("label", "kind", "target", "reason", "risk"), str)
-            types = {key: type(value) for key, value in action.items()}
-            self.assertEqual(types, {**texts, "est_mb": int})
+            self.assertEqual({key: type(value) for key, value in action.items()}, shape)
             self.assertGreaterEqual(action["est_mb"], 0)
 
     def test_each_rule_speaks_from_its_edge_on_and_not_before(self):

@@ -3,10 +3,11 @@ import json
 import os
 import signal
 import subprocess
-import time
 import unittest
+from pathlib import Path
 
-from schedulers import NOW, RECEIPTS, SCRIPT, Schedulers
+from fabricated_machine import wait_for
+from schedulers import NOW, RECEIPTS, REGISTRY, SCRIPT, Schedulers
 
 from ostrel_lib import tools
 
@@ -37,8 +38,7 @@ class JournalTest(unittest.TestCase):
             "garbage", "{cut", '{"MESSAGE": null}', "[1]",
             entry(3, "Finished a.service - A.", "r1", True, MESSAGE_ID=DONE),
             entry(1, "Starting a.service", "r1", True),
-            entry(0, "forged", "r0", MESSAGE_ID=FAILED, UNIT_RESULT="x"),
-        ]
+            entry(0, "forged", "r0", MESSAGE_ID=FAILED, UNIT_RESULT="x")]
         box.write("journal-a.service", "\n".join(lines))
         answer = self.journal(box, "user:a.timer")
         self.assertEqual(answer, {
@@ -60,13 +60,10 @@ class JournalTest(unittest.TestCase):
             ("launchd", "user:gone.timer", "", "doesn't say what it starts"),
             ("launchd", "user:--version.timer\n", "", "no journal"),
             ("launchd", "root:a.timer", "", "no journal"),
-            ("launchd", "user:a.service", "", "no journal"), ("launchd", "cron:/etc/crontab:x", "",
-                                                              "any more"),
-            ("codex", "a", "", "no run of it"), ("cloud", "a", "", "of this lane"),
-            ("moon", "a", "", "no such job"),
-            ("launchd", "x" * 500, "", "no such job"),
-            ("systemd", "system:a.timer", "srv", "alias"),
-        ):
+            ("launchd", "user:a.service", "", "no journal"),
+            ("launchd", "cron:/etc/crontab:x", "", "any more"), ("codex", "a", "", "no run of it"),
+            ("cloud", "a", "", "of this lane"), ("moon", "a", "", "no such job"),
+            ("launchd", "x" * 500, "", "no such job"), ("systemd", "system:a.timer", "srv", "alias")):
             run, = self.journal(box, identity, lane, target)["journal"]
             self.assertTrue(words in run["line"] and not run["at"], (identity, run))
         self.assertIn("--id", box.bridge("journal", "--lane", "launchd", "--target", "")["error"])
@@ -98,8 +95,7 @@ class ActTest(unittest.TestCase):
             ("enable", {**off, "deaf": True}, {}, False, "had no full effect", "inactive, disabled"),
             ("disable", {"refuses": True}, {}, False, "Access denied", "active, enabled"),
             ("disable", {"for_all_users": True}, {}, False, "enabled for all users", "inactive, enabled"),
-            ("enable", {"UnitFileState": "static", "ActiveState": "inactive"}, {}, False, "own interface",
-             ""),
+            ("enable", {**off, "UnitFileState": "static"}, {}, False, "own interface", ""),
             ("enable", {"LoadState": "masked"}, {}, False, "can't be loaded: masked", ""),
             ("run", {}, {}, True, "run · a.service · ran to its end", "inactive"),
             ("run", {}, {"outcome": "goes on"}, True, "is running", "active"),
@@ -107,8 +103,7 @@ class ActTest(unittest.TestCase):
             ("run", {}, {"outcome": "never"}, False, "hasn't begun", "inactive"),
             ("run", {}, {"ActiveState": "activating"}, False, "running already", "activating"),
             ("run", {}, {"RefuseManualStart": "yes"}, False, "by hand", ""),
-            ("run", {"Unit": "$(x)"}, {}, False, "doesn't say what", ""),
-        ):
+            ("run", {"Unit": "$(x)"}, {}, False, "doesn't say what", "")):
             box = Schedulers(self)
             box.timer("a.timer", job=job, **timer)
             answer = box.act(op, "user:a.timer")
@@ -126,21 +121,16 @@ class ActTest(unittest.TestCase):
         box.timer("a.timer", "system")
         box.timer("a.timer")
         box.tool("systemctl", f'echo "$@" >> "{box.root}/asked"; exit 1')
-        refused = (
+        refused = [
             ("disable", "system:a.timer", "launchd"), ("run", "cron:crontab:1", "launchd"),
-            ("enable", "user:a.timer", "systemd"),
-            ("run", "a", "codex"), ("disable", "a", "orca"), ("run", "a", "cloud"), ("run", "a", "registry"),
-            ("plan", "a", "registry"),
-            ("enable", "user:--root=/x", "launchd"), ("enable", "user:a.service", "launchd"),
-            ("enable", "user:$(id).timer", "launchd"),
-            ("enable", "user:a.timer\nb.timer", "launchd"), ("enable", "user:../a.timer", "launchd"),
-            ("enable", "user:a@.timer", "launchd"),
-            ("enable", "user:" + "x" * 300 + ".timer", "launchd"), ("enable", "user:.timer", "launchd"),
-            ("enable", "a.timer", "launchd"),
-            ("stop", "user:a.timer", "launchd"), ("", "user:a.timer", "launchd"), ("enable", "", "launchd"),
-            ("enable", "user:a.timer", ""),
-            ("enable", "user:\udcff.timer", "launchd"), ("plan", "user:a.timer", "launchd"),
-        )
+            ("enable", "user:a.timer", "systemd"), ("enable", "user:a.timer", ""), ("run", "a", "codex"),
+            ("disable", "a", "orca"), ("run", "a", "cloud"), ("run", "a", "registry"),
+            ("plan", "a", "registry"), ("stop", "user:a.timer", "launchd"), ("", "user:a.timer", "launchd"),
+            ("plan", "user:a.timer", "launchd")]
+        refused += [("enable", identity, "launchd") for identity in (
+            "user:--root=/x", "user:a.service", "user:$(id).timer", "user:a.timer\nb.timer",
+            "user:../a.timer", "user:a@.timer", "user:" + "x" * 300 + ".timer", "user:.timer", "a.timer", "",
+            "user:\udcff.timer")]
         for op, identity, lane in refused:
             answer = box.act(op, identity, lane)
             self.assertEqual((answer["ok"], bool(answer["error"]), bool(answer["receipt"])),
@@ -150,8 +140,7 @@ class ActTest(unittest.TestCase):
                       ("--lane", "launchd", "--id", "user:a.timer", "--op", "enable", "--confirm", "x")):
             self.assertFalse(box.bridge("act", *words)["ok"], words)
         self.assertEqual([receipt["result"] for receipt in box.receipts()], ["refused"] * (len(refused) + 5))
-        self.assertEqual(sorted(os.listdir(box.root)), sorted(["bin", "etc", "home", "proc", "spool",
-                                                               "state.json"]))
+        self.assertEqual(set(os.listdir(box.root)), {"bin", "etc", "home", "proc", "spool", "state.json"})
 
     def test_switching_on_asks_the_registry_and_the_quota_first(self):
         entry_ = {"lane": "launchd", "id": "user:a.timer"}
@@ -164,12 +153,10 @@ class ActTest(unittest.TestCase):
             ([{**entry_, "min_quota_pct": 15}], told, ""),
             ([{"lane": "launchd", "id": "user:other.timer", "blocked": True}], "", ""),
             ([entry_, "fault"], "", "entry 2"),
-            ("broken", "", "no list"),
-        ):
+            ("broken", "", "no list")):
             box = Schedulers(self)
             box.timer("a.timer", ActiveState="inactive", UnitFileState="disabled")
-            box.write("home/.config/zol-mini-apps/ostrel-automations.json",
-                      {"version": 1, "automations": registry})
+            box.write("home/" + REGISTRY, {"version": 1, "automations": registry})
             box.write("home/.codex/sessions/2026/11/25/rollout.jsonl", session)
             answer = box.act("enable", "user:a.timer")
             self.assertEqual(answer["ok"], not words, answer)
@@ -198,8 +185,7 @@ class ActTest(unittest.TestCase):
         path = box.write(f"home/{RECEIPTS}/2026-11-25.jsonl", '{"kind": "stop"}\n{"kind": "cl')
         box.act("run", "x", "cloud")
         box.act("run", 'quote"\nline', "cloud")
-        with open(path, encoding="ascii") as file:
-            lines = file.read().split("\n")
+        lines = Path(path).read_text("ascii").split("\n")
         self.assertEqual(lines[:2], ['{"kind": "stop"}', '{"kind": "cl'])
         self.assertEqual([json.loads(line)["id"] for line in lines[2:4]], ["x", 'quote"\nline'])
         self.assertEqual(lines[4:], [""])
@@ -208,19 +194,16 @@ class ActTest(unittest.TestCase):
         box = Schedulers(self)
         box.registry({"lane": "cloud", "id": "../../x\n`id`", "title": "Cloud # job", "schedule": "daily"})
         box.rows()
-        with open(box.root + "/state.json", "rb") as file:
-            before = file.read()
+        state = Path(box.root, "state.json")
+        before = state.read_bytes()
         answer = box.act("plan", "../../x\n`id`", "cloud")
         folder = box.home + "/Library/Application Support/Ostrel/plans"
         name, = os.listdir(folder)
         self.assertTrue(answer["ok"] and name in answer["message"], answer)
-        with open(f"{folder}/{name}", encoding="utf-8") as file:
-            text = file.read()
-        self.assertTrue(text.startswith("# Transfer of Cloud # job\n") and "- schedule: daily\n" in text,
-                        text)
+        text = Path(folder, name).read_text("utf-8")
+        self.assertTrue(text.startswith("# Transfer of Cloud # job\n") and "- schedule: daily\n" in text)
         self.assertFalse(box.act("plan", "other", "cloud")["ok"])
-        with open(box.root + "/state.json", "rb") as file:
-            self.assertEqual(file.read(), before)
+        self.assertEqual(state.read_bytes(), before)
 
     def begun(self, *words):
         """A bridge whose first tool hangs, once that runs, and the tool's number."""
@@ -230,18 +213,14 @@ class ActTest(unittest.TestCase):
             ["/usr/bin/python3", "-B", SCRIPT, *words], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
             env={"HOME": box.home, "PATH": box.root + "/bin"})
         self.addCleanup(child.stdout.close)
-        limit = time.monotonic() + 60
-        while not os.path.exists(box.root + "/pid"):
-            self.assertLess(time.monotonic(), limit)
-            time.sleep(0.01)
-        with open(box.root + "/pid", encoding="ascii") as file:
-            return child, int(file.read())
+        pid = Path(box.root, "pid")
+        wait_for(pid.exists, "the tool")
+        return child, int(pid.read_text("ascii"))
 
     def test_a_bridge_that_is_ended_or_unread_leaves_no_child_but_an_unread_action_goes_on(self):
-        act, tool = self.begun("act", "--lane", "launchd", "--id", "user:a.timer", "--op", "enable",
-                               "--confirm")
-        unread, tool_of_unread = self.begun("act", "--lane", "launchd", "--id", "user:b.timer", "--op",
-                                            "enable", "--confirm")
+        enable = ("act", "--lane", "launchd", "--op", "enable", "--confirm", "--id")
+        act, tool = self.begun(*enable, "user:a.timer")
+        unread, tool_of_unread = self.begun(*enable, "user:b.timer")
         unread.stdout.close()
         for words in (("list", "--refresh"), ("journal", "--lane", "launchd", "--id", "user:a.timer")):
             for asked in (True, False):
@@ -261,8 +240,7 @@ class ActTest(unittest.TestCase):
             self.assertFalse(os.path.exists(f"/proc/{its_tool}"))
         answer = json.loads(out or b"{}")
         self.assertIn("ended in the middle", answer["error"])
-        with open(answer["receipt"], encoding="ascii") as file:
-            self.assertEqual(json.loads(file.read())["result"], "interrupted")
+        self.assertEqual(json.loads(Path(answer["receipt"]).read_text("ascii"))["result"], "interrupted")
 
 
 class ToolsTest(unittest.TestCase):
@@ -280,12 +258,11 @@ class ToolsTest(unittest.TestCase):
         for script, problem, failure, status in (
             ("exit 0", "", "", 0), ("echo why >&2; echo more >&2; exit 3", "", "why", 3),
             ("exit 4", "", "ended with status 4", 4),
-            ("kill -9 $$", "", "ended with status -9", -9), ("trap '' TERM; /bin/sleep 300 & wait",
-                                                             "gave no answer within 1 s", "", -1),
+            ("kill -9 $$", "", "ended with status -9", -9),
+            ("trap '' TERM; /bin/sleep 300 & wait", "gave no answer within 1 s", "", -1),
             ("exec /usr/bin/yes", "printed more than 1 MiB", "", -1),
             ("exec /usr/bin/yes >&2", "printed more than 1 MiB", "", -1),
-            ("exec >&- 2>&-; exec /bin/sleep 300", "gave no answer within 1 s", "", -1),
-        ):
+            ("exec >&- 2>&-; exec /bin/sleep 300", "gave no answer within 1 s", "", -1)):
             box.tool("bad", script)
             outcome = tools.run(box.places, ["bad"], 1.0 if "sleep" in script else 60.0, most=1 << 20)
             self.assertIn(problem, outcome.problem)
@@ -299,6 +276,5 @@ class ToolsTest(unittest.TestCase):
         box = Schedulers(self)
         box.tool("leaver", f'/bin/sleep 300 & echo $! > "{box.root}/pid"; echo answer')
         outcome = tools.run(box.places, ["leaver"], 250.0)
-        with open(box.root + "/pid", encoding="ascii") as file:
-            os.kill(int(file.read()), signal.SIGKILL)
+        os.kill(int(Path(box.root, "pid").read_text("ascii")), signal.SIGKILL)
         self.assertEqual((outcome.out, outcome.failure), (b"answer\n", ""))  # and no "gave no answer within"

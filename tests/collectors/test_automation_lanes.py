@@ -7,6 +7,7 @@ import unittest
 from schedulers import NOW, REGISTRY, Schedulers
 
 from ostrel_lib.automations import agents, cron, crontime, quota, registry
+from ostrel_lib.places import iso
 from ostrel_lib.tools import Deadline
 
 
@@ -23,26 +24,19 @@ class CronTest(unittest.TestCase):
     def test_the_next_run_is_the_next_minute_that_fits_all_fields(self):
         box = self.box()
         for fields, expected in (
-            ("* * * * *", "2026-11-25T08:01"), ("0 8 * * *", "2026-11-26T08:00"),
-            ("*/7 9-11/2 * * *", "2026-11-25T09:00"),
-            ("30 3 1-7 * 0", "2026-11-29T03:30"), ("0 0 13 * fri", "2026-11-27T00:00"),
-            ("0 0 29 feb *", "2028-02-29T00:00"),
+            ("* * * * *", "2026-11-25T08:01"), ("0 8 * * *", "2026-11-26T08:00"), ("0 0 31 2 *", ""),
+            ("*/7 9-11/2 * * *", "2026-11-25T09:00"), ("30 3 1-7 * 0", "2026-11-29T03:30"),
+            ("0 0 13 * fri", "2026-11-27T00:00"), ("0 0 29 feb *", "2028-02-29T00:00"),
             ("5,10 0 1 1 *", "2027-01-01T00:05"), ("0 12 * * 7", "2026-11-29T12:00"),
-            ("0 0 * * Mon-Wed", "2026-11-30T00:00"),
-            ("@weekly", "2026-11-29T00:00"), ("10/20 * * * *", "2026-11-25T08:10"),
-            ("0 0 */2 * 1", "2026-12-07T00:00"),
-            ("0 0 31 2 *", ""),
-        ):
+            ("0 0 * * Mon-Wed", "2026-11-30T00:00"), ("@weekly", "2026-11-29T00:00"),
+            ("10/20 * * * *", "2026-11-25T08:10"), ("0 0 */2 * 1", "2026-12-07T00:00")):
             at = crontime.next_time(crontime.rhythm(fields), box.now)
-            from ostrel_lib.places import iso
             self.assertEqual(iso(at)[:16] if at else "", expected, fields)
 
     def test_fields_that_cron_would_refuse_have_no_rhythm(self):
         for fields in ("", "* * * *", "60 * * * *", "* 24 * * *", "* * 0 * *", "* * * 13 *", "* * * * 8",
-                       "5-1 * * * *",
-                       "*/0 * * * *", "a * * * *", "-1 * * * *", "1,,2 * * * *", "@never", "* * * * * *",
-                       "\u0663 * * * *",
-                       "1-99999999999 * * * *"):
+                       "5-1 * * * *", "*/0 * * * *", "a * * * *", "-1 * * * *", "1,,2 * * * *", "@never",
+                       "* * * * * *", "\u0663 * * * *", "1-99999999999 * * * *"):
             self.assertIsNone(crontime.rhythm(fields), fields)
 
     def test_tables_are_read_as_cron_reads_them(self):
@@ -68,20 +62,17 @@ class CronTest(unittest.TestCase):
             ["php · [ -x x ] && clean a=b", "09,39 * * * *", "www-data", "/etc/cron.d/php",
              "2026-11-25T08:09:00+00:00"],
             ["cron.daily", "daily, 5 min after the start", "root", "/etc/anacrontab", ""],
-            ["m", "monthly, 15 min after the start", "root", "/etc/anacrontab", ""],
-        ])
+            ["m", "monthly, 15 min after the start", "root", "/etc/anacrontab", ""]])
         self.assertEqual({row["state"] for row in found.rows}, {"enabled"})
         os.remove(box.root + "/bin/anacron")
         self.assertEqual([row["active"] for row in cron_of(box).rows], [True] * 4 + [False] * 2)
         self.assertEqual((found.alerts, found.rows[4]["last_run"]), ([], "2026-11-24"))
-        self.assertTrue(all(row["active"] and not row["toggles"] and not row["can_run"]
-                            for row in found.rows))
+        self.assertTrue(all(row["active"] and not row["toggles"] | row["can_run"] for row in found.rows))
 
     def test_a_job_keeps_its_id_while_other_lines_come_and_go_and_twins_differ(self):
-        lines = ["0 1 * * * root a", "0 2 * * * root b", "0 1 * * * root a"]
-        first = [line.id for line in cron.parse("\n".join(lines).encode(), True)[0]]
-        later = [line.id for line in cron.parse("\n".join(["# x", "0 3 * * * root c", *lines]).encode(),
-                                                True)[0]]
+        lines = b"0 1 * * * root a\n0 2 * * * root b\n0 1 * * * root a"
+        first, later = ([line.id for line in cron.parse(table, True)[0]]
+                        for table in (lines, b"# x\n0 3 * * * root c\n" + lines))
         self.assertEqual((len(set(first)), later[1:]), (3, first))
 
     def test_without_a_daemon_a_table_is_listed_and_not_active(self):
@@ -143,13 +134,13 @@ class AgentsTest(unittest.TestCase):
         found = agents.codex_jobs(box.places)
         self.assertEqual([row["id"] for row in found.rows], ["a", "two\nlines:colon", "d"])
         first, second, _ = found.rows
-        self.assertEqual([first[key] for key in ("title", "schedule", "state", "last_run", "last_result",
-                                                 "next_run")],
-                         ["Release notes", "every week at 09:00 on FR", "enabled",
-                          "2026-11-25T07:59:00+00:00", "failed",
-                          "2026-11-25T08:01:00+00:00"])
-        self.assertEqual([second[key] for key in ("title", "schedule", "state", "active", "last_result")],
-                         ["two lines:colon", "every now and then", "paused", False, "unobserved"])
+        self.assertLessEqual({
+            "title": "Release notes", "schedule": "every week at 09:00 on FR", "state": "enabled",
+            "last_run": "2026-11-25T07:59:00+00:00", "last_result": "failed",
+            "next_run": "2026-11-25T08:01:00+00:00"}.items(), first.items())
+        self.assertLessEqual({
+            "title": "two lines:colon", "schedule": "every now and then", "state": "paused", "active": False,
+            "last_result": "unobserved", "next_run": ""}.items(), second.items())
         self.assertEqual(found.alerts, ["codex: c/automation.toml: it isn't TOML"])
         answer = box.bridge("journal", "--lane", "codex", "--id", "a", "--target", "")
         self.assertEqual([list(run.values()) for run in answer["journal"]], [
@@ -163,15 +154,12 @@ class AgentsTest(unittest.TestCase):
         state = {
             "automations": [
                 {"id": "r1", "name": "Triage", "enabled": True, "agentId": "claude",
-                 "rrule": "FREQ=HOURLY;BYMINUTE=5",
-                 "nextRunAt": (NOW + 300) * 1000, "lastRunAt": (NOW - 300) * 1000},
-                {"id": "r2", "enabled": False, "nextRunAt": NOW * 1000}, {"id": 5}, "text",
-                {"name": "no id"}],
-            "automationRuns": [{"automationId": "r1", "status": "completed", "startedAt": 5000},
-                               {"automationId": "r1", "status": "dispatch_failed", "error": "no host",
-                                "startedAt": 9000}, "text",
-                               {"automationId": 7}],
-        }
+                 "rrule": "FREQ=HOURLY;BYMINUTE=5", "nextRunAt": (NOW + 300) * 1000},
+                {"id": "r2", "enabled": False, "nextRunAt": NOW * 1000, "lastRunAt": (NOW - 300) * 1000},
+                {"id": 5}, "text", {"name": "no id"}],
+            "automationRuns": [
+                {"automationId": "r1", "status": "completed", "startedAt": 5000}, "text", {"automationId": 7},
+                {"automationId": "r1", "status": "dispatch_failed", "error": "no host", "startedAt": 9000}]}
         box.write("home/.config/orca/orca-data.json", state)
         box.write("home/.config/orca/profiles/work/orca-data.json",
                   {"automations": [{"id": "r2"}, {"id": "w", "enabled": True}]})
@@ -181,7 +169,8 @@ class AgentsTest(unittest.TestCase):
         self.assertEqual([found.rows[0][key] for key in ("schedule", "executor", "last_result", "next_run")],
                          ["every hour at minute 5", "claude", "failed: dispatch",
                           "2026-11-25T08:05:00+00:00"])
-        self.assertEqual((found.rows[1]["state"], found.rows[1]["next_run"]), ("paused", ""))
+        self.assertEqual([found.rows[1][key] for key in ("state", "next_run", "last_run")],
+                         ["paused", "", "2026-11-25T07:55:00+00:00"])
         self.assertEqual((found.observed, len(found.alerts)), (True, 4))
         answer = box.bridge("journal", "--lane", "orca", "--id", "r1", "--target", "")
         self.assertEqual([(run["at"][11:23], run["status"], run["line"]) for run in answer["journal"]],
@@ -192,10 +181,9 @@ class AgentsTest(unittest.TestCase):
         folder = "home/.codex/sessions/2026/11/"
 
         def event(used, at="2026-11-25T07:50:00.123Z", **window):
-            limits = {"primary": {"used_percent": used, "window_minutes": 300, "resets_at": NOW + 600,
-                                  **window},
-                      "secondary": {"used_percent": 77.5, "window_minutes": 10080,
-                                    "resets_in_seconds": 86400}}
+            limits = {
+                "primary": {"used_percent": used, "window_minutes": 300, "resets_at": NOW + 600, **window},
+                "secondary": {"used_percent": 77.5, "window_minutes": 10080, "resets_in_seconds": 86400}}
             return json.dumps({"timestamp": at, "type": "event_msg",
                                "payload": {"type": "token_count", "rate_limits": limits}})
 
@@ -226,9 +214,8 @@ class RegistryTest(unittest.TestCase):
             ({"version": 1}, "no list"), ({"version": 1, "automations": [entry] * 10001}, "more than 10000"),
             (b'{"version": 1, "automations": [{"lane": "cloud", "id": "a", "min_quota_pct": NaN}]}',
              "isn't JSON"),
-            (b" " * (5 << 20), "larger than 4 MiB"), (b'{"version": 1' + b"1" * 5000 + b"}",
-                                                      "isn't JSON that can be read"),
-        ):
+            (b" " * (5 << 20), "larger than 4 MiB"),
+            (b'{"version": 1' + b"1" * 5000 + b"}", "isn't JSON that can be read")):
             box = Schedulers(self)
             box.write("home/" + REGISTRY, content)
             loaded = registry.load(box.places)
@@ -243,12 +230,10 @@ class RegistryTest(unittest.TestCase):
     def test_faulty_entries_are_named_and_the_others_count(self):
         box = Schedulers(self)
         good = {"lane": "cloud", "id": "a:b\nc", "title": "Two\nlines", "active": True, "family": "dot"}
-        faulty = (5, {"lane": "cloud"}, {"id": "x"}, {**good, "lane": "moon"}, {**good, "id": ""},
-                  {**good, "id": "x" * 401},
-                  {**good, "id": "n\0l"}, {**good, "titel": "x"}, {**good, "id": "\ud800"},
-                  {**good, "title": 5}, {**good, "active": "yes"},
-                  {**good, "family": "cube"}, {**good, "schedule": "x" * 1001},
-                  {**good, "min_quota_pct": 101}, good)
+        faulty = (5, {"lane": "cloud"}, {"id": "x"}, *({**good, **fault} for fault in (
+            {"lane": "moon"}, {"id": ""}, {"id": "x" * 401}, {"id": "n\0l"}, {"titel": "x"}, {"id": "\ud800"},
+            {"title": 5}, {"active": "yes"}, {"family": "cube"}, {"schedule": "x" * 1001},
+            {"min_quota_pct": 101}, {})))
         box.registry(good, *faulty)
         loaded = registry.load(box.places)
         self.assertEqual([fault.split(":")[0] for fault in loaded.faults],

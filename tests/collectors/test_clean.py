@@ -1,10 +1,9 @@
 # SPDX-License-Identifier: Apache-2.0
-import json
-import subprocess
 import unittest
+from pathlib import Path
 
-from fabricated_machine import Machine
-from test_live_machine import SYSTEM_PATH, run
+from fabricated_machine import Machine, waiting
+from test_live_machine import SYSTEM_PATH, answer
 
 from ostrel_lib.maintenance import clean
 
@@ -27,8 +26,7 @@ def machine(test, *processes, first: str = "/sbin/init") -> Machine:
 def lead_a_session(box: Machine, pid: int) -> None:
     """The process leads its session, as one does that a service manager starts."""
     path = f"proc/{pid}/stat"
-    with open(f"{box.root}/{path}", "rb") as file:
-        words = file.read().split(b" ")
+    words = Path(box.root, path).read_bytes().split(b" ")
     words[5] = b"%d" % pid
     box.write(path, b" ".join(words))
 
@@ -55,8 +53,7 @@ class CleanTest(unittest.TestCase):
             ("of a parent that isn't shown", [], [(11, 10, *SERVER)], ""),
             ("of a container's own program", [], [(11, 1, *SERVER)], "claude"),
             ("in a circle", [], [(11, 12, *shell), (12, 11, *SERVER)], "/sbin/init"),
-            ("several, the largest first", [12, 11], [(11, 1, "a-mcp"), (12, 1, "b-mcp")], "/sbin/init"),
-        ):
+            ("several, the largest first", [12, 11], [(11, 1, "a-mcp"), (12, 1, "b-mcp")], "/sbin/init")):
             servers = sum(argv[0] == "node" or argv[0].endswith("-mcp") for _, _, *argv in processes)
             self.assertEqual(self.audit(machine(self, *processes, first=first)), (servers, expected), case)
 
@@ -68,21 +65,15 @@ class CleanTest(unittest.TestCase):
             if leads:
                 lead_a_session(box, 11)
             self.assertEqual(self.audit(box), (1, expected), (group, leads))
-
-    def test_no_process_and_no_reading_of_them_is_an_audit_too(self):
+        # No process, and no reading of them, is an audit too.
         self.assertEqual(self.audit(Machine(self)), (0, []))
         self.assertEqual(clean("/nowhere/at/all"),
                          {"mcp_processes": 0, "found": 0, "terminated": 0, "detached": []})
 
     def test_the_script_counts_a_server_and_leaves_it_alone(self):
-        waiting = ["/usr/bin/python3", "-c", "print(flush=True); input()"]
-        server = subprocess.Popen(["marked-mcp", *waiting[1:]], executable=waiting[0], stdin=subprocess.PIPE,
-                                  stdout=subprocess.PIPE)
-        self.addCleanup(server.communicate, b"\n")
-        server.stdout.readline()
-        done = run("clean", PATH=SYSTEM_PATH)
-        self.assertEqual((done.returncode, done.stderr, done.stdout.count(b"\n")), (0, b"", 1))
-        answer = json.loads(done.stdout)
-        self.assertGreaterEqual(answer["mcp_processes"], 1)
-        self.assertNotIn(server.pid, [found["pid"] for found in answer["detached"]])
+        script = "print(flush=True); input()"
+        server = waiting(self, "marked-mcp", "-c", script, executable="/usr/bin/python3")
+        told = answer("clean", PATH=SYSTEM_PATH)
+        self.assertGreaterEqual(told["mcp_processes"], 1)
+        self.assertNotIn(server.pid, [found["pid"] for found in told["detached"]])
         self.assertIsNone(server.poll())

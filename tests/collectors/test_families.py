@@ -1,12 +1,26 @@
 # SPDX-License-Identifier: Apache-2.0
+import os
 import random
 import unittest
+from collections import Counter
 
 from fabricated_machine import TICKS, Machine
 
 from ostrel_lib.families import Kind, bundle
 
 NODE_MODULES = "/usr/lib/node_modules/"
+
+DESKTOP_KEYS = ("sessions mcp claude_mcp codex_mcp other_mcp codex_mcp_duplicates codex_mcp_duplicate_mb"
+                " browser node python3 claude codex chromium_bundles codex_node_repl qmd").split()
+DESKTOPS = {
+    "gnome-agents.tsv": [{"claude": 7, "codex": 3}, 22, 12, 8, 2, 1, 65, 44, 15, 7, 7, 7,
+                         {"chrome": 42, "code": 8}, 1, 1],
+    "kde-browsers.tsv": [{"claude": 1, "codex": 0}, 1, 1, 0, 0, 0, 0, 92, 1, 1, 1, 0, {
+        "chrome": 28, "brave": 20, "msedge": 15, "chromium": 12, "slack": 6, "Discord": 4, "obsidian": 4,
+        "QtWebEngineProcess": 3}],
+    "server-containers.tsv": [{"claude": 2, "codex": 1}, 5, 3, 1, 1, 0, 0, 0, 3, 2, 2, 2, {}]}
+"""What a person counts in each table."""
+FIRST_OF_THE_USER = 1000
 
 
 def judge(command: str) -> tuple[str, str]:
@@ -26,8 +40,7 @@ class FamiliesTest(unittest.TestCase):
             "": ("vim|claude", "/opt/claude/server", "claude-runner", "Claude", "bash|-c|claude --resume",
                  "node|-e|claude", "node|/srv/app.js|claude", "node|/srv/cli.js", "claude|mcp|serve",
                  "codex|app-server", "codex|-c|a=b|--profile|work|mcp-server", "codex|--version",
-                  "/opt/claude/claude|--type=renderer"),
-        }.items():
+                 "/opt/claude/claude|--type=renderer")}.items():
             for command in commands:
                 self.assertEqual(judge(command)[0], session, command)
 
@@ -43,11 +56,9 @@ class FamiliesTest(unittest.TestCase):
                    "podman|container|run|mcp/fetch"),
             False: ("npm exec @scope/notes-mcp", "uv|tool|uvx|notes-mcp", "docker|mcp|gateway", "tcmpcd",
                     "claude|mcp|list", "docker|run|-v|/home/u/mcp:/src|node", "docker|exec|-i|mcp-box|sh",
-                    "docker|logs|run",
-                    "sh|-c|notes-mcp", "vim|mcp-server.py", "claude|--mcp-config|mcp.json",
+                    "docker|logs|run", "sh|-c|notes-mcp", "vim|mcp-server.py", "claude|--mcp-config|mcp.json",
                     "python3|-c|import mcp", "node|/home/u/mcp-tools/node_modules/vite/bin/vite.js",
-                    "/opt/chrome/chrome|--user-data-dir=/tmp/mcp-chrome", "mcpelauncher-client"),
-        }.items():
+                    "/opt/chrome/chrome|--user-data-dir=/tmp/mcp-chrome", "mcpelauncher-client")}.items():
             for command in commands:
                 self.assertEqual(judge(command)[1] == "mcp", served, command)
 
@@ -111,11 +122,41 @@ class FamiliesTest(unittest.TestCase):
         for pid, (comm, command, _) in enumerate(HELPERS, 10):
             box.process(pid, *command.split("|"), comm=comm)
         fan = box.snapshot()["fan"]
-        wanted = {}
-        for _, _, bundle in HELPERS:
-            if bundle:
-                wanted[bundle] = wanted.get(bundle, 0) + 1
+        wanted = Counter(application for _, _, application in HELPERS if application)
         self.assertEqual((fan["chromium"], fan["chromium_bundles"]), (sum(wanted.values()), wanted))
+
+
+class DesktopsTest(unittest.TestCase):
+    maxDiff = None
+
+    def assert_counts(self, snapshot: dict, name: str) -> None:
+        found = {"sessions": snapshot["sessions"], **snapshot["fan"]}
+        self.assertEqual(found.pop("chromium"), sum(found["chromium_bundles"].values()))
+        self.assertEqual(found, dict(zip(DESKTOP_KEYS, DESKTOPS[name])), name)
+
+    def test_agents_servers_and_browsers_of_whole_desktops_are_counted_right(self):
+        for name in DESKTOPS:
+            box = Machine(self)
+            box.desktop(name)
+            self.assert_counts(box.snapshot(), name)
+        for listed in (False, True):  # other users' processes hidden as hidepid=2 does it, and hidepid=1
+            box = Machine(self)
+            box.desktop("gnome-agents.tsv", shown=lambda pid: pid > FIRST_OF_THE_USER)
+            for pid in (1, 901, 902) if listed else ():
+                os.makedirs(os.path.join(box.root, "proc", str(pid)))
+            self.assert_counts(box.snapshot(), "gnome-agents.tsv")
+
+    def test_the_programs_that_weigh_most_are_told_together_with_what_to_do(self):
+        box = Machine(self)
+        box.write("proc/meminfo", b"MemTotal: 33554432 kB\nMemFree: 1 kB\nMemAvailable: 16777216 kB\n")
+        box.desktop("gnome-agents.tsv")
+        snapshot = box.snapshot()
+        told = [(row["label"], row["risk"]) for row in snapshot["offenders"]]
+        self.assertEqual(told, [("chrome", "stateful")])
+        self.assertIn("holds 27% of memory (8.8 gb in 44 processes)", snapshot["offenders"][0]["reason"])
+        self.assertEqual(snapshot["verdict"]["cause"],
+                         "16.0 gb of 32.0 gb can still be handed out, 10 agent sessions and 22 MCP servers"
+                         " run, and chrome holds the most, 8.8 gb in 44 processes.")
 
 
 HELPERS = (
@@ -126,6 +167,5 @@ HELPERS = (
     (b"electron", "/usr/lib/electron34/electron|--type=renderer|--app-path=/usr/lib/notes/app.asar", "notes"),
     (b"electron", "/usr/lib/electron34/electron --type=zygote", "electron"),
     (b"Discord", "/proc/self/exe|--type=utility", "Discord"),
-    (b"x", "systemd-run|--type=oneshot|x", ""), (b"python3", "python3|watch.py|--type=renderer", ""),
-)
+    (b"x", "systemd-run|--type=oneshot|x", ""), (b"python3", "python3|watch.py|--type=renderer", ""))
 """The kernel's name, the command line, and whose helper it is."""

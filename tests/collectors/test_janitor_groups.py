@@ -1,9 +1,12 @@
 # SPDX-License-Identifier: Apache-2.0
 import os
+import shutil
 import subprocess
 import sys
 import unittest
+from pathlib import Path
 
+from fabricated_machine import waiting
 from janitor_home import CACHE, DEBUG, Home
 
 GIT = ["git", "-c", "init.defaultBranch=main", "-c", "user.name=x", "-c", "user.email=x@x"]
@@ -135,29 +138,23 @@ class GroupsTest(unittest.TestCase):
                 home.age(f".npm/_npx/{name}/{folder}", days)
             return home.at(f".npm/_npx/{name}")
 
-        def child(*argv: str, **more) -> None:
-            process = subprocess.Popen(argv, stdin=subprocess.PIPE, stdout=subprocess.PIPE, **more)
-            self.addCleanup(process.communicate, b"\n")
-            process.stdout.readline()
-
         package("free")
         package("young", days=1)
         home.age(package("written") + "/node_modules", days=1)
         home.age(package("touched"), days=1)
         package("argument")
         with open(package("open") + "/package.json", "rb") as file:
-            child(sys.executable, "-c", script, stderr=file)
-        child(sys.executable, "-c", script, "../_npx/argument/node_modules/tool/cli.js")
-        child(sys.executable, "-c", script, cwd=package("folder") + "/node_modules")
+            waiting(self, sys.executable, "-c", script, stderr=file)
+        waiting(self, sys.executable, "-c", script, "../_npx/argument/node_modules/tool/cli.js")
+        waiting(self, sys.executable, "-c", script, cwd=package("folder") + "/node_modules")
         home.age(package("mapped"))
         mapping = "f = open(sys.argv[1].replace('@', '_npx/mapped')); m = mmap.mmap(f.fileno(), 0, prot=1);"
-        child(sys.executable, "-c", script.replace("print", mapping + " f.close(); print", 1),
-              home.at(".npm/@/package.json"))
+        waiting(self, sys.executable, "-c", script.replace("print", mapping + " f.close(); print", 1),
+                home.at(".npm/@/package.json"))
         binary = package("program") + "/python"
-        with open(os.path.realpath(sys.executable), "rb") as source, open(binary, "wb") as copy:
-            copy.write(source.read())
+        shutil.copy(os.path.realpath(sys.executable), binary)
         os.chmod(binary, 0o755)
-        child(binary, "-c", script)
+        waiting(self, binary, "-c", script)
         for path in (binary, home.at(".npm/_npx/program")):
             home.age(path)
         self.assertEqual({path.split("/")[2] for path in home.listed("agents-deep")}, {"free"})
@@ -174,9 +171,7 @@ class GroupsTest(unittest.TestCase):
             subprocess.run([*GIT, *arguments], cwd=where, check=True, stdout=subprocess.DEVNULL)
 
         ignored = "build/\ndist\n.next\nout/\ntarget\ncoverage/*\nnode_modules\n"
-        home.write("code/app/.gitignore")
-        with open(project + "/.gitignore", "w", encoding="ascii") as file:
-            file.write(ignored)
+        Path(home.write("code/app/.gitignore")).write_text(ignored, "ascii")
         goes = ("build/a.o", "build/deep/b.o", "sub/dist/c.js", ".next/d")
         for path in goes:
             home.write("code/app/" + path, days=15)
@@ -197,9 +192,7 @@ class GroupsTest(unittest.TestCase):
         self.assertIn("~/.config/ostrel/product-roots", home.preview("product-builds")["error"])
 
         def roots(*lines: str) -> None:
-            home.write(".config/ostrel/product-roots")
-            with open(home.at(".config/ostrel/product-roots"), "w", encoding="utf-8") as file:
-                file.write("\n".join(lines) + "\n")
+            Path(home.write(".config/ostrel/product-roots")).write_text("\n".join(lines) + "\n", "utf-8")
 
         for line in ("/etc", "~", "~/", home.path, home.path + "/../outside", "code", "~/./code"):
             roots("~/code/app", line)

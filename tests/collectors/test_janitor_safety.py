@@ -8,6 +8,8 @@ import socket
 import subprocess
 import time
 import unittest
+from pathlib import Path
+from unittest import mock
 
 from janitor_home import CACHE, DEBUG, Home
 
@@ -239,11 +241,9 @@ class SafetyTest(unittest.TestCase):
                 raise OSError(5, "Input/output error")
             return unlink(path, **more)
 
-        unlink, os.unlink = os.unlink, failing
-        try:
+        unlink = os.unlink
+        with mock.patch.object(os, "unlink", failing):
             removed, _, error = self.home.clean("agents-light")
-        finally:
-            os.unlink = unlink
         self.assertEqual((removed, error), (2, "stopped: Input/output error"))
         self.assertEqual([len(self.home.files()), self.home.receipts[0]["removed"]], [2, 2])
 
@@ -264,8 +264,7 @@ class SafetyTest(unittest.TestCase):
                 os.kill(attacker, signal.SIGTERM)
                 os.waitpid(attacker, 0)
         self.assertEqual([path for path in kept if not os.path.exists(path)], [])
-        with open(home.root + "/swaps", encoding="ascii") as file:
-            self.assertGreater(int(file.read()), 2000)
+        self.assertGreater(int(Path(home.root, "swaps").read_text("ascii")), 2000)
         self.assertGreater(removed, 20)
 
 
@@ -297,8 +296,7 @@ def swap(home: Home):
                 swaps += rename(AT_FDCWD, one, AT_FDCWD, other, RENAME_EXCHANGE) == 0
                 yield
     finally:
-        with open(home.root + "/swaps", "w", encoding="ascii") as file:
-            file.write(str(swaps))
+        Path(home.root, "swaps").write_text(str(swaps), "ascii")
 
 
 def refill(home: Home, names: list[str]):
@@ -322,98 +320,3 @@ def refill(home: Home, names: list[str]):
                 os.utime(file, (1, 1))
                 os.close(file)
             yield
-
-
-class KilledRunTest(unittest.TestCase):
-    def test_a_killed_run_gets_a_receipt_of_what_really_went_and_a_running_one_gets_none(self):
-        for size in (200, 8000, 30000):
-            home = Home(self)
-            for number in range(1500):
-                home.write(f"{DEBUG}/{number % 7}/{number}", size=1)
-            run = subprocess.Popen(home.command("clean", "--group=agents-light", "--apply"),
-                                   env=home.environment, stdout=subprocess.DEVNULL)
-            self.addCleanup(run.wait)
-            self.addCleanup(run.kill)
-            folder = home.at("Library/Application Support/Ostrel/receipts")
-            until = time.monotonic() + 30
-            while time.monotonic() < until and run.poll() is None:
-                records = [entry for entry in os.scandir(folder)] if os.path.isdir(folder) else []
-                if records and records[0].stat().st_size > size:
-                    break
-            run.send_signal(signal.SIGSTOP)
-            self.assertEqual(home.receipts, [])
-            run.kill()
-            run.wait()
-            left = len(home.files())
-            receipts = [home.receipts for _ in range(2)][1]
-            self.assertTrue(0 < left < 1500, left)
-            told = [(row["kind"], row["group"], row["removed"], row["freed_mb"]) for row in receipts]
-            self.assertEqual(told, [("clean", "agents-light", 1500 - left, round((1500 - left) / 256, 2))])
-            self.assertEqual([name for name in os.listdir(folder) if not name.endswith(".jsonl")], [])
-
-    def test_an_attempt_without_an_outcome_is_settled_by_what_is_on_the_disk(self):
-        for there, removed in ((True, 1), (False, 2)):
-            home = Home(self)
-            name = "two\n\udcff"
-            path = home.write(f"{DEBUG}/{name}", size=1 << 20)
-            record = progress.Progress(home.path, "agents-deep")
-            for entry in plan_of(self, home, "agents-light"):
-                record.trying(entry)
-                record.tried(8192)
-                record.trying(entry)
-            os.close(record._file)  # as the end of its process does
-            if not there:
-                os.unlink(path)
-            receipt = home.receipts[0]
-            self.assertEqual((receipt["removed"], receipt["freed_mb"], receipt["group"]),
-                             (removed, 0.01 if there else 1.01, "agents-deep"))
-
-    def test_a_run_that_wrote_its_receipt_and_was_killed_gets_a_second_one_only_if_that_is_not_whole(self):
-        for torn in (0, 1, 2, 40):
-            home = Home(self)
-            record = progress.Progress(home.path, "agents-deep")
-            unlink, os.unlink = os.unlink, lambda *_, **__: None
-            try:
-                record.finish()
-            finally:
-                os.unlink = unlink
-            folder = home.at("Library/Application Support/Ostrel/receipts")
-            day, = (name for name in os.listdir(folder) if name.endswith(".jsonl"))
-            os.truncate(f"{folder}/{day}", os.path.getsize(f"{folder}/{day}") - torn)
-            self.assertEqual([len(home.receipts) for _ in range(2)], [1, 1], torn)
-
-    def test_what_is_no_record_beside_the_receipts_is_passed_over(self):
-        home = Home(self)
-        folder = "Library/Application Support/Ostrel/receipts/"
-        for name in ("clean-1.progress", "clean-2.progress", "else.progress"):
-            home.write(folder + name, size=9000)
-        home.link(folder + "clean-3.progress", home.write(home.outside + "/a"))
-        os.mkfifo(home.at(folder + "clean-4.progress"))
-        home.write(folder + "clean-5.progress", size=0)
-        self.assertEqual(home.receipts, [])
-        self.assertEqual((len(os.listdir(home.at(folder))), os.listdir(home.outside)), (5, ["a"]))
-
-    def test_a_full_disk_does_not_stop_what_makes_room_on_it(self):
-        home = Home(self)
-        for number in range(3):
-            home.write(f"{DEBUG}/{number}")
-        write = os.write
-
-        def full(descriptor, data):
-            if b".claude" in data and len(home.files()) > 1:
-                raise OSError(28, "No space left on device")
-            return write(descriptor, data)
-
-        os.write = full
-        try:
-            self.assertEqual(home.clean("agents-light"), (3, 0, ""))
-        finally:
-            os.write = write
-        self.assertEqual(home.receipts[0]["removed"], 3)
-
-
-def plan_of(test, home: Home, group: str):
-    """The entries of a plan, one by one."""
-    folder = open_home(home.path)
-    test.addCleanup(folder.close)
-    return plan(group, folder, [], KeepOut(folder), time.time_ns())

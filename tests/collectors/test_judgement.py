@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 import os
 import unittest
+from pathlib import Path
 
 from fabricated_machine import TICKS, Machine
 
@@ -38,11 +39,8 @@ class JudgementTest(unittest.TestCase):
             ("ok", 8.0, 4.0, 40.0, 0.0), ("ok", 1.7, 4.0, 9.9, 2.9), ("ok", 1.5, 1.0, 0.0, 0.0),
             ("warning", 7.9, 4.0, 10.0, 0.0), ("warning", 4.0, 4.0, 0.0, 3.0),
             ("warning", 1.5, 0.9, 0.0, 0.0), ("critical", 3.1, 4.0, 0.0, 10.0),
-            ("critical", 0.6, 4.0, 0.0, 0.0), ("critical", 1.5, 0.3, 10.0, 0.0),
-        ):
+            ("critical", 0.6, 4.0, 0.0, 0.0), ("critical", 1.5, 0.3, 10.0, 0.0)):
             self.assertEqual(machine(self, *given).snapshot()["verdict"]["level"], level, given)
-
-    def test_the_cause_names_what_is_left_and_who_holds_it(self):
         self.assertEqual(
             machine(self, available=0.5, some=12.4).snapshot()["verdict"]["cause"],
             "512 mb of 16.0 gb can still be handed out and programs waited for it 12% of the last ten"
@@ -60,17 +58,14 @@ class JudgementTest(unittest.TestCase):
 
     def test_a_busy_program_comes_before_a_heavy_one(self):
         box = machine(self)
-        box.process(20, "/usr/bin/cc1plus")
-        box.process(21, "/usr/bin/cc1plus")
-        box.process(22, "/usr/bin/idle")
         box.process(23, "/opt/" + "n" * 99, mib=1800)
 
-        def between():
-            box.process(20, "/usr/bin/cc1plus", ticks=TICKS * 4 // 100)
-            box.process(21, "/usr/bin/cc1plus", ticks=TICKS * 6 // 100)
-            box.process(22, "/usr/bin/idle", ticks=TICKS * 9 // 100)
+        def work(ticks: int = 0):
+            for pid, name, share in ((20, "cc1plus", 4), (21, "cc1plus", 6), (22, "idle", 9)):
+                box.process(pid, "/usr/bin/" + name, ticks=ticks * share // 100)
 
-        rows = [list(row.values()) for row in box.snapshot(between)["offenders"]]
+        work()
+        rows = [list(row.values()) for row in box.snapshot(lambda: work(TICKS))["offenders"]]
         self.assertEqual([row[:3] + [row[4]] for row in rows],
                          [["cc1plus", 50.0, 2, "transient"], ["chrome", 0.0, 2048, "stateful"],
                           ["n" * 39 + "…", 0.0, 1800, "stateful"]])
@@ -78,13 +73,11 @@ class JudgementTest(unittest.TestCase):
     def test_the_disk_and_copies_of_servers_are_told_from_their_thresholds_on(self):
         for free, total, held, headline in (
             (1.9, 100.0, 0, "The disk is almost full"), (2.0, 100.0, 0, None), (1.9, 60.0, 0, None),
-            (9.0, 100.0, 512, "MCP servers run in copies"), (9.0, 100.0, 511, None),
-        ):
+            (9.0, 100.0, 512, "MCP servers run in copies"), (9.0, 100.0, 511, None)):
             fan = {"mcp": 4, "codex_mcp_duplicates": 1, "codex_mcp_duplicate_mb": held}
-            load = {"l1": 0.0, "l5": 0.0, "ncpu": 1, "pct": 0}
             facts = Facts({b"MemTotal": 9, b"MemAvailable": 9}, None, [], {
-                "load": load, "trend": {"swap_delta": 0}, "fan": fan, "sessions": {"claude": 0, "codex": 0},
-            }, {"free_gb": free, "total_gb": total})
+                "load": {"l1": 0.0, "l5": 0.0, "ncpu": 1, "pct": 0}, "trend": {"swap_delta": 0}, "fan": fan,
+                "sessions": {"claude": 0, "codex": 0}}, {"free_gb": free, "total_gb": total})
             told = verdict(facts)["headline"]
             self.assertEqual(told, headline or "Memory pressure is normal", (free, held))
 
@@ -93,13 +86,11 @@ class JudgementTest(unittest.TestCase):
             ([10, 10, 10, 10, 40, 40, 40], "swap +30 points of its size over 6 min", "up", 30),
             ([40, 40, 40, 10, 10], "swap -30 points of its size over 4 min", "down", -30),
             ([10, 10, 90, 10, 10, 14, 90], "steady over 6 min", "flat", 4),
-            ([10, 10, 10, 90], "history warming up", "flat", 0),
-        ):
+            ([10, 10, 10, 90], "history warming up", "flat", 0)):
             found = trend(samples(swaps), NOW)
             told = (found["summary"], found["direction"], found["swap_delta"])
             self.assertEqual(told, (summary, direction, delta))
-
-    def test_samples_of_yesterday_or_tomorrow_or_without_a_time_are_no_trend(self):
+        # What is of yesterday or tomorrow, or without a time, is none.
         old = samples([90] * 9, step=3600)
         for foreign in ([{"swap": 90, "load": 1, "mcp": 1}], [{**old[-1], "t": NOW + 60}]):
             found = trend(old[:-3] + foreign * 9 + samples([5] * 5), NOW)
@@ -111,8 +102,7 @@ class JudgementTest(unittest.TestCase):
             box.time += 60
             swap_free = 4.0 if turn < 4 else 2.0
             grown = machine(self, available=4.0, swap_free=swap_free)
-            with open(grown.root + "/proc/meminfo", "rb") as file:
-                box.write("proc/meminfo", file.read())
+            box.write("proc/meminfo", Path(grown.root, "proc/meminfo").read_bytes())
             snapshot = box.snapshot()
         self.assertEqual([sample["swap"] for sample in snapshot["history"]], [0] * 4 + [50] * 5)
         self.assertEqual((snapshot["history_state"], snapshot["trend"]["samples"]), ("recorded", 9))

@@ -2,11 +2,11 @@
 import json
 import os
 import subprocess
-import tempfile
 import time
 import unittest
+from pathlib import Path
 
-from fabricated_machine import COLLECTORS
+from fabricated_machine import COLLECTORS, fresh_folder, put, started, waiting
 
 from ostrel_lib import history_file
 from ostrel_lib.files import read_list
@@ -14,8 +14,6 @@ from ostrel_lib.processes import look_twice
 
 SCRIPT = os.path.join(COLLECTORS, "ostrel.py")
 SYSTEM_PATH = "/usr/bin:/bin:/usr/sbin:/sbin"
-
-
 COMMAND = ["/usr/bin/python3", "-B", SCRIPT]
 
 AGENT = """
@@ -29,11 +27,19 @@ for child in children:
 """Starts a server for each argument, as an agent does, until its input ends."""
 
 
-def run(*arguments: str, **environment: str) -> subprocess.CompletedProcess:
-    """The real script, started as the panel does, with nothing but these variables."""
+def run(*arguments: str, script: str = "ostrel.py", **environment: str) -> subprocess.CompletedProcess:
+    """A real script, started as the panel does, with nothing but these variables."""
     return subprocess.run(
-        [*COMMAND, *arguments], stdin=subprocess.DEVNULL, capture_output=True, timeout=60, env=environment,
-        check=False)
+        ["/usr/bin/python3", "-B", f"{COLLECTORS}/{script}", *arguments], stdin=subprocess.DEVNULL,
+        capture_output=True, timeout=60, env=environment, check=False)
+
+
+def answer(*arguments: str, **environment: str) -> dict:
+    """The script's answer, which is one line of JSON."""
+    done = run(*arguments, **environment)
+    if done.returncode or done.stderr or done.stdout.count(b"\n") != 1:
+        raise AssertionError((arguments, done))
+    return json.loads(done.stdout)
 
 
 def start_agent(name: str, *servers: str) -> subprocess.Popen:
@@ -46,26 +52,17 @@ def start_agent(name: str, *servers: str) -> subprocess.Popen:
 
 
 def kernel_field(path: str, name: str) -> int:
-    with open(path, encoding="ascii", errors="replace") as file:
-        return next(int(line.split()[1]) for line in file if line.startswith(name + ":"))
+    lines = Path(path).read_text("ascii", "replace").splitlines()
+    return next(int(line.split()[1]) for line in lines if line.startswith(name + ":"))
 
 
 class LiveMachineTest(unittest.TestCase):
     def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.home = folder.name
-
-    def snapshot(self) -> dict:
-        done = run("json", HOME=self.home)
-        self.assertEqual((done.returncode, done.stderr), (0, b""))
-        return json.loads(done.stdout)
+        self.home = fresh_folder(self)
 
     def test_the_script_answers_in_any_environment_with_one_line_that_agrees_with_the_kernel(self):
         for environment in ({}, {"PATH": SYSTEM_PATH, "LC_ALL": "C", "PYTHONSAFEPATH": "1"}):
-            done = run("json", HOME=self.home, **environment)
-            self.assertEqual((done.returncode, done.stderr, done.stdout.count(b"\n")), (0, b"", 1))
-            snapshot = json.loads(done.stdout)
+            snapshot = answer("json", HOME=self.home, **environment)
             ram = snapshot["ram"]
             total = kernel_field("/proc/meminfo", "MemTotal") / 1048576
             self.assertAlmostEqual(ram["total"], total, delta=0.001)
@@ -75,7 +72,7 @@ class LiveMachineTest(unittest.TestCase):
 
     def test_real_agents_and_their_servers_are_counted(self):
         def counts() -> list:
-            found = self.snapshot()
+            found = answer("json", HOME=self.home)
             keys = ("mcp", "codex_mcp", "claude_mcp", "codex_mcp_duplicates", "claude", "codex")
             return [found["fan"][key] for key in keys] + [*found["sessions"].values()]
 
@@ -91,9 +88,7 @@ class LiveMachineTest(unittest.TestCase):
         self.assertEqual([now - then for now, then in zip(during, before)], [4, 3, 1, 1, 1, 1, 1, 1])
 
     def test_collectors_at_once_all_answer_while_processes_come_and_go_and_save_what_they_say(self):
-        churn = subprocess.Popen(["/bin/sh", "-c", "while :; do /bin/true; done"])
-        self.addCleanup(churn.wait)
-        self.addCleanup(churn.kill)
+        started(self, "/bin/sh", "-c", "while :; do /bin/true; done")
         running = [subprocess.Popen([*COMMAND, "json"], env={"HOME": self.home}, stdout=subprocess.PIPE)
                    for _ in range(8)]
         answers = [json.loads(child.communicate()[0]) for child in running]
@@ -105,19 +100,27 @@ class LiveMachineTest(unittest.TestCase):
     def test_a_childs_memory_and_command_line_are_the_kernels(self):
         work = "x = b'x' * (64 << 20); print(flush=True); input()"
         command = ["/usr/bin/python3", "-c", work, "marked"]
-        child = subprocess.Popen(command, stdin=subprocess.PIPE, stdout=subprocess.PIPE)
-        self.addCleanup(child.communicate, b"\n")
-        child.stdout.readline()
+        child = waiting(self, *command)
         listed = {process.pid: process for process in look_twice("/proc", time.monotonic, lambda _: None)}
         self.assertNotIn(os.getpid(), listed)
         found = listed[child.pid]
         resident = kernel_field(f"/proc/{child.pid}/status", "VmRSS")
         self.assertAlmostEqual(found.rss / 1024, resident, delta=1024)
-        with open(f"/proc/{child.pid}/maps", "rb") as file:  # the kernel gives a page at a time
-            self.assertEqual(read_list(f"/proc/{child.pid}/maps"), file.read())
+        maps = f"/proc/{child.pid}/maps"  # of which the kernel gives a page at a time
+        self.assertEqual(read_list(maps), Path(maps).read_bytes())
         self.assertEqual((found.cmdline.decode().split("\0"), found.ppid), (command, os.getpid()))
 
-    def test_a_command_that_does_not_exist_is_refused_in_one_line(self):
-        for arguments in ([], ["json", "more"], ["two\nlines \udcff"]):
-            done = run(*arguments, PATH=SYSTEM_PATH)
-            self.assertEqual((done.returncode, done.stdout, done.stderr.count(b"\n")), (2, b"", 1), arguments)
+    def test_a_command_that_does_not_exist_is_refused_in_one_line_and_does_nothing(self):
+        kept = put(self.home + "/.claude/debug/a", b"")
+        os.utime(kept, (1, 1))
+        for script, *commands in (
+            ("ostrel.py", [], ["json", "more"], ["two\nlines \udcff"]),
+            ("session_bridge.py", [], ["lists"], ["list", "x"]),
+            ("ostrel_janitor.py", [], ["json"], ["clean", "--group=agents-light"], ["clean", "--apply"],
+             ["preview"], ["clean", "--group=agents-light", "--apply=no"], ["groups", "--protected=a"],
+             ["clean", "--group", "agents-light", "--apply"], ["kill-preview", "\udcff\n"])):
+            for arguments in commands:
+                done = run(*arguments, script=script, PATH=SYSTEM_PATH, HOME=self.home)
+                told = done.returncode, done.stdout, done.stderr.count(b"\n")
+                self.assertEqual(told, (2, b"", 1), (script, arguments))
+        self.assertTrue(os.path.exists(kept))

@@ -1,6 +1,8 @@
 # SPDX-License-Identifier: Apache-2.0
 import os
+import shutil
 import unittest
+from pathlib import Path
 
 from fabricated_machine import TICKS, Machine
 
@@ -32,7 +34,7 @@ class ProcessesTest(unittest.TestCase):
 
         def between():
             box.process(10, "second", ticks=5000, start=999)
-            box.end(11)
+            shutil.rmtree(box.root + "/proc/11")
 
         self.assertEqual(list(rows(box.snapshot(between))), ["12"])
 
@@ -59,8 +61,7 @@ class ProcessesTest(unittest.TestCase):
         box = Machine(self)
         box.process(10, "kept")
         for name in ("stat", "statm", "cmdline"):
-            with open(f"{box.root}/proc/10/{name}", "rb") as file:
-                box.write("elsewhere/12/" + name, file.read())
+            box.write("elsewhere/12/" + name, Path(box.root, "proc/10", name).read_bytes())
         box.link("proc/12", box.root + "/elsewhere/12")
         for pid, linked in ((13, "stat"), (14, "cmdline")):
             box.process(pid, "kept")
@@ -87,7 +88,6 @@ class ProcessesTest(unittest.TestCase):
         box.process(12, "kept")
         os.symlink("11", os.path.join(box.root, "proc/self"))
         box.write("proc/1a/stat", b"1 (x) S " + b"0 " * 40)
-
         self.assertEqual(list(rows(box.snapshot())), ["12"])
 
     def test_the_list_holds_the_forty_largest_and_the_forty_busiest(self):

@@ -5,11 +5,12 @@ import shutil
 import signal
 import subprocess
 import tempfile
-import time
 import unittest
+from pathlib import Path
 
-from fabricated_machine import COLLECTORS
+from fabricated_machine import COLLECTORS, started, wait_for
 from loopback_server import LoopbackServer, sshd_can_run
+from test_live_machine import kernel_field
 
 from ostrel_lib.files import read
 from ostrel_lib.places import Places
@@ -71,18 +72,11 @@ class RemoteTest(unittest.TestCase):
                 os.unlink(f"{self.home}/{name}")
         shutil.copy(CODEX, self.tools + "/codex")
         os.chmod(self.tools + "/codex", 0o755)
-        self.tool("systemctl", "exit 1")
-
-    def tool(self, name: str, script: str) -> None:
-        self.server.write("server/" + name, f"#!/bin/sh\n{script}\n")
-        os.chmod(f"{self.tools}/{name}", 0o755)
+        self.server.tool("server/systemctl", "exit 1")
 
     def begin(self) -> subprocess.Popen:
-        child = subprocess.Popen(
-            ["/usr/bin/python3", "-B", SCRIPT], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
-            env={"PATH": self.root + "/bin:/usr/bin:/bin", "HOME": self.root})
-        self.addCleanup(child.wait)
-        self.addCleanup(child.kill)
+        child = started(self, "/usr/bin/python3", "-B", SCRIPT, stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+                        env={"PATH": self.root + "/bin:/usr/bin:/bin", "HOME": self.root})
         self.addCleanup(child.stdout.close)
         return child
 
@@ -98,19 +92,13 @@ class RemoteTest(unittest.TestCase):
         return answer["result"]
 
     def await_end(self, pids) -> None:
-        limit = time.monotonic() + 60
         for pid in pids:
-            while os.path.exists(f"/proc/{pid}/exe"):
-                self.assertLess(time.monotonic(), limit, "it outlived its task")
-                time.sleep(0.02)
+            wait_for(lambda: not os.path.exists(f"/proc/{pid}/exe"), "the end of what a task had started")
 
     def await_running(self) -> list:
-        limit = time.monotonic() + 60
-        while not os.path.exists(self.home + "/running"):
-            self.assertLess(time.monotonic(), limit)
-            time.sleep(0.02)
-        with open(self.home + "/running", encoding="ascii") as file:
-            return [int(word) for word in file.read().split()]
+        running = Path(self.home, "running")
+        wait_for(running.exists, "the task")
+        return list(map(int, running.read_text("ascii").split()))
 
     def test_a_server_tells_its_capacity_whatever_its_login_prints(self):
         child = self.begin()
@@ -120,8 +108,7 @@ class RemoteTest(unittest.TestCase):
         self.assertEqual((answer["id"], answer["ok"]), ("ID", True))
         found = answer["result"]
         self.assertEqual(found["cpuCount"], os.sysconf("SC_NPROCESSORS_ONLN"))
-        with open("/proc/meminfo", encoding="ascii") as file:
-            available = next(int(line.split()[1]) >> 10 for line in file if line.startswith("MemAvailable:"))
+        available = kernel_field("/proc/meminfo", "MemAvailable") >> 10
         self.assertAlmostEqual(found["memory"]["availableMB"] / available, 1, delta=0.5)
         self.assertIs(type(found["load1"]), float)
 
@@ -200,24 +187,21 @@ class RemoteTest(unittest.TestCase):
     def test_systemd_sets_the_caps_where_it_can(self):
         os.makedirs(self.root + "/cgroup", exist_ok=True)
         self.server.write("cgroup/cgroup.controllers", "cpuset cpu io memory pids\n")
-        self.tool("systemctl", f'echo "$*" >>{self.root}/asked\n'
-                               f'[ "$2" = stop ] || echo ControlGroup=/../../..{self.root}/cgroup')
-        self.tool("systemd-run", f'printf "%s\\n" "$@" >{self.root}/words\n'
-                                 'while [ "$1" != -- ]; do shift; done; shift; exec "$@"')
+        self.server.tool("server/systemctl", f'echo "$*" >>{self.root}/asked\n'
+                         f'[ "$2" = stop ] || echo ControlGroup=/../../..{self.root}/cgroup')
+        self.server.tool("server/systemd-run", f'printf "%s\\n" "$@" >{self.root}/words\n'
+                         'while [ "$1" != -- ]; do shift; done; shift; exec "$@"')
         preview = self.result(apply=False, profile="eco")
         self.assertEqual(preview["effectiveCaps"], {
             "cpu": "50%", "memoryHigh": "1024 MB", "memoryMax": "1536 MB", "timeoutSeconds": 60,
             "enforcedBy": "capped by systemd"})
         self.assertFalse(os.path.exists(self.root + "/words"))
         self.assertEqual(self.result(profile="eco")["exitCode"], 3)
-        with open(self.root + "/words", encoding="ascii") as file:
-            words = file.read().split("\n")[:-1]
-        self.assertEqual(words, [
+        self.assertEqual(Path(self.root, "words").read_text("ascii").split("\n")[:-1], [
             "--user", "--scope", "--quiet", "--collect", "--unit=ostrel-0a1b2c3d", "-p", "CPUQuota=50%",
             "-p", "MemoryHigh=1024M", "-p", "MemoryMax=1536M", "-p", "MemorySwapMax=0",
             "-p", "RuntimeMaxSec=60", "-p", "TimeoutStopSec=5", "--", "codex", "exec", "-"])
-        with open(self.root + "/asked", encoding="ascii") as file:
-            self.assertIn("--user stop ostrel-0a1b2c3d.scope\n", file.read())
+        self.assertIn("--user stop ostrel-0a1b2c3d.scope\n", Path(self.root, "asked").read_text("ascii"))
         # A manager that was given no say over memory can't cap it.
         self.server.write("cgroup/cgroup.controllers", "cpu pids\n")
         self.assertIn("prlimit", self.result(apply=False)["host"])
@@ -233,8 +217,8 @@ class RemoteTest(unittest.TestCase):
                          "There is no such folder on srv.example: /nowhere/a b.")
         self.assertEqual(told(repoPath="plain"),
                          "The folder on srv.example isn't in a git repository: plain.")
-        self.tool("df", "echo Filesystem blocks Used Available Capacity Mounted on\n"
-                        "echo /dev/my disk 1000 990 10 100% /a mount")
+        self.server.tool("server/df", "echo Filesystem blocks Used Available Capacity Mounted on\n"
+                         "echo /dev/my disk 1000 990 10 100% /a mount")
         self.assertEqual(told(), "The disk of the repository on srv.example is full: 0 MB are left.")
         os.unlink(self.tools + "/codex")
         self.assertEqual(told(), "codex isn't installed on srv.example.")
@@ -251,8 +235,7 @@ class RemoteTest(unittest.TestCase):
         self.assertIn("REMOTE HOST IDENTIFICATION HAS CHANGED", told())
         self.server.write("known", "")
         self.assertIn("can't be reached over ssh", told())
-        with open(self.root + "/known", encoding="ascii") as file:
-            self.assertEqual(file.read(), "")
+        self.assertEqual(Path(self.root, "known").read_text("ascii"), "")
         self.server.trust("host")
         self.server.admit("other")
         self.assertIn("Permission denied", told())

@@ -41,7 +41,6 @@ def walk(node, below_root):
 
 
 def views(pid):
-    """All that the process shows."""
     applications = filter(None, pyatspi.Registry.getDesktop(0))
     return [node for application in applications if application.get_process_id() == pid
             for node in walk(application, False)]

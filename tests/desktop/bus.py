@@ -20,7 +20,6 @@ _FOREIGN = re.compile(r"""(?P<text>'(?:[^'\\]|\\.)*'|"(?:[^"\\]|\\.)*")|@\S+\s""
 
 
 class Item(NamedTuple):
-    """A status item as the watcher lists it."""
     service: str
     path: str
 
@@ -50,12 +49,10 @@ def parse_variant(text: str) -> Any:
 
 
 def has_owner(env: dict[str, str], name: str) -> bool:
-    """Whether the name is owned on the bus."""
     return call(env, *_DAEMON, "org.freedesktop.DBus.NameHasOwner", name) is True
 
 
 def connection_stats(env: dict[str, str], name: str) -> dict[str, Any]:
-    """What the bus itself holds for the connection that has the name."""
     return call(env, *_DAEMON, "org.freedesktop.DBus.Debug.Stats.GetConnectionStats", name)
 
 
@@ -65,7 +62,6 @@ def has_host(env: dict[str, str]) -> bool:
 
 
 def items(env: dict[str, str]) -> list[str]:
-    """All status items that the watcher lists; none without one."""
     return _watcher(env, "RegisteredStatusNotifierItems") or []
 
 
@@ -79,7 +75,6 @@ def item_of(env: dict[str, str], pid: int) -> Optional[Item]:
 
 
 def item_property(env: dict[str, str], item: Item, name: str) -> Any:
-    """A property of the item; None when it can't be read."""
     return call(env, item.service, item.path, f"{_PROPERTIES}.Get", ITEM, name)
 
 

@@ -10,6 +10,7 @@ import os
 import signal
 import time
 from collections.abc import Collection
+from pathlib import Path
 
 MARK = "OSTREL_DESKTOP_MARK"
 PATIENCE = 3.0  # seconds
@@ -40,8 +41,7 @@ def having(name: str, value: str) -> set[int]:
     found: set[int] = set()
     for pid in map(int, filter(str.isdigit, os.listdir("/proc"))):
         with contextlib.suppress(OSError):
-            ended = _read(f"/proc/{pid}/stat").rpartition(b") ")[2][:1] in (b"Z", b"X")
-            if not ended and entry in _read(f"/proc/{pid}/environ").split(b"\0"):
+            if alive(pid) and entry in Path(f"/proc/{pid}/environ").read_bytes().split(b"\0"):
                 found.add(pid)
     return found - {os.getpid()}
 
@@ -68,31 +68,19 @@ def end_all(mark: str, reaped_elsewhere: Collection[int]) -> set[int]:
     return set()
 
 
-def _read(path: str) -> bytes:
-    with open(path, "rb") as file:
-        return file.read()
-
-
 def children(pid: int, script: str = "") -> list[int]:
     """The children of a process, zombies too, or those that run a script."""
     found = []
     for child in filter(str.isdigit, os.listdir("/proc")):
-        try:
-            with open(f"/proc/{child}/stat", encoding="utf-8", errors="replace") as file:
-                parent = int(file.read().rpartition(") ")[2].split()[1])
-            with open(f"/proc/{child}/cmdline", encoding="utf-8", errors="replace") as file:
-                words = file.read().split("\0")
-        except OSError:
-            continue
-        if parent == pid and (not script or any(word.endswith("/" + script) for word in words)):
-            found.append(int(child))
+        with contextlib.suppress(OSError):
+            parent = int(Path(f"/proc/{child}/stat").read_bytes().rpartition(b") ")[2].split()[1])
+            words = os.fsdecode(Path(f"/proc/{child}/cmdline").read_bytes()).split("\0")
+            if parent == pid and (not script or any(word.endswith("/" + script) for word in words)):
+                found.append(int(child))
     return found
 
 
 def alive(pid: int) -> bool:
-    """Whether a process runs."""
-    try:
-        with open(f"/proc/{pid}/stat", encoding="utf-8", errors="replace") as file:
-            return file.read().rpartition(") ")[2][:1] not in ("Z", "X")
-    except OSError:
-        return False
+    with contextlib.suppress(OSError):
+        return Path(f"/proc/{pid}/stat").read_bytes().rpartition(b") ")[2][:1] not in (b"Z", b"X")
+    return False

@@ -18,6 +18,7 @@ import tempfile
 import threading
 import time
 from collections.abc import Sequence
+from pathlib import Path
 from typing import Callable, Optional, TypeVar
 
 import bus
@@ -152,9 +153,8 @@ class PrivateDesktop:
                               capture_output=True, text=True, timeout=GENEROUS * 3, check=False)
 
     def log(self, name: str) -> str:
-        """What the program of that name has printed so far."""
-        with contextlib.suppress(OSError), open(self._log(name), encoding="utf-8", errors="replace") as file:
-            return file.read()
+        with contextlib.suppress(OSError):
+            return Path(self._log(name)).read_text("utf-8", "replace")
         return ""
 
     def wait_for(self, what: str, condition: Callable[[], Answer], limit: float = GENEROUS,
@@ -172,7 +172,6 @@ class PrivateDesktop:
         return answer
 
     def home_environment(self, home: str) -> dict[str, str]:
-        """The desktop's environment with another home folder."""
         return dict(self.env, HOME=home)
 
     def start_tray(self, name: str = "") -> None:
@@ -182,9 +181,7 @@ class PrivateDesktop:
             self.tray = TRAYS[name]
             require(self.tray.packages)
         for path, text in self.tray.files.items():
-            os.makedirs(os.path.dirname(f"{self.home}/{path}"), mode=0o700, exist_ok=True)
-            with open(f"{self.home}/{path}", "w", encoding="utf-8") as file:
-                file.write(text)
+            self._put(path, text)
         # Now and then a window manager that is just starting misses the strip that a tray asks for.
         for limit in (PATIENCE_WITH_A_TRAY, GENEROUS):
             try:
@@ -217,15 +214,14 @@ class PrivateDesktop:
         self.wait_for("the tray's end", lambda: not bus.has_owner(self.env, bus.WATCHER))
 
     def stop_bus(self) -> None:
-        """Kills the session bus, for good."""
-        part = self._parts.pop("bus")
-        part.kill()
-        part.wait()
+        self._kill("bus")
 
     def stop_screen(self) -> None:
         """Kills the screen, with all that shows something on it, for good."""
-        for name in [name for name in self._parts if name != "bus"]:
-            part = self._parts.pop(name)
+        self._kill(*self._parts.keys() - {"bus"})
+
+    def _kill(self, *names: str) -> None:
+        for part in map(self._parts.pop, names):
             part.kill()
             part.wait()
 
@@ -234,6 +230,11 @@ class PrivateDesktop:
         None before the window manager has told it."""
         numbers = self._root("_NET_WORKAREA").partition("=")[2].split(",")[:4]
         return tuple(map(int, numbers)) if len(numbers) == 4 else None
+
+    def _put(self, path: str, text: str) -> None:
+        """A file of the home, with its folders."""
+        os.makedirs(os.path.dirname(f"{self.home}/{path}"), mode=0o700, exist_ok=True)
+        Path(self.home, path).write_text(text, "utf-8")
 
     def _log(self, name: str) -> str:
         return f"{self.folder}/log/{name}.log"
@@ -255,8 +256,7 @@ class PrivateDesktop:
             "XDG_SESSION_TYPE": "x11", "XDG_CURRENT_DESKTOP": "XFCE",
             "XDG_RUNTIME_DIR": f"{self.folder}/run", "XAUTHORITY": f"{self.folder}/xauthority",
             # The machine's own system bus isn't part of this desktop.
-            "DBUS_SYSTEM_BUS_ADDRESS": f"unix:path={self.folder}/no-system-bus",
-        })
+            "DBUS_SYSTEM_BUS_ADDRESS": f"unix:path={self.folder}/no-system-bus"})
         self.env["QT_LINUX_ACCESSIBILITY_ALWAYS_ON" if self.accessible else "NO_AT_BRIDGE"] = "1"
         if self.scale != 1:
             # GTK multiplies the dots per inch by the scale once more.
@@ -287,8 +287,7 @@ class PrivateDesktop:
         for name in ["org.xfce.Xfconf"] + ["org.a11y.Bus"] * self.accessible:
             os.symlink(f"/usr/share/dbus-1/services/{name}.service", f"{self.folder}/services/{name}.service")
         configuration = f"{self.folder}/bus.conf"
-        with open(configuration, "w", encoding="utf-8") as file:
-            file.write(BUS_CONFIGURATION.format(folder=self.folder))
+        Path(configuration).write_text(BUS_CONFIGURATION.format(folder=self.folder), "utf-8")
         command = ["dbus-daemon", f"--config-file={configuration}", "--nofork", "--nopidfile", "--nosyslog",
                    "--print-address=1"]
         self.env["DBUS_SESSION_BUS_ADDRESS"] = self._start_part("bus", command, r"^(unix:.*)\n")
@@ -297,9 +296,7 @@ class PrivateDesktop:
                 self.env, "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus.GetAddress"))
 
     def _start_window_manager(self) -> None:
-        os.makedirs(os.path.dirname(f"{self.home}/{MANAGER_SETTINGS}"), mode=0o700, exist_ok=True)
-        with open(f"{self.home}/{MANAGER_SETTINGS}", "w", encoding="utf-8") as file:
-            file.write(FOCUS_IS_KEPT)
+        self._put(MANAGER_SETTINGS, FOCUS_IS_KEPT)
         self._parts[self.manager] = self.start(self.manager, WINDOW_MANAGERS[self.manager])
         self.wait_for(self.manager, lambda: "0x" in self._root("_NET_SUPPORTING_WM_CHECK"),
                       program=self.manager)

@@ -11,7 +11,6 @@ from private_desktop import PrivateDesktop
 
 
 class Box(NamedTuple):
-    """A rectangle on the screen."""
     x: int
     y: int
     width: int
@@ -42,13 +41,11 @@ def picture(desktop: PrivateDesktop, box: Box) -> Picture:
 
 
 def colours(shown: Picture) -> Counter[tuple[int, int, int]]:
-    """How many pixels have each colour."""
     pixels = shown.pixels
     return Counter(zip(pixels[::3], pixels[1::3], pixels[2::3]))
 
 
 def write_png(shown: Picture, path: str) -> None:
-    """Writes the picture as a PNG file."""
     def chunk(name: bytes, data: bytes) -> bytes:
         return struct.pack(">I", len(data)) + name + data + struct.pack(">I", zlib.crc32(name + data))
 
@@ -61,13 +58,11 @@ def write_png(shown: Picture, path: str) -> None:
 
 
 def panel_window(desktop: PrivateDesktop) -> Optional[int]:
-    """The panel's window when it is on the screen."""
     found = desktop.run(["xdotool", "search", "--onlyvisible", "--name", "^OSTREL$"]).stdout.split()
     return int(found[0]) if found else None
 
 
 def window_box(desktop: PrivateDesktop, window: int) -> Optional[Box]:
-    """Where a window is; None when it has gone."""
     told = desktop.run(["xdotool", "getwindowgeometry", "--shell", str(window)]).stdout
     values = dict(re.findall(r"^(\w+)=(-?\d+)$", told, re.MULTILINE))
     return Box(*(int(values[key]) for key in ("X", "Y", "WIDTH", "HEIGHT"))) if "WIDTH" in values else None
@@ -97,10 +92,8 @@ def press(desktop: PrivateDesktop, key: str) -> None:
 
 
 def move_pointer(desktop: PrivateDesktop, x: int, y: int) -> None:
-    """Moves the pointer to a place."""
     desktop.run(["xdotool", "mousemove", str(x), str(y)])
 
 
 def click(desktop: PrivateDesktop, x: int, y: int) -> None:
-    """Moves the pointer to a place and clicks with the left button."""
     desktop.run(["xdotool", "mousemove", str(x), str(y), "click", "1"])

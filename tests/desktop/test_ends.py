@@ -5,12 +5,11 @@ import os
 import signal
 import subprocess
 import tempfile
-import unittest
 
 import bus
 import marked_processes
 import screen
-from desktop_case import DesktopCase
+from desktop_case import DesktopCase, script_with, write_tool
 
 # A tool that hangs, and a collector that hangs and can't be asked to end where the home says so. Each leaves
 # a file that tells of it.
@@ -26,13 +25,7 @@ sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
 from ostrel_lib.collector import main
 sys.exit(main(sys.argv))
 """
-BRIDGE = """
-import os, sys
-sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
-from ostrel_lib.automations.bridge import main
-from ostrel_lib.places import Places
-sys.exit(main(sys.argv, Places(path=os.environ["HOME"] + "/bin")))
-"""
+BRIDGE = script_with("automations.bridge", 'Places(path=os.environ["HOME"] + "/bin")')
 # One that is to finish what it does.
 JANITOR = """
 import os, time
@@ -55,11 +48,11 @@ class Ends(DesktopCase):
             ("with a question, cleaning", [], self.asking, self.ask, 0),
             ("with its menu and a window", ["--background"], self.window_and_menu, self.ask, 0),
             ("without its bus", ["--background"], self.without_bus, self.ask, 0),
-            ("with a collector, as its display goes", [], self.collecting, self.lose_display, 1),
-        ):
+            ("with a collector, as its display goes", [], self.collecting, self.lose_display, 1)):
             with self.subTest(name):
                 self.home = tempfile.mkdtemp(dir=self.desktop.folder)
-                self.make_tool()
+                os.mkdir(f"{self.home}/bin")
+                write_tool(f"{self.home}/bin/systemctl", TOOL)
                 if arrange == self.collecting:
                     open(f"{self.home}/deaf", "w", encoding="ascii").close()
                 # The toolkit's own way out leaves everything where it is.
@@ -79,13 +72,6 @@ class Ends(DesktopCase):
         """What has ended was looked at."""
         if process.poll() is None:
             super().end(process)
-
-    def make_tool(self) -> None:
-        """Puts the hanging tool into the home."""
-        os.mkdir(f"{self.home}/bin")
-        with open(f"{self.home}/bin/systemctl", "w", encoding="ascii") as file:
-            file.write(TOOL)
-        os.chmod(file.name, 0o755)
 
     def nothing_is_left(self, process: subprocess.Popen, at_once: bool) -> None:
         """Neither a process, nor what it had of the bus, the tray and the disk. This tray goes on listing an
@@ -157,7 +143,3 @@ class Ends(DesktopCase):
 
     def lose_display(self, process: subprocess.Popen) -> None:
         self.desktop.stop_screen()
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -6,17 +6,15 @@ import os
 import re
 import subprocess
 import tempfile
-import unittest
+from pathlib import Path
 
-import screen
-from test_panel import PanelCase
+from desktop_case import POINTS, SAMPLES, PanelCase
+from fabricated_machine import put
 
 SAVED = 130
 
 
 class Insights(PanelCase):
-    DESKTOP = {"accessible": True}
-
     def press_until(self, process: subprocess.Popen, button: str, pattern: str) -> None:
         """Presses until it says so: beside a snapshot a command only says that it waits."""
         whole = re.compile(pattern)
@@ -33,15 +31,12 @@ class Insights(PanelCase):
 
     def test_the_analyst_answers_and_a_compaction_keeps_the_latest_samples_and_a_backup_of_all(self):
         self.home = tempfile.mkdtemp(dir=self.desktop.folder)
-        folder = f"{self.home}/Library/Application Support/ostrel"
-        os.makedirs(folder, exist_ok=True)
-        history = f"{folder}/mem-history.jsonl"
-        with open(history, "w", encoding="ascii") as file:
-            for number in range(SAVED):
-                file.write(json.dumps({"swap": 1, "load": 2, "mcp": 3, "ts": f"sample {number}"}) + "\n")
+        history = f"{self.home}/{SAMPLES}"
+        folder = os.path.dirname(history)
+        put(history, b"".join(b'{"swap": 1, "load": 2, "mcp": 3, "ts": "sample %d"}\n' % number
+                              for number in range(SAVED)))
         process = self.start_again()
-        self.wait_for_keyboard()
-        screen.press(self.desktop, "5")
+        self.go_to("5")
         self.said(process, "verdict of the snapshot collector")
         self.press(process, "▶ run local analyst")
         self.said(process, r"local analyst · .+ · \d+ actions?")
@@ -53,13 +48,12 @@ class Insights(PanelCase):
         self.press(process, "Compact own history")
         self.said(process, r"(\d\d:){2}\d\d (Own history: .*|Wait .*|compacting own history…)")
         self.wait_for("compaction", lambda: len(self.samples(history)) <= 125 or self.asked_again(process))
-        backups = [path for path in glob.glob(f"{folder}/*") if path not in (
-            history, f"{folder}/dashboard-history.jsonl") and len(self.samples(path)) >= SAVED]
+        backups = [path for path in glob.glob(f"{folder}/*") if len(self.samples(path)) >= SAVED
+                   and path not in (history, f"{self.home}/{POINTS}")]
         self.assertEqual(len(backups), 1, os.listdir(folder))
         kept = [sample["ts"] for sample in self.samples(history)]
         self.assertIn(f"sample {SAVED - 1}", kept)
         self.assertNotIn("sample 0", kept)
-        self.end(process)
 
     def asked_again(self, process: subprocess.Popen) -> bool:
         """Presses once more where a snapshot was on its way."""
@@ -72,11 +66,7 @@ class Insights(PanelCase):
     @staticmethod
     def samples(path: str) -> list[dict]:
         try:
-            with open(path, encoding="ascii") as file:
-                return [sample for sample in map(json.loads, file) if "ts" in sample]
+            lines = Path(path).read_text("ascii").splitlines()
+            return [sample for sample in map(json.loads, lines) if "ts" in sample]
         except (ValueError, TypeError, OSError):
             return []
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -10,47 +10,41 @@ import subprocess
 import sys
 import tempfile
 import time
-import unittest
+from pathlib import Path
 
 import screen
+from desktop_case import RECEIPTS, SOURCE, PanelCase
+from fabricated_machine import put
 from marked_processes import alive
-from test_panel import PanelCase
 
 DAY = 86400
 SERVER = "import sys, time; held = bytearray(b'x') * (64 << 20); time.sleep(600)"
-JANITOR = os.path.join(os.path.dirname(os.path.abspath(__file__)), "../../collectors/ostrel_janitor.py")
+JANITOR = f"{SOURCE}/collectors/ostrel_janitor.py"
 
 
 class Janitor(PanelCase):
-    DESKTOP = {"accessible": True}
-
     def setUp(self) -> None:
         self.home = tempfile.mkdtemp(dir=self.desktop.folder)
 
     def lay(self, path: str, days: int, size: int = 1 << 20) -> str:
         """A file of the home, last changed so many days ago."""
-        whole = f"{self.home}/{path}"
-        os.makedirs(os.path.dirname(whole), exist_ok=True)
-        with open(whole, "wb") as file:
-            file.write(b"x" * size)
+        whole = put(f"{self.home}/{path}", b"x" * size)
         os.utime(whole, (time.time() - days * DAY,) * 2)
         return whole
 
     def receipts(self) -> list[dict]:
         """Today's receipts, each without its time."""
-        folder = f"{self.home}/Library/Application Support/Ostrel/receipts"
+        folder = f"{self.home}/{RECEIPTS}"
         lines: list[dict] = []
         for name in sorted(os.listdir(folder)) if os.path.isdir(folder) else []:
-            with open(f"{folder}/{name}", encoding="utf-8") as file:
-                lines += [json.loads(line) for line in file]
+            lines += map(json.loads, Path(folder, name).read_text("utf-8").splitlines())
         self.assertTrue(all(line.pop("ts") for line in lines))
         return lines
 
     def start_servers(self, *arguments: str) -> list[int]:
         """Starts MCP servers with these further arguments, left to a reaper, and gives their pids."""
         script = f"{self.home}/mcp-server-probe.py"
-        with open(script, "w", encoding="ascii") as file:
-            file.write(SERVER)
+        Path(script).write_text(SERVER, "ascii")
         starts = "".join(f"{sys.executable} {script} {more} & echo $!; " for more in arguments)
         self.desktop.start("reaper", ["/bin/bash", "-c", 'exec -a tini /bin/sh -c "$0"', f"{starts} wait"])
         told = self.wait_for("servers", lambda: len(self.desktop.log("reaper").split()) == len(arguments)
@@ -71,11 +65,6 @@ class Janitor(PanelCase):
         self.assertEqual(set(pids), {int(pid) for pid in re.findall(r"\bpid (\d+)", text)}, text)
         return told[0]
 
-    def go_to(self, key: str) -> None:
-        """Goes to a tab, once the panel has the keyboard: after a question it comes back in a moment."""
-        self.wait_for_keyboard()
-        screen.press(self.desktop, key)
-
     def choose_in_menu(self, process: subprocess.Popen, row: str) -> None:
         """Opens the menu of a row as a screen reader does, once the panel has the keyboard again, and takes
         what it is about."""
@@ -89,9 +78,8 @@ class Janitor(PanelCase):
         self.wait_for(f"end of {pid}", lambda: not alive(pid))
 
     def test_stops_reach_exactly_what_was_confirmed_and_each_leaves_a_receipt(self):
-        with open("/proc/self/cgroup", encoding="ascii") as file:
-            if ".service" in file.read():
-                self.skipTest("what a service runs is never taken for left behind")
+        if ".service" in Path("/proc/self/cgroup").read_text("ascii"):
+            self.skipTest("what a service runs is never taken for left behind")
         first, second, kept, fourth, fifth = pids = self.start_servers("one", "two", "claude", "four", "five")
         own = set(pids) - {kept}
         offered = self.wait_for("servers on offer", lambda: own <= (found := self.offered()) and found)
@@ -197,13 +185,8 @@ class Janitor(PanelCase):
         self.said(process, ".*product-roots.*")
         self.press(process, "clean…", "caches of the selected apps")
         self.said(process, "delete 1 files · 1 mb")
-        folder = f"{self.home}/Library/Application Support/Ostrel/receipts"
-        os.rename(folder, f"{folder}.before")
-        self.lay("Library/Application Support/Ostrel/receipts", 0)
+        os.rename(f"{self.home}/{RECEIPTS}", f"{self.home}/{RECEIPTS}.before")
+        self.lay(RECEIPTS, 0)
         self.press(process, "delete")
         self.said(process, "cleanup stopped · .* · 0 files removed · 0 mb freed")
         self.assertTrue(os.path.exists(cache), "without a receipt nothing goes")
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -3,74 +3,15 @@
 import json
 import os
 import re
-import subprocess
 import sys
-import unittest
+from pathlib import Path
 
 import bus
 import screen
-from desktop_case import DesktopCase
-
-PANEL_SIZE = (760, 700)
-ACCESSIBLE = os.path.join(os.path.dirname(os.path.abspath(__file__)), "accessible.py")
-
-
-class PanelCase(DesktopCase):
-    def window_on_screen(self) -> int:
-        """Waits until the panel has its full size, checks that all of it is drawn inside the free area, and
-        gives its window."""
-        window = self.panel()
-        size = tuple(side * self.desktop.scale for side in PANEL_SIZE)
-        self.wait_for("full size", lambda: (screen.window_box(self.desktop, window) or ())[2:] == size)
-        box = screen.window_box(self.desktop, window)
-        left, top, width, height = self.desktop.work_area()
-        self.assertTrue(left <= box.x and box.x + box.width <= left + width, box)
-        self.assertTrue(top <= box.y and box.y + box.height <= top + height, box)
-
-        def drawn() -> bool:
-            found = screen.colours(screen.picture(self.desktop, box))
-            background = max(found.values()) / (box.width * box.height)
-            return len(found) > 50 and 0.3 < background < 0.98
-
-        self.wait_for("drawn panel", drawn)
-        return window
-
-    def names(self, process: subprocess.Popen) -> dict[str, bool]:
-        """What shows, by name, and whether it is the selected one of its kind."""
-        told = self.desktop.run([sys.executable, ACCESSIBLE, "names", str(process.pid)]).stdout
-        return dict(json.loads(told or "null") or [])
-
-    def said(self, process: subprocess.Popen, pattern: str) -> str:
-        """Waits until a view's name matches, and gives that name."""
-        whole = re.compile(pattern, re.DOTALL)
-        return self.wait_for(pattern, lambda: next(filter(whole.fullmatch, self.names(process)), None))
-
-    def press(self, process: subprocess.Popen, name: str, within: str = "") -> None:
-        """Presses the button of that name as a screen reader does, once it is there."""
-        self.act("press", process, name, within)
-
-    def typed(self, process: subprocess.Popen, field: str) -> str:
-        """What is in the text field of that name."""
-        told = self.desktop.run([sys.executable, ACCESSIBLE, "typed", str(process.pid), field]).stdout
-        return json.loads(told or '""')
-
-    def type(self, process: subprocess.Popen, field: str, text: str) -> None:
-        """Gives the keyboard to a text field, types at its end, and waits until it is there."""
-        before = self.typed(process, field)
-        self.act("focus", process, field)
-        screen.press(self.desktop, "ctrl+End")
-        self.desktop.run(["xdotool", "type", "--delay", "1", text])
-        self.wait_for(f"{text} in {field}", lambda: self.typed(process, field) == before + text)
-
-    def act(self, verb: str, process: subprocess.Popen, *names: str) -> None:
-        """Lets the screen reader do something in a process, once it can."""
-        command = [sys.executable, ACCESSIBLE, verb, str(process.pid), *filter(None, names)]
-        self.wait_for(f"{verb} {names}", lambda: self.desktop.run(command).returncode == 0)
+from desktop_case import ACCESSIBLE, POINTS, PanelCase
 
 
 class Panel(PanelCase):
-    DESKTOP = {"accessible": True}
-
     def test_the_panel_is_beside_the_tray_and_out_of_task_lists_at_its_first_and_later_openings(self):
         process = self.start()
         self.check_task_lists(self.window_on_screen())
@@ -163,18 +104,17 @@ class Panel(PanelCase):
             return any(0 < later - age <= 4 for age, later in zip(ages, ages[1:]))
 
         self.wait_for("ages of a snapshot, tick by tick", every_tick_told)
-        self.assertRegex(self.desktop.log("reader"), r"(?m)^now: cpu \d+% · swap \d+% · load [\d.]+ ")
+        self.wait_for("the chart's figures", lambda: re.search(
+            r"(?m)^now: cpu \d+% · swap \d+% · load [\d.]+ ", self.desktop.log("reader")))
         screen.press(self.desktop, "2")
         self.wait_for("system tab", lambda: "system · every row names its source" in self.names(process))
         self.assertIn("src: ProcessInfo · native", self.names(process))
         self.end(process)
 
-        history = f"{self.home}/Library/Application Support/ostrel/dashboard-history.jsonl"
-        with open(history, encoding="ascii") as file:
-            points = [json.loads(line) for line in file]
-        with open(history, "w", encoding="ascii") as file:
-            for point in points:  # as if it had been started again some minutes later
-                file.write(json.dumps(dict(point, m=point["m"] - 5)) + "\n")
+        history = Path(self.home, POINTS)
+        points = list(map(json.loads, history.read_text("ascii").splitlines()))
+        # As if it had been started again some minutes later.
+        history.write_text("".join(json.dumps({**point, "m": point["m"] - 5}) + "\n" for point in points))
         again = self.start_again()
         restored = len(points)
         for title in ("CPU ACTIVITY · 2 H", "SWAP RESIDENCY · 2 H"):

@@ -1,13 +1,15 @@
 # SPDX-License-Identifier: Apache-2.0
-"""What comes in from outside: addresses, calls and menu rows over the bus, and a desktop without one."""
+"""What comes in from outside, addresses, calls and menu rows over the bus, what the item tells there, and a
+desktop without a bus."""
+import json
 import os
-import subprocess
+import re
 import time
-import unittest
+from pathlib import Path
 
 import bus
 import screen
-from desktop_case import DesktopCase, DesktopsCase
+from desktop_case import POINTS, DesktopCase, DesktopsCase
 
 STATE_FILE = ".config/zol-mini-apps/ostrel-bar-state.json"
 TESTBED_GAP = 24  # from the free area's right and lower edge
@@ -20,6 +22,25 @@ menu bar|preview: |show cpu|show mem|show swap|show load|show mcp|-|
 modes:|mode: mark|mode: mark + value|mode: value|hidden · in the panel settings, it asks first|-|
 hotkey: ⌥⌘m · toggle panel|esc · close panel|1–9 · switch tabs|/ · key help overlay|
 -|about ostrel|quit""".replace("\n", "").split("|")
+MIB = 1024 * 1024
+PRESSURE = r"(?:\?|normal|warn|critical)"
+TOOL_TIP = re.compile(r"ostrel · cpu (\d+)% · mem (\d+)% · swap (\d+)% · free [\d.]+ (?:mb|gb) "
+                      rf"· {PRESSURE} · (?:native|local CLI|error)")
+
+
+def memory() -> dict[str, int]:
+    """/proc/meminfo in bytes."""
+    lines = Path("/proc/meminfo").read_text("ascii").splitlines()
+    return {line.split(":")[0]: int(line.split()[1]) * 1024 for line in lines}
+
+
+def agrees(text: str) -> bool:
+    """Whether a tool tip's figures differ from the machine's by no more than can change between two looks."""
+    told, now = TOOL_TIP.fullmatch(text), memory()
+    cache = now["Buffers"] + now["Cached"] - now["Shmem"] + now["SReclaimable"]
+    used = (now["MemTotal"] - now["MemFree"] - cache) / now["MemTotal"] * 100
+    swap = (now["SwapTotal"] - now["SwapFree"]) / max(1, now["SwapTotal"]) * 100
+    return bool(told) and int(told[1]) <= 100 and abs(int(told[2]) - used) <= 3 >= abs(int(told[3]) - swap)
 
 
 class WaysIn(DesktopCase):
@@ -35,8 +56,7 @@ class WaysIn(DesktopCase):
             (["ostrel://show"], None), (["ostrel://hide"], "route-hide"),
             (["http://hide", "ostrel://quit", "OSTREL://TOGGLE"], None),
             (["ostrel://toggle"], "route-toggle"),
-            (["ostrel://open?command=close"], None), (["ostrel:?command=close"], "route-hide"),
-        ):
+            (["ostrel://open?command=close"], None), (["ostrel:?command=close"], "route-hide")):
             with self.subTest(urls=urls):
                 self.route(*urls)
                 self.shows(reason)
@@ -48,9 +68,7 @@ class WaysIn(DesktopCase):
         for arguments, reason in ((["ostrel://hide"], "route-hide"), ([], None),
                                   (["--testbed", "hide"], "route-hide")):
             with self.subTest(arguments=arguments):
-                command = [os.path.abspath(os.environ["OSTREL_PROGRAM"]), *arguments]
-                again = subprocess.run(command, env=self.desktop.home_environment(self.home), check=False,
-                                       capture_output=True, timeout=20)
+                again = self.run_program(*arguments)
                 self.assertEqual((again.returncode, again.stderr), (0, b""))
                 self.shows(reason)
         self.assertIsNotNone(bus.call(self.desktop.env, *bus.APPLICATION, f"{bus.OPEN}.Activate", "{}"))
@@ -64,8 +82,13 @@ class WaysIn(DesktopCase):
         else:
             self.panel()
 
-    def test_calls_of_a_wrong_shape_are_refused_and_the_item_goes_on(self):
+    def test_the_menu_has_all_its_rows_and_calls_of_a_wrong_shape_change_nothing(self):
         item = self.item(self.start("--background"))
+        first, *rows = bus.menu_rows(self.desktop.env, item)
+        self.assertEqual([row.label or "-" for row in rows], MENU)
+        self.assertRegex(first.label, rf"^ostrel · cpu \d+% · mem \d+% · swap \d+% · {PRESSURE}$")
+        self.assertFalse(first.enabled)
+        self.assertEqual(bus.item_property(self.desktop.env, item, "Status"), "Active")
         menu = (item.service, bus.item_property(self.desktop.env, item, "Menu"))
         for place, method, arguments in (
             (bus.APPLICATION, f"{bus.OPEN}.Open", ["['ostrel://show']"]),
@@ -77,25 +100,33 @@ class WaysIn(DesktopCase):
             (menu, f"{bus.MENU}.Event", ["99999", "clicked", "<0>", "0"]),
             (menu, f"{bus.MENU}.Event", ["-1", "clicked", "<0>", "0"]),
             (menu, f"{bus.MENU}.GetLayout", ["4242", "-1", "[]"]),
-            (menu, f"{bus.MENU}.AboutToShow", ["777"]),
-        ):
+            (menu, f"{bus.MENU}.AboutToShow", ["777"])):
             self.assertIsNone(bus.call(self.desktop.env, *place, method, *arguments), (method, arguments))
         self.assertIsNone(screen.panel_window(self.desktop))
         self.assertTrue(bus.press_row(self.desktop.env, item, "show panel"))
         self.panel()
-
-    def test_the_menu_has_all_its_rows_and_the_checks_change_what_they_name(self):
-        item = self.item(self.start("--background"))
-        labels = [row.label or "-" for row in bus.menu_rows(self.desktop.env, item)]
-        self.assertEqual(labels[1:], MENU)
         for label, key, value in (("pin panel open", "pinned", True), ("unpin panel", "pinned", False),
                                   ("theme: black", "theme", "dark"), ("refresh: calm", "refresh", "calm"),
                                   ("show load", "barparts", ["cpu", "load", "swap"]),
                                   ("mode: value", "barmode", "value")):
             self.assertTrue(bus.press_row(self.desktop.env, item, label), label)
-            self.wait_for(label, lambda: self.settings().get(f"dev.quent.ostrel.{key}") == value)
+            self.wait_for(label, lambda: self.stored(key) == value)
         # The name stands for the mark alone.
         self.wait_for("no mark", lambda: bus.item_property(self.desktop.env, item, "IconName") == "")
+
+    def test_the_tool_tip_tells_the_machines_figures_and_every_tick_brings_it_up_to_date(self):
+        item = self.item(self.start("--background", refresh="fast"))
+        # The machine may change right behind a reading, but a wrong figure stays wrong at the next tick.
+        self.wait_for("right figures", lambda: agrees(bus.tool_tip(self.desktop.env, item)), limit=9)
+        room = memory()
+        held = bytearray(int(min(room["MemAvailable"] / 4, max(400 * MIB, 0.05 * room["MemTotal"]))))
+        held[::4096] = b"\1" * len(held[::4096])
+        self.wait_for("new figures", lambda: agrees(bus.tool_tip(self.desktop.env, item)), limit=9)
+        del held
+        history = Path(self.home, POINTS)
+        self.wait_for("minute history", history.exists)
+        point = json.loads(history.read_text("ascii").splitlines()[0])
+        self.assertEqual(list(point), ["m", "cpu", "swap", "ram", "load"])
 
     def test_a_press_with_control_opens_the_menu_and_one_right_behind_a_close_does_nothing(self):
         item = self.item(self.start("--background"))
@@ -154,9 +185,4 @@ class WithoutBus(DesktopsCase):
 
     def seconds_run(self, pid: int) -> float:
         """For how long the process's main thread has run."""
-        with open(f"/proc/{pid}/schedstat", encoding="ascii") as file:
-            return int(file.read().split()[0]) / 1e9
-
-
-if __name__ == "__main__":
-    unittest.main()
+        return int(Path(f"/proc/{pid}/schedstat").read_text("ascii").split()[0]) / 1e9

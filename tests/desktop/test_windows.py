@@ -2,15 +2,14 @@
 """The panel's window among others: its corners and its shadow, two displays, and many openings."""
 import os
 import re
-import unittest
+from pathlib import Path
 
 import bus
 import screen
-from desktop_case import DesktopsCase
+from desktop_case import PANEL_SIZE, DesktopsCase
 from private_desktop import WINDOW_MANAGERS
 
 DARK = b"\x20\x21\x24"  # the panel's ground in the dark theme
-PANEL_SIZE = (760, 700)  # in points
 CORNER_GAP = 24  # from the display's right edge, in points
 STRIP = 28  # of the tray, in pixels
 
@@ -124,16 +123,11 @@ class Windows(DesktopsCase):
 
     def held(self, pid: int, item: bus.Item) -> dict[str, int]:
         """How much the process has of what could pile up."""
-        with open(f"/proc/{pid}/smaps_rollup", encoding="ascii") as file:
-            memory = int(re.search(r"Private_Dirty: *(\d+)", file.read())[1])
-        with open(f"/proc/{pid}/task/{pid}/children", encoding="ascii") as file:
-            children = file.read().split()
+        rollup = Path(f"/proc/{pid}/smaps_rollup").read_text("ascii")
+        memory = int(re.search(r"Private_Dirty: *(\d+)", rollup)[1])
+        children = Path(f"/proc/{pid}/task/{pid}/children").read_text("ascii").split()
         windows = re.findall(r"0x[0-9a-f]+ ", self.desktop.run(["xwininfo", "-root", "-tree"]).stdout)
         stats = bus.connection_stats(self.desktop.env, item.service)
         return {"KiB": memory, "children": len(children), "names on the bus": stats["BusNames"],
                 "rules of the bus": stats["MatchRules"], "descriptors": len(os.listdir(f"/proc/{pid}/fd")),
                 "threads": len(os.listdir(f"/proc/{pid}/task")), "windows": len(windows)}
-
-
-if __name__ == "__main__":
-    unittest.main()

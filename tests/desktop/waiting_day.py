@@ -3,27 +3,25 @@
 Only the schedulers' tools, the way to the server and the kernel's memory figures are stand-ins."""
 import os
 import re
-import shutil
 import subprocess
-import tempfile
 import unittest
+from pathlib import Path
 
 import screen
-import test_automations
+import test_bridges
 import test_janitor
-import test_server
-from test_panel import PanelCase
+from desktop_case import SOURCE
 from waiting_hints import CALM, COVER, CRITICAL, HintCase, covers
 
 
-@unittest.skipUnless(test_server.sshd_can_run() and covers(), "no sshd, or no mounts of one's own")
-class Day(HintCase, PanelCase):
+@unittest.skipUnless(test_bridges.sshd_can_run() and covers(), "no sshd, or no mounts of one's own")
+class Day(HintCase):
     # By their modules: a class that is named here would be run here once more.
     lay, actions = test_janitor.Janitor.lay, test_janitor.Janitor.receipts
     start_servers, question = test_janitor.Janitor.start_servers, test_janitor.Janitor.question
-    gone, go_to = test_janitor.Janitor.gone, test_janitor.Janitor.go_to
-    machine_with_jobs = test_automations.Automations.machine_with_jobs
-    confirm = test_automations.Automations.confirm
+    gone, server_with = test_janitor.Janitor.gone, test_bridges.Server.server_with
+    machine_with_jobs = test_bridges.Automations.machine_with_jobs
+    confirm, bridge = test_bridges.Automations.confirm, test_bridges.Automations.bridge
 
     def start_program(self, *command: str) -> subprocess.Popen:
         """In the background, under the kernel that says what the test wants."""
@@ -34,24 +32,9 @@ class Day(HintCase, PanelCase):
         os.makedirs(self.cover, exist_ok=True)
         self.say(CALM)
         self.machine_with_jobs()
-        root = os.path.realpath(tempfile.mkdtemp())
-        self.addCleanup(shutil.rmtree, root, ignore_errors=True)
-        for folder in ("away/repo/.git", "tools"):
-            os.makedirs(f"{root}/{folder}")
-        test_server.LoopbackServer(self.addCleanup, root, root + "/away", root + "/tools:/usr/bin:/bin")
-        for name in ("codex", "systemctl"):
-            with open(f"{root}/tools/{name}", "w", encoding="ascii") as file:
-                file.write("#!/bin/sh\nexit 1\n")
-            os.chmod(f"{root}/tools/{name}", 0o755)
-        return self.start_with_scripts(
-            {"automations_bridge.py": test_automations.MAIN.format(root=self.machine.root),
-             "ostrel_remote.py": test_server.MAIN.format(root=root),
-             "ostrel_janitor.py": self.script("ostrel_janitor.py")}, self.machine.home)
-
-    def script(self, name: str) -> str:
-        """The text of a script as it is shipped."""
-        with open(f"{test_server.SOURCE}/collectors/{name}", encoding="utf-8") as file:
-            return file.read()
+        janitor = Path(SOURCE, "collectors/ostrel_janitor.py").read_text("utf-8")
+        scripts = {**self.bridge(), **self.server_with("#!/bin/sh\nexit 1\n"), "ostrel_janitor.py": janitor}
+        return self.start_with_scripts(scripts, self.machine.home)
 
     def test_a_day_from_the_start_in_the_background_to_the_next_morning(self):
         process = self.start_day()
@@ -62,7 +45,7 @@ class Day(HintCase, PanelCase):
 
         self.say(CRITICAL)
         self.shown_card()
-        self.press_named(process, "inspect")
+        self.press(process, "inspect")
         self.ended("presented", "acknowledged")
         self.say(CALM)
 
@@ -81,16 +64,16 @@ class Day(HintCase, PanelCase):
         self.assertFalse([path for path in logs if os.path.exists(path)])
 
         self.go_to("7")
-        self.press(process, "open", f"{test_automations.REPORT}, {test_automations.USER_TIMERS}, enabled")
+        self.press(process, "open", f"{test_bridges.REPORT}, {test_bridges.USER_TIMERS}, enabled")
         self.confirm(process, "disable", "disable")
         self.said(process, r"✓ disable · a-report\.timer · now inactive, disabled · receipt .*")
 
         self.go_to("8")
-        self.type(process, test_server.ALIAS, "mill")
-        self.type(process, test_server.REPO, "repo")
-        self.type(process, test_server.TASK, "go on")
-        self.press(process, test_server.PREVIEW)
-        self.said(process, re.escape(test_server.READY.format(repo="repo", cpu="100%", most=3072, length=5)))
+        self.type(process, test_bridges.ALIAS, "mill")
+        self.type(process, test_bridges.REPO, "repo")
+        self.type(process, test_bridges.TASK, "go on")
+        self.press(process, test_bridges.PREVIEW)
+        self.said(process, re.escape(test_bridges.READY.format(repo="repo", cpu="100%", most=3072, length=5)))
 
         self.press(process, "settings")
         for control in ("black", "hotkey choice · ⌃⌥m", "keep panel open"):
@@ -111,14 +94,10 @@ class Day(HintCase, PanelCase):
             self.said(process, told)
         self.said(process, "unpin panel")
         screen.press(self.desktop, "8")
-        self.wait_for("alias", lambda: self.typed(process, test_server.ALIAS) == "mill")
-        self.assertEqual(self.typed(process, test_server.TASK), "", "a task is held in memory only")
+        self.wait_for("alias", lambda: self.typed(process, test_bridges.ALIAS) == "mill")
+        self.assertEqual(self.typed(process, test_bridges.TASK), "", "a task is held in memory only")
         stored = self.settings()
         self.assertEqual(stored["dev.quent.ostrel.theme"], "dark")
         self.assertTrue(stored["dev.quent.ostrel.pinned"])
         self.assertEqual([receipt["kind"] for receipt in self.actions()], ["stop", "clean", "automation"])
         self.assertEqual(self.receipts(), ["presented", "acknowledged"])
-
-
-if __name__ == "__main__":
-    unittest.main()

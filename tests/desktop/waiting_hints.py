@@ -7,10 +7,10 @@ import os
 import subprocess
 import sys
 import time
-import unittest
+from pathlib import Path
 
 import screen
-from desktop_case import SETTINGS_FILE, DesktopCase
+from desktop_case import ACCESSIBLE, SETTINGS_FILE, PanelCase, write_tool
 
 POLICY = "ostrel.hintPolicy"
 CALM = (0.0, 0.80)  # stalls in percent, share of memory that can be had
@@ -20,7 +20,6 @@ COMES_WITHIN = 60.0  # seconds: twenty of pressure, and ticks three apart
 # Files over those of /proc, for the program and its children alone.
 COVER = ('mount --bind "$1/meminfo" /proc/meminfo && mount --bind "$1/memory" /proc/pressure/memory && '
          'shift && exec "$@"')
-SCREEN_READER = os.path.join(os.path.dirname(os.path.abspath(__file__)), "accessible.py")
 
 
 def covers() -> list[str]:
@@ -34,9 +33,8 @@ def covers() -> list[str]:
     return []
 
 
-class HintCase(DesktopCase):
+class HintCase(PanelCase):
     """One program at a time under a kernel that says what the test wants."""
-    DESKTOP = {"accessible": True}
 
     def start_under(self, kernel: tuple[float, float], **settings) -> subprocess.Popen:
         self.cover = f"{self.desktop.folder}/kernel"
@@ -47,10 +45,8 @@ class HintCase(DesktopCase):
             self.skipTest("this machine allows no mounts of one's own")
         real = os.environ["OSTREL_PROGRAM"]
         script = f"{self.desktop.folder}/covered"
-        with open(script, "w", encoding="utf-8") as file:
-            file.write(f"#!/bin/sh\nexec {' '.join(private)} sh -c '{COVER}' sh {self.cover} "
-                       f"{os.path.abspath(real)} \"$@\"\n")
-        os.chmod(script, 0o755)
+        write_tool(script, f"#!/bin/sh\nexec {' '.join(private)} sh -c '{COVER}' sh {self.cover} "
+                           f"{os.path.abspath(real)} \"$@\"\n")
         os.environ["OSTREL_PROGRAM"] = script
         self.addCleanup(os.environ.__setitem__, "OSTREL_PROGRAM", real)
         return self.start("--background", refresh="fast", **settings)
@@ -93,19 +89,9 @@ class HintCase(DesktopCase):
         self.card_has_gone()
         self.wait_for(f"receipts {states}", lambda: self.receipts() == list(states))
 
-    def place(self, window: int) -> tuple[int, int, int, int]:
-        """Left, top, width and height."""
-        shell = self.desktop.run(["xdotool", "getwindowgeometry", "--shell", str(window)]).stdout
-        values = dict(line.split("=") for line in shell.split())
-        return tuple(int(values[key]) for key in ("X", "Y", "WIDTH", "HEIGHT"))
-
     def press_in(self, window: int, left: int, top: int) -> None:
-        x, y, _, _ = self.place(window)
-        screen.click(self.desktop, x + left, y + top)
-
-    def press_named(self, process: subprocess.Popen, name: str) -> None:
-        self.wait_for(f"button {name}", lambda: self.desktop.run(
-            [sys.executable, SCREEN_READER, "press", str(process.pid), name]).returncode == 0)
+        box = screen.window_box(self.desktop, window)
+        screen.click(self.desktop, box.x + left, box.y + top)
 
     def bystander(self) -> None:
         """Shows a window of somebody else's that has the keyboard."""
@@ -123,8 +109,7 @@ class HintCase(DesktopCase):
         self.say(CRITICAL)
         settings = self.settings()
         settings.pop(POLICY, None)
-        with open(f"{self.home}/{SETTINGS_FILE}", "w", encoding="utf-8") as file:
-            json.dump(settings, file)
+        Path(self.home, SETTINGS_FILE).write_text(json.dumps(settings), "utf-8")
         return self.start_again("--background")
 
 
@@ -132,7 +117,7 @@ class Hints(HintCase):
     def test_the_legacy_card_comes_once_keeps_off_the_keyboard_and_each_end_has_its_receipt(self):
         process = self.start_under(CRITICAL)
         self.item(process)
-        listener = subprocess.Popen([sys.executable, SCREEN_READER, "alerts", str(process.pid)],
+        listener = subprocess.Popen([sys.executable, ACCESSIBLE, "alerts", str(process.pid)],
                                     env=self.desktop.env, stdout=subprocess.PIPE, text=True)
         self.addCleanup(listener.wait)
         self.addCleanup(listener.kill)
@@ -141,15 +126,14 @@ class Hints(HintCase):
         self.bystander()
         before = self.keyboard()
         card = self.shown_card()
-        left, top, width, height = self.place(card)
+        left, top, width, height = screen.window_box(self.desktop, card)
         self.assertEqual((width, height), (338, 174))
         self.assertEqual(left, self.desktop.size[0] - 338 - 8, "against the right margin, near the item")
         self.assertLess(top, 60)
         self.assertEqual(self.keyboard(), before)
         self.press_in(card, 40, 150)
         self.assertEqual(self.keyboard(), before, "not even when it is pressed")
-        self.assertEqual(listener.stdout.readline(),
-                         "OS pressure · critical | Pressure has stayed elevated. "
+        self.assertEqual(listener.stdout.readline(), "OS pressure · critical | Pressure has stayed elevated. "
                          "Inspect workloads before choosing an action.\n")
         states = screen.window_property(self.desktop, card, "_NET_WM_STATE")
         for state in ("SKIP_TASKBAR", "SKIP_PAGER", "ABOVE"):
@@ -174,13 +158,13 @@ class Hints(HintCase):
 
         process = self.again(process)
         self.shown_card()
-        self.press_named(process, "30m")
+        self.press(process, "30m")
         self.ended("presented", "snoozed")
         self.assertIn("snoozedUntil", self.policy())
 
         process = self.again(process)
         self.shown_card()
-        self.press_named(process, "inspect")
+        self.press(process, "inspect")
         self.ended("presented", "acknowledged")
         self.panel()
 
@@ -210,7 +194,3 @@ class SharedHints(HintCase):
         self.route("ostrel://show")
         self.panel()
         self.ended("presented", "suppressed")
-
-
-if __name__ == "__main__":
-    unittest.main()

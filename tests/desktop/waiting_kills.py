@@ -14,19 +14,14 @@ import subprocess
 import sys
 import tempfile
 import time
-import unittest
+from pathlib import Path
 from typing import Optional
 
 import bus
 import screen
-from desktop_case import SETTINGS_FILE, SOURCE
-from marked_processes import children
-from test_panel import ACCESSIBLE, PanelCase
+from desktop_case import ACCESSIBLE, POINTS, RECEIPTS, SAMPLES, SETTINGS_FILE, SOURCE, PanelCase
+from marked_processes import children, having
 
-SUPPORT = "Library/Application Support"
-POINTS = f"{SUPPORT}/ostrel/dashboard-history.jsonl"
-SAMPLES = f"{SUPPORT}/ostrel/mem-history.jsonl"
-RECEIPTS = f"{SUPPORT}/Ostrel/receipts"
 FAULTS = "tests/faults/libostrel_faults.so"
 KEPT = 200
 LONGEST_LIFE = 1.0  # seconds, of a program that is to be killed
@@ -43,36 +38,19 @@ OTHERS_OWN = (".cache/fontconfig", ".cache/mesa_shader_cache", ".config/dconf", 
 
 
 class Kills(PanelCase):
-    DESKTOP = {"accessible": True}
-
     def setUp(self) -> None:
         self.home = tempfile.mkdtemp(dir=self.desktop.folder)
 
     def put(self, path: str, *lines: str) -> None:
         """A file of the home, for its user alone."""
         os.makedirs(os.path.dirname(f"{self.home}/{path}"), mode=0o700, exist_ok=True)
-        with open(f"{self.home}/{path}", "w", encoding="ascii") as file:
-            file.writelines(line + "\n" for line in lines)
+        Path(self.home, path).write_text("".join(line + "\n" for line in lines), "ascii")
 
     def objects(self, path: str) -> list[dict]:
         """The lines of a file of the home, each of which must be whole."""
-        with open(f"{self.home}/{path}", encoding="ascii") as file:
-            text = file.read()
+        text = Path(self.home, path).read_text("ascii")
         self.assertTrue(text.endswith("\n"), text[-200:])
         return [json.loads(line) for line in text.splitlines() if line]
-
-    def living(self) -> list[str]:
-        """The command lines of all that was started in the present home."""
-        mark, found = f"HOME={self.home}\0".encode(), []
-        for pid in filter(str.isdigit, os.listdir("/proc")):
-            try:
-                with open(f"/proc/{pid}/environ", "rb") as file:
-                    if mark in file.read():
-                        with open(f"/proc/{pid}/cmdline", encoding="utf-8", errors="replace") as words:
-                            found.append(words.read().replace("\0", " "))
-            except OSError:
-                continue
-        return found
 
     def test_a_program_that_is_killed_at_any_moment_loses_nothing_and_starts_again_at_once(self):
         moments = random.Random(int(os.environ.get("OSTREL_SEED", "1")))
@@ -86,7 +64,7 @@ class Kills(PanelCase):
             process = self.start_to_be_killed(moments)
             process.kill()
             self.assertEqual(process.wait(20), -signal.SIGKILL, self.desktop.log("ostrel"))
-            self.wait_for("end of its children", lambda: not self.living())
+            self.wait_for("end of its children", lambda: not having("HOME", self.home))
             self.assertEqual(self.settings()["kept"], "yes")
             self.assertGreaterEqual(len(self.objects(POINTS)), KEPT)
             self.assertEqual([row["t"] for row in self.objects(SAMPLES)][:KEPT], list(range(KEPT)))
@@ -137,8 +115,7 @@ class Kills(PanelCase):
              r"\d+ findings · collected .*"),
             ("8", "ostrel_remote.py", "check capacity", "Server bridge stopped\\.",
              r"srv\.invalid can't be reached .*|ssh isn't installed .*"),
-            ("1", "ostrel.py", "", "", ""),
-        ):
+            ("1", "ostrel.py", "", "", "")):
             with self.subTest(script=script):
                 self.put("hang")
                 screen.press(self.desktop, key)
@@ -151,7 +128,6 @@ class Kills(PanelCase):
                     self.press(process, button)
                     self.said(process, answered)
         self.wait_for("sample of a snapshot", lambda: os.path.exists(f"{self.home}/{SAMPLES}"), limit=40)
-        self.end(process)
 
     def running(self, process: subprocess.Popen, script: str, button: str) -> int:
         """Waits until a script hangs. Its button, which goes while it runs, is pressed where its tab doesn't
@@ -177,29 +153,19 @@ class Kills(PanelCase):
                             "OSTREL_FAULT_TOLD": told}
             self.put(SETTINGS_FILE, '{"dev.quent.ostrel.refresh": "fast"}')
             process = self.start_again()
-            self.wait_for_keyboard()
-            screen.press(self.desktop, "7")
+            self.go_to("7")
             self.wait_for("failures", lambda: self.spent(told, process))
             self.press(process, "refresh inventory")
             self.said(process, r"\d+ entries · \d+ enabled")
-            self.wait_for("sample of a snapshot", lambda: os.path.exists(f"{self.home}/{SAMPLES}"),
-                          limit=40)
+            self.wait_for("sample of a snapshot", lambda: os.path.exists(f"{self.home}/{SAMPLES}"), limit=40)
             self.end(process)
 
     def spent(self, told: str, process: subprocess.Popen) -> bool:
         """Whether all failures were met; presses for one more where they weren't."""
-        if self.count(told) == 3:
+        if os.path.exists(told) and Path(told).read_bytes().count(b"\n") == 3:
             return True
         self.desktop.run([sys.executable, ACCESSIBLE, "press", str(process.pid), "refresh inventory"])
         return False
-
-    @staticmethod
-    def count(path: str) -> int:
-        """The lines of a file, none when it isn't there."""
-        if not os.path.exists(path):
-            return 0
-        with open(path, encoding="utf-8", errors="replace") as file:
-            return len(file.readlines())
 
     def test_with_no_umask_at_all_everything_that_is_written_is_for_its_user_alone(self):
         before = os.umask(0)
@@ -212,8 +178,7 @@ class Kills(PanelCase):
             os.umask(before)
         item = self.item(process)
         self.assertTrue(bus.press_row(self.desktop.env, item, "theme: black"))
-        self.wait_for_keyboard()
-        screen.press(self.desktop, "7")
+        self.go_to("7")
         self.said(process, r"\d+ entries · \d+ enabled")
         screen.press(self.desktop, "6")
         self.press(process, "review old files")
@@ -229,7 +194,6 @@ class Kills(PanelCase):
             if path not in laid and not stat.S_ISLNK(status.st_mode):
                 mode = 0o700 if stat.S_ISDIR(status.st_mode) else 0o600
                 self.assertEqual(stat.S_IMODE(status.st_mode), mode, path)
-        self.end(process)
 
     def test_no_call_over_the_bus_acts_without_a_question(self):
         self.put(SAMPLES, *(f'{{"swap": 1, "load": 2, "mcp": 3, "t": {n}}}' for n in range(KEPT)))
@@ -249,14 +213,9 @@ class Kills(PanelCase):
         self.assertFalse(os.path.exists(f"{self.home}/{RECEIPTS}"))
         self.assertEqual([name for name in os.listdir(os.path.dirname(f"{self.home}/{SAMPLES}"))
                           if "backup" in name], [])
-        self.end(process)
 
     def written(self) -> list[str]:
         """All that lies in the home but what libraries keep for themselves."""
         found = [f"{path}/{name}" for path, folders, files in os.walk(self.home) for name in folders + files]
         return [path for path in found if not re.match(
             "|".join(map(re.escape, OTHERS_OWN)), os.path.relpath(path, self.home))]
-
-
-if __name__ == "__main__":
-    unittest.main()

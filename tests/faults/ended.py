@@ -16,7 +16,6 @@ LIBRARY = ""
 
 
 def living(home: str) -> list[str]:
-    """The numbers of the processes that have this home."""
     found = []
     for pid in filter(str.isdigit, os.listdir("/proc")):
         try:

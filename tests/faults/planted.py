@@ -13,7 +13,7 @@ import time
 import unittest
 from collections.abc import Iterator
 
-from subjects import CACHE, POINTS, RECEIPTS, SAMPLES, SETTINGS, SUBJECTS, Subject
+from subjects import CACHE, POINTS, RECEIPTS, SAMPLES, SETTINGS, SUBJECTS, Subject, put, read
 from sweep import run
 
 FOLDER = os.path.dirname(SAMPLES)
@@ -23,35 +23,13 @@ PLACES = {
     "instance": ("home/run/ostrel",),
     "compaction": (SAMPLES, f"{FOLDER}/mem-history.lock", f"{FOLDER}/mem-history.new"),
     "snapshot": (SAMPLES, f"{FOLDER}/mem-history.lock"), "cleanup": (DAY, f"{RECEIPTS}/clean-1-1.progress"),
-    "receipts": (DAY,), "act": (DAY,), "plan": (DAY,),
-    "inventory": (CACHE, CACHE + ".1.new"),
-}
+    "receipts": (DAY,), "act": (DAY,), "plan": (DAY,), "inventory": (CACHE, CACHE + ".1.new")}
 FOLLOWED = (POINTS, SETTINGS)
 """Which may be links to where the user keeps them."""
 WRITER = ""
 
 
-def plant_link(path: str, outside: str) -> None:
-    os.symlink(outside + "/kept", path)
-
-
-def plant_dangling(path: str, outside: str) -> None:
-    os.symlink(outside + "/none", path)
-
-
-def plant_folder_link(path: str, outside: str) -> None:
-    os.symlink(outside, path)
-
-
-def plant_pipe(path: str, outside: str) -> None:
-    os.mkfifo(path)
-
-
-def plant_device(path: str, outside: str) -> None:
-    os.symlink("/dev/zero", path)
-
-
-def plant_socket(path: str, outside: str) -> None:
+def plant_socket(path: str, _: str) -> None:
     here = os.getcwd()
     os.chdir(os.path.dirname(path))  # a socket's path may not be long
     try:
@@ -61,15 +39,15 @@ def plant_socket(path: str, outside: str) -> None:
         os.chdir(here)
 
 
-def plant_folder(path: str, outside: str) -> None:
-    os.mkdir(path)
-
-
-PLANTS = (plant_link, plant_dangling, plant_folder_link, plant_pipe, plant_device, plant_socket, plant_folder)
+PLANTS = {
+    "link": lambda path, outside: os.symlink(outside + "/kept", path),
+    "dangling link": lambda path, outside: os.symlink(outside + "/none", path),
+    "link to a folder": lambda path, outside: os.symlink(outside, path),
+    "pipe": lambda path, _: os.mkfifo(path), "device": lambda path, _: os.symlink("/dev/zero", path),
+    "socket": plant_socket, "folder": lambda path, _: os.mkdir(path)}
 
 
 def made(folder: str) -> Iterator[tuple[str, os.stat_result]]:
-    """All that lies below a folder."""
     for path, folders, files in os.walk(folder):
         for name in folders + files:
             yield f"{path}/{name}", os.lstat(f"{path}/{name}")
@@ -80,10 +58,9 @@ class Planted(unittest.TestCase):
         """A fresh root with all that the subject needs."""
         root = tempfile.mkdtemp()
         self.addCleanup(shutil.rmtree, root, ignore_errors=True)
-        for folder in ("home", "bin", "outside"):
+        for folder in ("home", "bin"):
             os.mkdir(f"{root}/{folder}")
-        with open(root + "/outside/kept", "w", encoding="ascii") as file:
-            file.write("kept")
+        put(root + "/outside/kept", b"kept")
         subject.lay(root)
         return root
 
@@ -114,10 +91,10 @@ class Planted(unittest.TestCase):
             subject = SUBJECTS(WRITER)[name]
             for place in places:
                 for plant in PLANTS:
-                    with self.subTest(name=name, place=place, plant=plant.__name__):
+                    with self.subTest(name=name, place=place, plant=plant):
                         self.meet(subject, place, plant)
 
-    def meet(self, subject: Subject, place: str, plant) -> None:
+    def meet(self, subject: Subject, place: str, plant: str) -> None:
         root = self.lay(subject)
         path = f"{root}/{place}"
         os.makedirs(os.path.dirname(path), mode=0o700, exist_ok=True)
@@ -125,14 +102,13 @@ class Planted(unittest.TestCase):
             shutil.rmtree(path)
         elif os.path.lexists(path):
             os.unlink(path)
-        plant(path, root + "/outside")
+        PLANTS[plant](path, root + "/outside")
         done = run(subject, root, {}, umask=0)  # which raises when it doesn't end
         self.assertIn(done.code, (0, 1))
         self.assertNotIn(b"Traceback", done.err)
         self.assertEqual(os.listdir(root + "/outside"), ["kept"])
-        if not (plant is plant_link and place in FOLLOWED):
-            with open(root + "/outside/kept", encoding="ascii") as file:
-                self.assertEqual(file.read(), "kept")
+        if not (plant == "link" and place in FOLLOWED):
+            self.assertEqual(read(root + "/outside/kept"), b"kept")
 
     @unittest.skipUnless(os.geteuid() == 0, "only root gives a folder away")
     def test_a_runtime_folder_of_somebody_elses_is_neither_used_nor_cleared(self):

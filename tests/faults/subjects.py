@@ -29,7 +29,6 @@ TOOLS = [("spawn", ANYWHERE), ("descriptor", ANYWHERE), ("read", "pipe:"), ("wri
 
 
 class Run(NamedTuple):
-    """How a run ended."""
     code: int
     out: bytes
     err: bytes
@@ -81,7 +80,6 @@ def wrong_ending(run: Run, command: list[str]) -> str:
 
 
 def nothing(root: str, answer: object = None) -> str:
-    """No promise."""
     return ""
 
 
@@ -90,7 +88,6 @@ def script(name: str, *words: str) -> list[str]:
 
 
 def put(path: str, content: bytes, days: float = 0, mode: int = 0o600) -> None:
-    """A file of that age, with its folders."""
     os.makedirs(os.path.dirname(path), mode=0o700, exist_ok=True)
     with open(path, "wb") as file:
         file.write(content)
@@ -107,10 +104,11 @@ def read(path: str) -> bytes:
         return b""
 
 
-def beside(path: str) -> list[str]:
-    """The names of what lies in a file's folder, but for the file."""
-    folder, name = os.path.split(path)
-    return [other for other in os.listdir(folder) if other != name] if os.path.isdir(folder) else []
+def left_over(root: str, path: str, *wanted: str) -> str:
+    """What lies in a file's folder beside the file and what is wanted there; "" for nothing."""
+    folder, name = os.path.split(f"{root}/{path}")
+    left = set(os.listdir(folder) if os.path.isdir(folder) else ()) - {name, *wanted}
+    return f"left over: {left}" if left else ""
 
 
 def objects(content: bytes) -> Iterator[dict]:
@@ -153,8 +151,7 @@ def compaction_whole(root: str, answer: dict) -> str:
 def compaction_settled(root: str, answer: dict) -> str:
     if read(f"{root}/{SAMPLES}") != LATEST:
         return "it isn't compacted"
-    left = set(beside(f"{root}/{SAMPLES}")) - {os.path.basename(path) for path in backups(root)}
-    return f"left over: {left}" if left - {"mem-history.lock"} else ""
+    return left_over(root, SAMPLES, "mem-history.lock", *map(os.path.basename, backups(root)))
 
 
 def snapshot_whole(root: str, answer: dict) -> str:
@@ -165,7 +162,7 @@ def snapshot_settled(root: str, answer: dict) -> str:
     added = read(f"{root}/{SAMPLES}")[len(ALL_SAMPLES):]
     if not 1 <= len(list(objects(added))) <= 2:
         return "samples weren't added"
-    return "" if set(beside(f"{root}/{SAMPLES}")) == {"mem-history.lock"} else "left over"
+    return left_over(root, SAMPLES, "mem-history.lock")
 
 
 # The janitor.
@@ -315,8 +312,7 @@ def plan_whole(root: str, answer: dict) -> str:
 def plan_settled(root: str, answer: dict) -> str:
     if answer.get("ok") is not True:
         return "it isn't done"
-    left = [name for name in os.listdir(f"{root}/{SUPPORT}/Ostrel/plans") if not name.endswith(".md")]
-    return f"left over: {left}" if left else ""
+    return left_over(root, f"{SUPPORT}/Ostrel/plans/", *map(os.path.basename, plans(root)))
 
 
 def inventory_whole(root: str, answer: dict) -> str:
@@ -330,8 +326,7 @@ def inventory_settled(root: str, answer: dict) -> str:
         return "no row"
     if not read(f"{root}/{CACHE}"):
         return "nothing is kept"
-    left = beside(f"{root}/{CACHE}")
-    return f"left over: {left}" if left else ""
+    return left_over(root, CACHE)
 
 
 # The server.
@@ -398,8 +393,7 @@ def points_whole(root: str, answer: dict) -> str:
 def points_settled(root: str, answer: dict) -> str:
     if points(root) != 101:
         return "no point was added"
-    left = beside(f"{root}/{POINTS}")
-    return f"left over: {left}" if left else ""
+    return left_over(root, POINTS)
 
 
 def lay_settings(root: str) -> None:
@@ -414,8 +408,7 @@ def settings_whole(root: str, answer: dict) -> str:
 def settings_settled(root: str, answer: dict) -> str:
     if next(objects(read(f"{root}/{SETTINGS}")), {}).keys() != {"kept", "first", "ostrel.hintPolicy"}:
         return "choices are missing"
-    left = set(beside(f"{root}/{SETTINGS}")) - {os.path.basename(SETTINGS) + ".lock"}
-    return f"left over: {left}" if left else ""
+    return left_over(root, SETTINGS, os.path.basename(SETTINGS) + ".lock")
 
 
 def receipt_settled(root: str, answer: dict) -> str:
@@ -427,8 +420,7 @@ def lay_runtime(root: str) -> None:
 
 
 def runtime_settled(root: str, answer: dict) -> str:
-    left = os.listdir(f"{root}/home/run/ostrel")
-    return f"left over: {left}" if left else ""
+    return left_over(root, "home/run/ostrel/")
 
 
 def receipt_whole(root: str, answer: dict) -> str:
@@ -437,7 +429,6 @@ def receipt_whole(root: str, answer: dict) -> str:
 
 
 def SUBJECTS(writer: str) -> dict[str, Subject]:  # noqa: N802
-    """All of them by name."""
     act = script("automations_bridge.py", "act", *JOB_OPTIONS, "--confirm", "--op")
     start_a_server()
     clean = script("ostrel_janitor.py", "clean", "--group=app-caches", "--select=pip", "--apply")
@@ -462,5 +453,4 @@ def SUBJECTS(writer: str) -> dict[str, Subject]:  # noqa: N802
         "inventory": (script("automations_bridge.py", "list", "--refresh"), lay_timers, inventory_whole,
                       inventory_settled, FILES + TOOLS[:2]),
         "server": (script("ostrel_remote.py"), lay_server, server_whole, server_settled, TOOLS, HEALTH),
-        "task": (script("ostrel_remote.py"), lay_agent, task_whole, task_settled, TOOLS, TASK),
-    }.items()}
+        "task": (script("ostrel_remote.py"), lay_agent, task_whole, task_settled, TOOLS, TASK)}.items()}

@@ -36,8 +36,7 @@ DEEDS: dict[str, tuple[str, ...]] = {
     "mkdir": ("EACCES", "kill", "ENOSPC from here on"),
     "chmod": ("EIO", "kill"),
     "spawn": ("EAGAIN", "ENOMEM", "kill", "EAGAIN from here on"),
-    "descriptor": ("EMFILE", "ENFILE", "EMFILE from here on"),
-}
+    "descriptor": ("EMFILE", "ENFILE", "EMFILE from here on")}
 
 
 class Fault(NamedTuple):
@@ -48,7 +47,6 @@ class Fault(NamedTuple):
     below: str
 
     def environment(self, library: str, told: str) -> dict[str, str]:
-        """What the library is told."""
         deed, _, lasting = self.deed.partition(" ")
         below = "" if self.below == ANYWHERE else self.below
         return {"LD_PRELOAD": library, "OSTREL_FAULT_KIND": self.kind, "OSTREL_FAULT_AT": str(self.at),

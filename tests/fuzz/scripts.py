@@ -74,12 +74,11 @@ def message(value: Any) -> Callable[[random.Random], bytes]:
     return made
 
 
-def words_of(*choices: list[str]) -> Callable[[random.Random], list[str]]:
-    """One of the command lines, its values spoilt."""
+def words_of(script: str, *commands: str) -> Callable[[random.Random], list[str]]:
+    """The script with one of the commands, whose values are spoilt."""
     def chosen(rng: random.Random) -> list[str]:
-        script, *rest = rng.choice(choices)
         words = [script]
-        for word in rest:
+        for word in rng.choice(commands).split(" "):
             flag, is_value, value = word.partition("=")
             if is_value or rng.random() < 0.1:
                 value = spoilt(rng, (value if is_value else word).encode()).replace(b"\0", b"")
@@ -117,37 +116,30 @@ ORCA = {"automations": [
     {"id": "r1", "name": "n", "enabled": True, "rrule": "FREQ=DAILY", "runs": [{"at": 1}]}]}
 
 TARGETS = {
-    "analyze": Target(words_of(["ostrel.py", "analyze", "--stdin"]), message(SNAPSHOT), nothing),
+    "analyze": Target(words_of("ostrel.py", "analyze --stdin"), message(SNAPSHOT), nothing),
     "history": Target(
-        words_of(["ostrel.py", "history-clean"], ["ostrel.py", "history-clean", "--apply"]), silence,
+        words_of("ostrel.py", "history-clean", "history-clean --apply"), silence,
         lambda rng: {"Library/Application Support/ostrel/mem-history.jsonl": lines(SAMPLE)(rng)}),
     "janitor": Target(
-        words_of(["ostrel_janitor.py", "preview", "--group=agents-light"],
-                 ["ostrel_janitor.py", "clean", "--group=app-caches", "--apply", "--select=pip,npm"],
-                 ["ostrel_janitor.py", "preview", "--group=product-builds"],
-                 ["ostrel_janitor.py", "kill-preview", "--pids=12,34", "--protected=node,bun"],
-                 ["ostrel_janitor.py", "mcp-preview", "--depth=deep", "--unprotected=orca"],
-                 ["ostrel_janitor.py", "receipts"], ["ostrel_janitor.py", "groups"]),
-        silence,
+        words_of("ostrel_janitor.py", "preview --group=agents-light", "preview --group=product-builds",
+                 "clean --group=app-caches --apply --select=pip,npm", "receipts", "groups",
+                 "kill-preview --pids=12,34 --protected=node,bun",
+                 "mcp-preview --depth=deep --unprotected=orca"), silence,
         lambda rng: {".config/ostrel/product-roots": spoilt(rng, b"~/work\n/none\n"), ".cache/pip/a": b"x",
                      "Library/Application Support/Ostrel/receipts/2026-11-25.jsonl": lines(RECEIPT)(rng)}),
     "automations": Target(
-        words_of(["automations_bridge.py", "list", "--refresh"], ["automations_bridge.py", "list"],
-                 ["automations_bridge.py", "journal", "--lane", "orca", "--id", "r1", "--target", ""],
-                 ["automations_bridge.py", "act", "--lane", "launchd", "--id", "user:a.timer", "--op", "plan",
-                  "--confirm"]),
-        silence,
+        words_of("automations_bridge.py", "list --refresh", "list",
+                 "journal --lane orca --id r1 --target ",  # of no server
+                 "act --lane launchd --id user:a.timer --op plan --confirm"), silence,
         lambda rng: {".config/zol-mini-apps/ostrel-automations.json": message(REGISTRY)(rng),
                      ".config/orca/orca-data.json": message(ORCA)(rng),
                      ".codex/automations/a/automation.toml": spoilt(rng, b'name = "a"\nrrule = "X=Y"\n'),
                      ".codex/sessions/2026/11/25/rollout-2026-11-25T07-59-00-x.jsonl": lines(QUOTA)(rng),
                      ".codex/sqlite/codex-dev.db": spoilt(rng, b"SQLite format 3\0" + bytes(200))}),
     "sessions": Target(
-        words_of(["session_bridge.py", "list"],
-                 ["session_bridge.py", "switch", "--handle", "tmux:1.2:%1:/tmp/x", "--confirm"]),
-        silence, nothing),
-    "remote": Target(words_of(["ostrel_remote.py"]), message(TASK), nothing),
-}
+        words_of("session_bridge.py", "list", "switch --handle tmux:1.2:%1:/tmp/x --confirm"), silence,
+        nothing),
+    "remote": Target(lambda _: ["ostrel_remote.py"], message(TASK), nothing)}
 
 
 def fault_of(done: subprocess.CompletedProcess) -> str:

@@ -16,8 +16,7 @@ FEATURES = (
     ("all symbols bound at the start", "-d", r"FLAGS.*NOW"),
     ("a stack that can't be run", "-l", r"GNU_STACK +\S+ \S+ \S+\s+\S+ \S+ +RW +"),
     ("guarded returns", "--dyn-syms", r"__stack_chk_fail"),
-    ("checked copies", "--dyn-syms", r"__(?!stack)\w+_chk"),
-)
+    ("checked copies", "--dyn-syms", r"__(?!stack)\w+_chk"))
 # Where an indirect jump may land. The C library's start code has no such marks, so that the note that all of
 # the program has them is missing.
 LANDING, FEWEST_LANDINGS = b"\xf3\x0f\x1e\xfa", 1000

@@ -49,7 +49,6 @@ def prefix() -> str:
 
 @functools.lru_cache(maxsize=None)
 def package() -> str:
-    """The Debian package's file."""
     place = folder()
     run("cpack", "-G", "DEB", "--config", f"{BUILD_TREE}/CPackConfig.cmake", "-B", place, DESTDIR="")
     found = glob.glob(f"{place}/*.deb")

@@ -9,7 +9,7 @@ import os
 import shlex
 import signal
 import sys
-import unittest
+from pathlib import Path
 from types import SimpleNamespace
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.dirname(os.path.abspath(__file__))), "desktop"))
@@ -17,7 +17,7 @@ sys.path.insert(0, os.path.join(os.path.dirname(os.path.dirname(os.path.abspath(
 import bus  # noqa: E402
 import screen  # noqa: E402
 import staging  # noqa: E402
-from test_panel import PanelCase  # noqa: E402
+from desktop_case import PanelCase  # noqa: E402
 
 NAME, PATH = bus.APPLICATION
 DAEMON = ("org.freedesktop.DBus", "/org/freedesktop/DBus")
@@ -34,7 +34,6 @@ IN_SETTINGS = "keep panel open"  # a button that no other tab has
 
 
 class EntryPoints(PanelCase):
-    DESKTOP = {"accessible": True}
     prefix: str
 
     @classmethod
@@ -58,7 +57,6 @@ class EntryPoints(PanelCase):
         return bus.call(self.desktop.env, *DAEMON, "org.freedesktop.DBus.GetConnectionUnixProcessID", NAME)
 
     def stop(self, pid: int) -> None:
-        """Asks the instrument to end, and waits until it has."""
         def has_gone() -> bool:
             with contextlib.suppress(ChildProcessError):  # it may have become a child of this process
                 os.waitpid(pid, os.WNOHANG)
@@ -70,8 +68,8 @@ class EntryPoints(PanelCase):
 
     def entry(self, line: str) -> list[str]:
         """The commands of the desktop entry that its lines of this beginning name, without an address."""
-        with open(f"{self.prefix}/share/applications/{NAME}.desktop", encoding="utf-8") as file:
-            return [row.partition("=")[2].replace("%u", "").strip() for row in file if row.startswith(line)]
+        rows = Path(self.prefix, f"share/applications/{NAME}.desktop").read_text("utf-8").splitlines()
+        return [row.partition("=")[2].replace("%u", "").strip() for row in rows if row.startswith(line)]
 
     def test_each_way_in_starts_the_program_and_reaches_the_one_that_runs(self):
         entry = f"{self.prefix}/share/applications/{NAME}.desktop"
@@ -83,8 +81,7 @@ class EntryPoints(PanelCase):
             ("action", [sys.executable, "-c", LAUNCH_ACTION], IN_SETTINGS),
             ("address", ["xdg-open", "ostrel://show?testbed=0"], ""),
             ("address by gio", ["gio", "open", "OSTREL:?command=toggle"], ""),
-            ("plain desktop", ["env", "XDG_CURRENT_DESKTOP=X-Generic", "xdg-open", "ostrel:"], ""),
-        ]
+            ("plain desktop", ["env", "XDG_CURRENT_DESKTOP=X-Generic", "xdg-open", "ostrel:"], "")]
         # What a desktop runs that knows nothing of the bus.
         commands = self.entry("Exec=")
         self.assertEqual(len(commands), 3)
@@ -103,7 +100,6 @@ class EntryPoints(PanelCase):
                 self.stop(pid)
 
     def arrived(self, pid: int, shown: str) -> None:
-        """Waits until the panel is on the screen, with a view of that name."""
         self.panel()
         if shown:
             self.said(SimpleNamespace(pid=pid), shown)
@@ -114,14 +110,12 @@ class EntryPoints(PanelCase):
         pid = self.pid()
         self.addCleanup(self.stop, pid)
         self.item(SimpleNamespace(pid=pid))
-        with open(f"/proc/{pid}/cmdline", "rb") as file:
-            self.assertEqual(file.read().split(b"\0")[1:], [b"--background", b""])
+        self.assertEqual(Path(f"/proc/{pid}/cmdline").read_bytes().split(b"\0")[1:], [b"--background", b""])
         self.assertIsNone(screen.panel_window(self.desktop))
         self.stop(pid)
 
         etc = "/etc" if self.prefix == "/usr" else f"{self.prefix}/etc"
-        with open(f"{etc}/xdg/autostart/{NAME}.desktop", encoding="utf-8") as file:
-            text = file.read()
+        text = Path(etc, f"xdg/autostart/{NAME}.desktop").read_text("utf-8")
         command, = (shlex.split(row[5:]) for row in text.splitlines() if row.startswith("Exec="))
         switch, users = (f"{self.desktop.home}/{path}" for path in (SWITCH, USERS_ENTRY))
         for path in (switch, users):
@@ -134,8 +128,7 @@ class EntryPoints(PanelCase):
         self.assertEqual(self.pid(), by_hand.pid, "who starts it by hand wants it")
 
         self.assertIn("[*] OSTREL", self.desktop.run([login, "--list"]).stdout)
-        with open(users, "w", encoding="utf-8") as file:
-            file.write(text + "Hidden=true\n")
+        Path(users).write_text(text + "Hidden=true\n", "utf-8")
         self.addCleanup(os.remove, users)
         self.assertIn("[ ] OSTREL", self.desktop.run([login, "--list"]).stdout)
 
@@ -145,7 +138,3 @@ class EntryPoints(PanelCase):
         self.wait_for("a snapshot", lambda: bus.tool_tip(self.desktop.env, item).endswith("local CLI"))
         icons = bus.item_property(self.desktop.env, item, "IconThemePath")
         self.assertTrue(os.path.samefile(icons, f"{self.prefix}/share/ostrel/icons"), icons)
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -9,6 +9,7 @@ import struct
 import subprocess
 import unittest
 import xml.etree.ElementTree as xml
+from pathlib import Path
 
 import staging
 
@@ -26,9 +27,13 @@ ADDRESSES = {f"ostrel://{word}" for word in ("show", "open", "hide", "close", "t
 
 def options() -> set[str]:
     """What the program's own check of its arguments lets pass."""
-    with open(f"{staging.SOURCE}/src/readings/Arguments.cpp", encoding="utf-8") as file:
-        table = file.read().partition("known {")[2].partition("}")[0]
+    source = Path(staging.SOURCE, "src/readings/Arguments.cpp").read_text("utf-8")
+    table = source.partition("known {")[2].partition("}")[0]
     return set(re.findall(r'"(--[a-z-]+)"', table))
+
+
+def png_size(path: str) -> tuple:
+    return struct.unpack(">II", Path(path).read_bytes()[16:24])
 
 
 class Files(unittest.TestCase):
@@ -39,13 +44,12 @@ class Files(unittest.TestCase):
         cls.root = staging.caught()
 
     def read(self, path: str) -> str:
-        with open(f"{self.root}/{path}", "rb") as file:
-            data = file.read()
+        data = Path(self.root, path).read_bytes()
         return (gzip.decompress(data) if path.endswith(".gz") else data).decode()
 
     def zsh(self) -> str:
         found, = glob.glob(f"{self.root}/usr/share/zsh/*/_ostrel")
-        return found
+        return os.path.relpath(found, self.root)
 
     def test_programs_alone_can_be_run_and_nothing_names_the_folder_it_was_caught_in(self):
         programs = set()
@@ -55,9 +59,8 @@ class Files(unittest.TestCase):
                 self.assertIn(mode, (0o644, 0o755), path)
                 if mode == 0o755:
                     programs.add(os.path.relpath(path, self.root))
-                with open(path, "rb") as file:
-                    # The debugging build's program has the paths of its sources, but not where it went.
-                    self.assertNotIn(self.root.encode(), file.read(), path)
+                # The debugging build's program has the paths of its sources, but not where it went.
+                self.assertNotIn(self.root.encode(), Path(path).read_bytes(), path)
         self.assertEqual(programs, {"usr/bin/ostrel", "usr/libexec/ostrel/autostart"})
 
     def test_what_starts_the_program_names_a_file_that_is_there(self):
@@ -75,8 +78,7 @@ class Files(unittest.TestCase):
             for name in (name for name in names if name.endswith(".py")):
                 self.assertTrue(os.path.exists(f"{self.root}{place}/{name}"), name)
                 code, = glob.glob(f"{self.root}{place}/__pycache__/{name[:-3]}.*.pyc")
-                with open(code, "rb") as file:
-                    self.assertIn(f"{place}/{name}".encode(), file.read())
+                self.assertIn(f"{place}/{name}".encode(), Path(code).read_bytes())
 
     def test_the_desktops_tools_find_no_fault(self):
         for path in (ENTRY, ADDRESS_ENTRY, AUTOSTART):
@@ -90,33 +92,29 @@ class Files(unittest.TestCase):
     def test_the_metadata_names_the_entry_the_version_and_pictures_that_are_kept(self):
         metadata = xml.parse(f"{self.root}/{METADATA}").getroot()
         self.assertEqual(metadata.findtext("launchable"), os.path.basename(ENTRY))
-        with open(f"{staging.SOURCE}/CMakeLists.txt", encoding="utf-8") as file:
-            version = re.search(r"project\(ostrel VERSION (\S+)", file.read())[1]
+        project = Path(staging.SOURCE, "CMakeLists.txt").read_text("utf-8")
+        version = re.search(r"project\(ostrel VERSION (\S+)", project)[1]
         self.assertEqual([release.get("version") for release in metadata.iter("release")], [version])
         self.assertIn(f'"Ostrel {version}"', self.read(MAN_PAGE))
         for image in metadata.iter("image"):
-            with open(f"{staging.SOURCE}/docs/pictures/{os.path.basename(image.text)}", "rb") as file:
-                size = struct.unpack(">II", file.read(24)[16:])
+            size = png_size(f"{staging.SOURCE}/docs/pictures/{os.path.basename(image.text)}")
             self.assertEqual((int(image.get("width")), int(image.get("height"))), size, image.text)
 
     def test_the_icon_is_there_in_each_size_and_drawn_as_the_program_draws_its_mark(self):
         icons = f"{self.root}/usr/share/icons/hicolor"
         for size in ICON_SIZES:
-            with open(f"{icons}/{size}x{size}/apps/{NAME}.png", "rb") as file:
-                self.assertEqual(struct.unpack(">II", file.read(24)[16:]), (size, size))
+            self.assertEqual(png_size(f"{icons}/{size}x{size}/apps/{NAME}.png"), (size, size))
         self.assertTrue(os.path.exists(f"{icons}/symbolic/apps/{NAME}-symbolic.svg"))
         drawn = staging.folder()
         staging.run(f"{staging.BUILD_TREE}/gallery/ostrel_icons", drawn)
-        with open(f"{drawn}/hicolor/scalable/apps/{NAME}.svg", encoding="utf-8") as file:
-            self.assertEqual(self.read(f"usr/share/icons/hicolor/scalable/apps/{NAME}.svg"), file.read(),
-                             "script/icons draws them anew")
+        self.assertEqual(self.read(f"usr/share/icons/hicolor/scalable/apps/{NAME}.svg"), Path(
+            drawn, f"hicolor/scalable/apps/{NAME}.svg").read_text("utf-8"), "script/icons draws them anew")
 
     def test_the_shells_offer_every_option_and_address_and_the_man_page_tells_of_each(self):
         told = set(re.findall(r"(?<![\w-])--[a-z-]+", self.read(MAN_PAGE).replace("\\-", "-")))
         self.assertEqual(told, options(), "man page")
-        self.assertEqual(set(re.findall(r"(?<![\w-])--[a-z-]+", self.read(self.zsh()[len(self.root):]))),
-                         options(), "zsh")
-        for shell, path in (("bash", BASH), ("zsh", self.zsh()[len(self.root) + 1:]), ("fish", FISH)):
+        self.assertEqual(set(re.findall(r"(?<![\w-])--[a-z-]+", self.read(self.zsh()))), options(), "zsh")
+        for shell, path in (("bash", BASH), ("zsh", self.zsh()), ("fish", FISH)):
             staging.run(shell, "-n", f"{self.root}/{path}")
         for typed, offered in (("--", options()), ("--testbed ", {"show", "hide", "toggle"}),
                                ("ostrel://", ADDRESSES), ("ostrel://t", {"ostrel://toggle"})):
@@ -137,11 +135,6 @@ class Files(unittest.TestCase):
                 for word in staging.run("bash", "-c", script, "bash", line).split()}
 
     def fish(self, line: str) -> set[str]:
-        """What fish would complete the line to."""
         told = staging.run("fish", "-N", "-c", f"source {self.root}/{FISH}; complete -C '{line}'",
                            HOME=staging.folder())
         return {row.partition("\t")[0] for row in told.splitlines()}
-
-
-if __name__ == "__main__":
-    unittest.main()

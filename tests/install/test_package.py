@@ -4,6 +4,7 @@ import os
 import re
 import stat
 import unittest
+from pathlib import Path
 
 import staging
 
@@ -45,13 +46,8 @@ class Package(unittest.TestCase):
         modes = {stat.S_IMODE(os.stat(folder).st_mode) for folder, _, _ in os.walk(f"{self.root}/usr")}
         self.assertEqual(modes, {0o755})
         self.assertNotIn("__pycache__", staging.run("dpkg-deb", "-c", self.file))
-        with open(f"{self.root}/DEBIAN/conffiles", encoding="utf-8") as file:
-            self.assertEqual([path for path in sorted(held) if path.startswith("etc/")],
-                             [line.strip()[1:] for line in file])
+        self.assertEqual([f"/{path}" for path in sorted(held) if path.startswith("etc/")],
+                         Path(self.root, "DEBIAN/conffiles").read_text("utf-8").splitlines())
 
     def test_debians_checker_finds_no_error(self):
         staging.run("lintian", "--allow-root", "--fail-on", "error", "--no-tag-display-limit", self.file)
-
-
-if __name__ == "__main__":
-    unittest.main()
