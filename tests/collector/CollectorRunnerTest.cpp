@@ -10,15 +10,8 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
-#include <functional>
 #include <future>
-#include <memory>
-#include <optional>
-#include <string>
-#include <string_view>
 #include <thread>
-#include <utility>
-#include <vector>
 
 #include <gtest/gtest.h>
 #include <sys/wait.h>

@@ -7,15 +7,9 @@
 
 #include <cerrno>
 #include <csignal>
-#include <cstddef>
 #include <fstream>
 #include <future>
-#include <optional>
 #include <random>
-#include <string>
-#include <string_view>
-#include <utility>
-#include <vector>
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
