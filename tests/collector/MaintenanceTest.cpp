@@ -256,8 +256,7 @@ std::string told(const Diagnosis& diagnosis)
 TEST(Diagnosis, ReadsEachFormOfAnswerAndDropsWhatLacksItsWords)
 {
     struct Case {
-        std::string output;
-        std::string shown;
+        std::string output, shown;
         int status = 0;
     };
     const std::string deep = std::string(200, '[') + std::string(200, ']');

@@ -58,8 +58,7 @@ TEST(Json, NumbersAreToldApart)
     struct Case {
         const char* text;
         std::optional<double> number;
-        Whole integer;
-        Whole truncated;
+        Whole integer, truncated;
     };
     const Case cases[] { { "12", 12.0, 12, 12 }, { "12.0", 12.0, 12, 12 }, { "-12.0", -12.0, -12, -12 },
         { "1e3", 1000.0, 1000, 1000 }, { "-0", 0.0, 0, 0 }, { "12.5", 12.5, {}, 12 },

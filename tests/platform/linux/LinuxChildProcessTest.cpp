@@ -79,8 +79,7 @@ TEST(LinuxChildProcess, AllThreeStreamsAreServedAtOnceAndAChildThatDoesNotReadHo
     struct Case {
         std::string script;
         std::optional<std::string> input;
-        std::string output;
-        std::string errorOutput;
+        std::string output, errorOutput;
         int status = 0;
     };
     const Case cases[] { { "cat", {}, "", "" }, { "cat", "", "", "" }, { "cat", large, large, "" },

@@ -98,8 +98,8 @@ TEST(LinuxRunningInstances, AFolderThatIsNotTheUsersAloneIsNotUsed)
         LinuxRunningInstances own(home.path() + name);
         EXPECT_EQ(own.current().pid, ::getpid());
         EXPECT_TRUE(own.others().empty()) << name;
+        EXPECT_EQ(entriesIn(home.path() + "/open") + entriesIn(home.path() + "/real"), 0) << name;
     }
-    EXPECT_EQ(entriesIn(home.path() + "/open") + entriesIn(home.path() + "/real"), 0);
     const std::string shared = "/tmp/ostrel-" + std::to_string(::geteuid());
     for (const auto& [runtime, folder] :
         { std::pair { "/run/x", std::string("/run/x/ostrel") }, { "relative", shared }, { "", shared } }) {

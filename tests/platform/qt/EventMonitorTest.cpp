@@ -62,22 +62,18 @@ TEST_F(X11PressWatchOnADisplay, TellsThePressesOfTwoButtonsOutsideOfOurWindowsWh
         EXPECT_EQ(toldAfterClick(static_cast<std::int16_t>(x)), told) << x;
     for (const auto& [button, told] : { std::pair { 1, 1 }, { 2, 0 }, { 3, 1 }, { 4, 0 }, { 8, 0 } })
         EXPECT_EQ(toldAfterClick(150, static_cast<std::uint8_t>(button)), told) << button;
-    const XcbReply<xcb_grab_pointer_reply_t> grab(
-        xcb_grab_pointer_reply(other.get(),
-            xcb_grab_pointer(other.get(), 0, root, XCB_EVENT_MASK_BUTTON_PRESS, XCB_GRAB_MODE_ASYNC,
-                XCB_GRAB_MODE_ASYNC, XCB_NONE, XCB_NONE, XCB_CURRENT_TIME),
-            nullptr),
-        &std::free);
+    const auto grab = answerTo(other.get(),
+        xcb_grab_pointer(other.get(), 0, root, XCB_EVENT_MASK_BUTTON_PRESS, XCB_GRAB_MODE_ASYNC,
+            XCB_GRAB_MODE_ASYNC, XCB_NONE, XCB_NONE, XCB_CURRENT_TIME),
+        xcb_grab_pointer_reply);
     EXPECT_EQ(toldAfterClick(150), 1) << "another program's menu is open";
     watch->stop();
     roundTrip(own.get()); // two programs' requests have no order of their own
     events = 0;
     EXPECT_EQ(toldAfterClick(150), 0);
     EXPECT_EQ(events, 0);
-    const XcbReply<xcb_input_xi_get_selected_events_reply_t> left(
-        xcb_input_xi_get_selected_events_reply(
-            own.get(), xcb_input_xi_get_selected_events(own.get(), root), nullptr),
-        &std::free);
+    const auto left = answerTo(
+        own.get(), xcb_input_xi_get_selected_events(own.get(), root), xcb_input_xi_get_selected_events_reply);
     EXPECT_EQ(left->num_masks, 0);
 }
 

@@ -119,11 +119,9 @@ protected:
     /// The display's colour at the place.
     std::uint32_t pixel(std::int16_t x, std::int16_t y)
     {
-        const XcbReply<xcb_get_image_reply_t> reply(
-            xcb_get_image_reply(own.get(),
-                xcb_get_image(own.get(), XCB_IMAGE_FORMAT_Z_PIXMAP, rootWindow(own.get()), x, y, 1, 1, ~0U),
-                nullptr),
-            &std::free);
+        const auto reply = answerTo(own.get(),
+            xcb_get_image(own.get(), XCB_IMAGE_FORMAT_Z_PIXMAP, rootWindow(own.get()), x, y, 1, 1, ~0U),
+            xcb_get_image_reply);
         return reply ? *reinterpret_cast<const std::uint32_t*>(xcb_get_image_data(reply.get())) & 0xffffffU
                      : 0;
     }
@@ -171,18 +169,15 @@ TEST_F(XEmbedTrayOnADisplay, AsksForItsLengthAndTellsItsNameAndLeavesAtItsEnd)
     face.toolTip = "other tip";
     item->show(face, 2);
     settle();
-    const auto figures = [&](xcb_atom_t name, xcb_atom_t type) {
-        XcbReply<xcb_get_property_reply_t> reply(
-            xcb_get_property_reply(
-                tray.get(), xcb_get_property(tray.get(), 0, icon, name, type, 0, 64), nullptr),
-            &std::free);
-        return reply;
+    const auto property = [&](xcb_atom_t name, xcb_atom_t type) {
+        return answerTo(
+            tray.get(), xcb_get_property(tray.get(), 0, icon, name, type, 0, 64), xcb_get_property_reply);
     };
-    const auto hints = figures(XCB_ATOM_WM_NORMAL_HINTS, XCB_ATOM_WM_SIZE_HINTS);
-    ASSERT_TRUE(hints && hints->length == 18);
-    EXPECT_EQ(static_cast<const std::uint32_t*>(xcb_get_property_value(hints.get()))[5], 200U);
+    const auto hints = property(XCB_ATOM_WM_NORMAL_HINTS, XCB_ATOM_WM_SIZE_HINTS);
+    ASSERT_EQ(figuresOf(hints).size(), 18U);
+    EXPECT_EQ(figuresOf(hints)[5], 200U);
     const TrayAtoms atoms(tray.get());
-    const auto name = figures(atoms.windowName, atoms.utf8);
+    const auto name = property(atoms.windowName, atoms.utf8);
     ASSERT_TRUE(name);
     EXPECT_EQ(std::string(static_cast<const char*>(xcb_get_property_value(name.get())),
                   static_cast<std::size_t>(xcb_get_property_value_length(name.get()))),
@@ -199,8 +194,7 @@ TEST_F(XEmbedTrayOnADisplay, APressCountsWhereItEndsOverTheWindow)
     const xcb_window_t icon = tray.takeIn();
     settle();
     struct Case {
-        std::uint8_t down;
-        std::uint8_t up;
+        std::uint8_t down, up;
         std::int16_t x;
         std::uint16_t state;
         const char* told;
