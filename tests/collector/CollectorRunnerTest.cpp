@@ -10,15 +10,8 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
-#include <functional>
 #include <future>
-#include <memory>
-#include <optional>
-#include <string>
-#include <string_view>
 #include <thread>
-#include <utility>
-#include <vector>
 
 #include <gtest/gtest.h>
 #include <sys/wait.h>
@@ -79,8 +72,7 @@ TEST(CollectorRunner, TheClockComesBeforeTheStatusAndTheStatusBeforeTheErrorText
     struct Case {
         int status;
         double elapsed;
-        std::string errorOutput;
-        std::string error;
+        std::string errorOutput, error;
         double timeout = 8;
     };
     const Case cases[] { { 0, 0.1, "", "" }, { 0, 7.999'999, "a warning", "" },

@@ -3,12 +3,6 @@
 
 #include "collector/CollectorBench.h"
 
-#include <memory>
-#include <optional>
-#include <string>
-#include <utility>
-#include <vector>
-
 #include <gtest/gtest.h>
 
 namespace {
@@ -260,18 +254,6 @@ TEST(SnapshotCycle, AnAnswerThatOutlivesItsOwnerIsDroppedAndTheRunnerLivesAsLong
     EXPECT_TRUE(runner.expired());
     bench.time.advance(100s);
     EXPECT_EQ(bench.waiting(), 0U) << "the timer went with it";
-}
-
-TEST(SnapshotCycle, WithoutAPanelItKeepsStateOnly)
-{
-    CollectorBench bench;
-    bench.cycle.emplace(SnapshotCycle::Platform { bench.time, bench.time, bench.globalQueue, bench.files,
-                            bench.bundle, bench.time },
-        bench.runner, bench.tick);
-    bench.fetch(good);
-    EXPECT_EQ(bench.cycle->lastData()->ts, "now");
-    bench.cycle->profileChanged();
-    EXPECT_EQ(bench.time.timers(), 0);
 }
 
 } // namespace

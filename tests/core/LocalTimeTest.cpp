@@ -3,7 +3,6 @@
 
 #include <cstdlib>
 #include <ctime>
-#include <string>
 
 #include <gtest/gtest.h>
 
@@ -12,44 +11,26 @@ namespace {
 using namespace ostrel;
 using namespace std::chrono_literals;
 
-/// The process's time zone, put back at the end.
-class ZoneGuard {
-public:
-    ZoneGuard()
-        : before_(std::getenv("TZ") ? std::getenv("TZ") : "")
-    {
-    }
-    ZoneGuard(const ZoneGuard&) = delete;
-    ZoneGuard& operator=(const ZoneGuard&) = delete;
-    ~ZoneGuard() { set(before_.empty() ? nullptr : before_.c_str()); }
-
-    static void set(const char* zone)
-    {
-        if (zone)
-            setenv("TZ", zone, 1);
-        else
-            unsetenv("TZ");
-        tzset();
-    }
-
-private:
-    std::string before_;
-};
+void setZone(const char* zone)
+{
+    setenv("TZ", zone, 1);
+    tzset();
+}
 
 TEST(LocalTime, IsThatOfTheMachinesZoneAlsoBeforeNineteenSeventy)
 {
-    const ZoneGuard guard;
     const std::chrono::system_clock::time_point epoch;
-    ZoneGuard::set("UTC0");
+    setZone("UTC0");
     EXPECT_EQ(localClockText(epoch + 1h + 2min + 3s + 900ms), "01:02:03");
     EXPECT_EQ(localClockText(epoch - 1ms), "23:59:59");
-    ZoneGuard::set("XYZ-5:30");
+    setZone("XYZ-5:30");
     EXPECT_EQ(localClockText(epoch + 20h), "01:30:00");
     EXPECT_EQ(localClockTime(epoch + 20h), (ClockTime { 1, 30, 0 }));
     EXPECT_EQ(localDayText(epoch + 20h), "1970-01-02") << "the day of the zone";
     EXPECT_EQ(localShortTimeText(epoch + 20h), "01:30");
     EXPECT_EQ(localMinuteText(epoch + 20h), "Jan 2 01:30");
     EXPECT_EQ(localMinuteText(epoch - 24h * 20), "Dec 12 05:30");
+    setZone("UTC0");
 }
 
 } // namespace

@@ -1,13 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "core/Text.h"
 
-#include <cstddef>
-#include <cstdint>
 #include <limits>
-#include <string>
-#include <string_view>
-#include <tuple>
-#include <utility>
 
 #include <gtest/gtest.h>
 

@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hints/CompanionPolicy.h"
+#include "platform/linux/LinuxKernel.h"
 
+#include "support/TemporaryFolder.h"
+
+#include <fstream>
+
+#include <fmt/format.h>
 #include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
 
 namespace {
 
@@ -26,68 +29,58 @@ struct Reading {
 
 constexpr Seconds maxGap { 12.5 };
 
+/// Readings that follow each other, and what was before them.
 struct Walk {
     const char* rule;
-    CompanionPolicy before;
     std::vector<Reading> readings;
-    bool presentedAfter = false;
+    bool presentedAfter = true; ///< the episode has had its hint
+    bool presented = false; ///< the same, before
+    std::optional<double> lastPresented = std::nullopt, snoozedUntil = std::nullopt;
 };
 
-CompanionPolicy presented(double when)
-{
-    CompanionPolicy policy;
-    policy.lastPresented = at(when);
-    return policy;
-}
-
-CompanionPolicy spent()
-{
-    CompanionPolicy policy;
-    policy.episodePresented = true;
-    return policy;
-}
-
-CompanionPolicy snoozed(double until)
-{
-    CompanionPolicy policy;
-    policy.snoozedUntil = at(until);
-    return policy;
-}
-
 const std::vector<Walk> walks {
-    { "twenty seconds exactly are enough", {}, { { 0, 2 }, { 10, 2 }, { 19.9, 2 }, { 20, 2, true } }, true },
-    { "a change between warning and critical is the same run", {}, { { 0, 2 }, { 10, 4 }, { 20, 2, true } },
-        true },
-    { "the longest gap still belongs to the run", {}, { { 0, 2 }, { 12.5, 2 }, { 20, 2, true } }, true },
-    { "a longer one begins it anew", {}, { { 0, 2 }, { 12.6, 2 }, { 22, 2 }, { 32.6, 2, true } }, true },
-    { "a clock set back begins it anew", {},
-        { { 100, 2 }, { 110, 2 }, { 50, 2 }, { 60, 2 }, { 70, 2, true } }, true },
-    { "an unknown level begins it anew", {},
-        { { 0, 2 }, { 10, 0 }, { 20, 2 }, { 30, 3 }, { 35, 2 }, { 45, 2 }, { 55, 2, true } }, true },
-    { "calm begins it anew", {}, { { 0, 4 }, { 10, 1 }, { 15, 4 }, { 25, 4 }, { 35, 4, true } }, true },
-    { "hints that are off begin it anew", {},
-        { { 0, 2 }, { 10, 2, false, false }, { 20, 2 }, { 30, 2 }, { 40, 2, true } }, true },
-    { "time goes on while there is no room", {},
-        { { 0, 2 }, { 10, 2 }, { 20, 2, false, true, true }, { 30, 2, false, true, true }, { 40, 2, true } },
-        true },
-    { "an episode has one hint, whatever comes between", spent(),
-        { { 0, 2 }, { 10, 4 }, { 20, 2 }, { 5000, 2 }, { 5010, 0 }, { 5020, 2, false, false }, { 5030, 2 },
-            { 5040, 2 }, { 5050, 2 } },
-        true },
-    { "only calm ends it", spent(), { { 0, 1 }, { 10, 2 }, { 20, 2 }, { 30, 2, true } }, true },
-    { "and it does while hints are off", spent(), { { 0, 1, false, false } } },
-    { "the cool-down counts from the last hint", presented(-1790),
-        { { -15, 2 }, { -5, 2 }, { 5, 2 }, { 9.9, 2 }, { 10, 2, true } }, true },
-    { "a hint that lies ahead holds the next one back", presented(1e9),
-        { { 0, 2 }, { 10, 2 }, { 20, 2 }, { 30, 2 } } },
-    { "a snooze ends at its moment", snoozed(25),
-        { { 0, 2 }, { 10, 2 }, { 20, 2 }, { 24.9, 2 }, { 25, 2, true } }, true },
+    { "twenty seconds exactly are enough", { { 0, 2 }, { 10, 2 }, { 19.9, 2 }, { 20, 2, true } } },
+    { "a change between warning and critical is the same run", { { 0, 2 }, { 10, 4 }, { 20, 2, true } } },
+    { "the longest gap still belongs to the run", { { 0, 2 }, { 12.5, 2 }, { 20, 2, true } } },
+    { "a longer one begins it anew", { { 0, 2 }, { 12.6, 2 }, { 22, 2 }, { 32.6, 2, true } } },
+    { "a clock set back begins it anew", { { 100, 2 }, { 110, 2 }, { 50, 2 }, { 60, 2 }, { 70, 2, true } } },
+    { "an unknown level begins it anew",
+        { { 0, 2 }, { 10, 0 }, { 20, 2 }, { 30, 3 }, { 35, 2 }, { 45, 2 }, { 55, 2, true } } },
+    { "calm begins it anew", { { 0, 4 }, { 10, 1 }, { 15, 4 }, { 25, 4 }, { 35, 4, true } } },
+    { "hints that are off begin it anew",
+        { { 0, 2 }, { 10, 2, false, false }, { 20, 2 }, { 30, 2 }, { 40, 2, true } } },
+    { "time goes on while there is no room",
+        { { 0, 2 }, { 10, 2 }, { 20, 2, false, true, true }, { 30, 2, false, true, true },
+            { 40, 2, true } } },
+    { .rule = "an episode has one hint, whatever comes between",
+        .readings = { { 0, 2 }, { 10, 4 }, { 20, 2 }, { 5000, 2 }, { 5010, 0 }, { 5020, 2, false, false },
+            { 5030, 2 }, { 5040, 2 }, { 5050, 2 } },
+        .presented = true },
+    { .rule = "only calm ends it",
+        .readings = { { 0, 1 }, { 10, 2 }, { 20, 2 }, { 30, 2, true } },
+        .presented = true },
+    { "and it does while hints are off", { { 0, 1, false, false } }, false, true },
+    { .rule = "the cool-down counts from the last hint",
+        .readings = { { -15, 2 }, { -5, 2 }, { 5, 2 }, { 9.9, 2 }, { 10, 2, true } },
+        .lastPresented = -1790 },
+    { .rule = "a hint that lies ahead holds the next one back",
+        .readings = { { 0, 2 }, { 10, 2 }, { 20, 2 }, { 30, 2 } },
+        .presentedAfter = false,
+        .lastPresented = 1e9 },
+    { .rule = "a snooze ends at its moment",
+        .readings = { { 0, 2 }, { 10, 2 }, { 20, 2 }, { 24.9, 2 }, { 25, 2, true } },
+        .snoozedUntil = 25 },
 };
 
 TEST(CompanionPolicy, AnswersYesOnceForEachEpisodeThatLasts)
 {
     for (const Walk& walk : walks) {
-        CompanionPolicy policy = walk.before;
+        CompanionPolicy policy;
+        policy.episodePresented = walk.presented;
+        if (walk.lastPresented)
+            policy.lastPresented = at(*walk.lastPresented);
+        if (walk.snoozedUntil)
+            policy.snoozedUntil = at(*walk.snoozedUntil);
         for (const Reading& one : walk.readings) {
             const bool yes = policy.observe(one.level, at(one.when), maxGap, one.enabled, one.occupied);
             EXPECT_EQ(yes, one.yes) << walk.rule << ", at " << one.when;
@@ -183,6 +176,76 @@ TEST(CompanionPolicy, AGestureFlashesOnAChangeOfLevelOnly)
         EXPECT_EQ(gesture.observe(level), flashes) << level;
     gesture.reset();
     EXPECT_EQ(gesture.observe(2), 1) << "as at first";
+}
+
+/// Between two looks of a record.
+constexpr double period = 2;
+
+/// What one look of a record says, written as the kernel does.
+struct Look {
+    double some = 0, full = 0;
+    long total = 0, free = 0, available = 0, cached = 0;
+
+    void layDown(const TemporaryFolder& folder) const
+    {
+        folder.write("pressure/memory",
+            fmt::format("some avg10={:.2f} avg60=0.00 avg300=0.00 total=1\n"
+                        "full avg10={:.2f} avg60=0.00 avg300=0.00 total=1\n",
+                some, full));
+        folder.write("meminfo",
+            fmt::format("MemTotal: {} kB\nMemFree: {} kB\nMemAvailable: {} kB\nBuffers: 0 kB\nCached: {} kB\n"
+                        "SwapTotal: 0 kB\nSwapFree: 0 kB\n",
+                total, free, available, cached));
+    }
+};
+
+std::vector<Look> record(const std::string& name)
+{
+    std::ifstream file(OSTREL_FIXTURES "/pressure/" + name + ".txt");
+    std::vector<Look> looks;
+    for (Look one; file >> one.some >> one.full >> one.total >> one.free >> one.available >> one.cached;)
+        looks.push_back(one);
+    return looks;
+}
+
+TEST(RecordedPressure, HintsSpeakOfShortageAndNotOfWork)
+{
+    struct Expected {
+        const char* record;
+        std::string levels; ///< as they follow each other
+        int hints;
+    };
+    for (const auto& [name, levels, hints] : {
+             Expected { "calm", "1", 0 },
+             // A stall of a fifth of the time, but four fifths of the memory can be had back.
+             Expected { "copy", "1", 0 },
+             Expected { "build", "1", 0 },
+             // Full without a stall, so only the headroom tells, in time before the end.
+             Expected { "leak", "1 2 4 1", 1 },
+             // What thrashes, and, in the same record, its recovery.
+             Expected { "thrash", "1 2 4 1", 1 },
+         }) {
+        const TemporaryFolder folder;
+        platform::LinuxKernel kernel(folder.path());
+        CompanionPolicy policy;
+        CompanionPolicy::Date now;
+        std::string seen;
+        int shown = 0, before = 0;
+        for (const Look& look : record(name)) {
+            look.layDown(folder);
+            const int level = kernel.read().pressureLevel;
+            if (level != before)
+                seen += (seen.empty() ? "" : " ") + std::to_string(level);
+            before = level;
+            if (policy.observe(level, now, platform::Seconds(2.5 * period), true, false)) {
+                policy.record("presented", now);
+                ++shown;
+            }
+            now += platform::Seconds(period);
+        }
+        EXPECT_EQ(seen, levels) << name;
+        EXPECT_EQ(shown, hints) << name;
+    }
 }
 
 } // namespace

@@ -8,10 +8,6 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
-#include <utility>
-#include <vector>
-
 namespace {
 
 using namespace ostrel;
@@ -108,8 +104,13 @@ struct Bench : StateBench {
     Door door;
     FakeStage stage;
     std::optional<Rect> item = Rect { 1000, 875, 40, 25 };
-    HintController hints { { defaults, time, time, screens, tick, settings, door, body, stage,
-        [this] { return item; } } };
+    /// One more run of the program, over the same settings.
+    HintController start()
+    {
+        return HintController(
+            { defaults, time, time, screens, tick, settings, door, body, stage, [this] { return item; } });
+    }
+    HintController hints = start();
 };
 
 using Texts = std::vector<std::string>;
@@ -241,15 +242,9 @@ TEST(HintController, WaitsForThePanelAndWritesOnlyWhatChanged)
     const int writes = bench.defaults.writes;
     bench.pass(120, 2);
     EXPECT_EQ(bench.defaults.writes, writes) << "a quiet tick touches no file";
-
-    // The next run of the program.
-    HintController again { { bench.defaults, bench.time, bench.time, bench.screens, bench.tick,
-        bench.settings, bench.door, bench.body, bench.stage, [&bench] { return bench.item; } } };
-    EXPECT_EQ(again.hintPolicy().encoded(), *stored);
+    EXPECT_EQ(bench.start().hintPolicy().encoded(), *stored);
     bench.defaults.setBytes(HintController::policyKey, "{\"receipts\":[]}");
-    HintController fresh { { bench.defaults, bench.time, bench.time, bench.screens, bench.tick,
-        bench.settings, bench.door, bench.body, bench.stage, [&bench] { return bench.item; } } };
-    EXPECT_EQ(fresh.hintPolicy(), CompanionPolicy {});
+    EXPECT_EQ(bench.start().hintPolicy(), CompanionPolicy {});
     EXPECT_EQ(bench.defaults.bytes(HintController::policyKey), "{\"receipts\":[]}") << "until the next save";
 }
 

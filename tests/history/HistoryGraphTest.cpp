@@ -2,14 +2,7 @@
 #include "history/HistoryGraph.h"
 
 #include <cmath>
-#include <cstddef>
-#include <cstdint>
 #include <limits>
-#include <optional>
-#include <string>
-#include <tuple>
-#include <utility>
-#include <vector>
 
 #include <gtest/gtest.h>
 

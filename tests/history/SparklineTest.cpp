@@ -3,13 +3,7 @@
 
 #include <algorithm>
 #include <climits>
-#include <cstddef>
 #include <limits>
-#include <optional>
-#include <string>
-#include <tuple>
-#include <utility>
-#include <vector>
 
 #include <gtest/gtest.h>
 

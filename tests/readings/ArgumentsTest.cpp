@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "readings/Arguments.h"
 
-#include <string>
-#include <vector>
-
 #include <fmt/ranges.h>
 #include <gtest/gtest.h>
 

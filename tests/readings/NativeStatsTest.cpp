@@ -5,11 +5,7 @@
 
 #include "support/FakeKernel.h"
 
-#include <cstdint>
 #include <limits>
-#include <optional>
-#include <tuple>
-#include <utility>
 
 #include <gtest/gtest.h>
 

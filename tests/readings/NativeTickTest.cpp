@@ -1,16 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "readings/NativeTick.h"
 
-#include "support/FakeKernel.h"
-#include "support/FakeUserDefaults.h"
-#include "support/VirtualTime.h"
+#include "support/FakeMachine.h"
 
 #include <chrono>
-#include <cstdint>
-#include <string>
-#include <tuple>
-#include <utility>
-#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -21,7 +14,7 @@ using namespace std::chrono_literals;
 using Calls = std::vector<std::string>;
 
 /// A tick with all that it needs, which also stands for those who live by it.
-struct TickBench : TickSink, RefreshListener {
+struct TickBench : FakeMachine, TickSink, RefreshListener {
     TickBench() { tick.connect(*this, *this); }
 
     void recordMinute(const MinuteReading& reading) override
@@ -42,10 +35,7 @@ struct TickBench : TickSink, RefreshListener {
         kernel.ticks->idle += 100 - percent;
     }
 
-    FakeKernel kernel;
     CPUSampler sampler { kernel };
-    VirtualTime time;
-    FakeUserDefaults defaults;
     NativeTick tick { kernel, sampler, time, time, defaults };
     bool shown = false;
     Calls calls;

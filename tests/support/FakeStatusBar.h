@@ -37,7 +37,6 @@ public:
     Press press;
     std::optional<platform::StatusItemPlacement> placement;
     int menusOpened = 0;
-    platform::Job onFace = [] {}; ///< called after each face
     platform::Job onRemove = [] {}; ///< called when an item goes
 
 private:
@@ -52,7 +51,6 @@ private:
         {
             bar->note("draws the item");
             bar->faces.push_back(face);
-            bar->onFace();
         }
         void setMenuBuilder(std::function<platform::Menu()> build) override { bar->menu = std::move(build); }
         void setPressHandler(Press handler) override { bar->press = std::move(handler); }

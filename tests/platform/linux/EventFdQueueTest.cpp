@@ -5,12 +5,8 @@
 #include "support/Waiting.h"
 
 #include <array>
-#include <memory>
 #include <numeric>
-#include <string>
 #include <thread>
-#include <utility>
-#include <vector>
 
 #include <gtest/gtest.h>
 #include <poll.h>

@@ -7,15 +7,9 @@
 
 #include <cerrno>
 #include <csignal>
-#include <cstddef>
 #include <fstream>
 #include <future>
-#include <optional>
 #include <random>
-#include <string>
-#include <string_view>
-#include <utility>
-#include <vector>
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -85,8 +79,7 @@ TEST(LinuxChildProcess, AllThreeStreamsAreServedAtOnceAndAChildThatDoesNotReadHo
     struct Case {
         std::string script;
         std::optional<std::string> input;
-        std::string output;
-        std::string errorOutput;
+        std::string output, errorOutput;
         int status = 0;
     };
     const Case cases[] { { "cat", {}, "", "" }, { "cat", "", "", "" }, { "cat", large, large, "" },

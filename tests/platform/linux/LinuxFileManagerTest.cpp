@@ -8,16 +8,10 @@
 
 #include <atomic>
 #include <csignal>
-#include <cstddef>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <memory>
-#include <optional>
-#include <string>
 #include <thread>
-#include <utility>
-#include <vector>
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

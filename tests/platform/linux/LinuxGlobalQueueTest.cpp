@@ -6,12 +6,8 @@
 #include <atomic>
 #include <csignal>
 #include <future>
-#include <memory>
-#include <optional>
 #include <semaphore>
-#include <string>
 #include <thread>
-#include <vector>
 
 #include <gtest/gtest.h>
 #include <pthread.h>

@@ -3,10 +3,6 @@
 
 #include "support/TemporaryFolder.h"
 
-#include <optional>
-#include <string>
-#include <utility>
-
 #include <gtest/gtest.h>
 
 namespace {

@@ -9,9 +9,6 @@
 
 #include <cerrno>
 #include <csignal>
-#include <cstdint>
-#include <string>
-#include <utility>
 
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -97,15 +94,11 @@ TEST(LinuxProcessSignals, AKernelThreadOrWhatMayBeOneIsNeverHeld)
     const TemporaryFolder proc;
     const Waiter waiter;
     const std::string tail = " 10 11 12 13 14 15 16 17 18 19 20 21 555 23";
-    const std::pair<std::string, int> cases[] {
-        { "7 (a) S 1 1 1 0 -1 4194304" + tail, 0 },
+    const std::pair<std::string, int> cases[] { { "7 (a) S 1 1 1 0 -1 4194304" + tail, 0 },
         { "7 (kworker) S 1 1 1 0 -1 2129984" + tail, EINVAL },
         { "7 (kworker) S 1 1 1 0 -1 2097152" + tail, EINVAL },
-        { "7 (a) S 0) S 1 1 1 0 -1 2097152" + tail, EINVAL },
-        { "7 (a) S 1 1 1 0 -1 flags" + tail, EINVAL },
-        { "7 (a) S", EINVAL },
-        { "", EINVAL },
-    };
+        { "7 (a) S 0) S 1 1 1 0 -1 2097152" + tail, EINVAL }, { "7 (a) S 1 1 1 0 -1 flags" + tail, EINVAL },
+        { "7 (a) S", EINVAL }, { "", EINVAL } };
     for (const auto& [stat, error] : cases) {
         proc.write(std::to_string(waiter.pid()) + "/stat", stat);
         const Hold hold = LinuxProcessSignals(proc.path()).hold(waiter.pid(), 555);

@@ -11,10 +11,6 @@
 #include <cmath>
 #include <filesystem>
 #include <limits>
-#include <optional>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>

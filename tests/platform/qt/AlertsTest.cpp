@@ -23,10 +23,13 @@ std::size_t answerTo(QtAlerts& alerts, const Alert& alert, const std::function<v
     return alerts.runModal(alert);
 }
 
-void press(QWidget& where, Qt::Key key)
+/// Presses a key in the question.
+std::function<void(QDialog&)> press(Qt::Key key)
 {
-    QKeyEvent down(QEvent::KeyPress, key, Qt::NoModifier);
-    QCoreApplication::sendEvent(&where, &down);
+    return [key](QDialog& dialog) {
+        QKeyEvent down(QEvent::KeyPress, key, Qt::NoModifier);
+        QCoreApplication::sendEvent(&dialog, &down);
+    };
 }
 
 const Alert question { "Stop it?", "It & its children.", { "Stop", "Show", "Cancel" }, true };
@@ -34,12 +37,13 @@ const Alert question { "Stop it?", "It & its children.", { "Stop", "Show", "Canc
 TEST(QtAlerts, ReturnIsTheFirstButtonAndEscapeOrClosingTheLastOrTheOneThatCancels)
 {
     QtAlerts alerts;
-    EXPECT_EQ(answerTo(alerts, question, [](QDialog& dialog) { press(dialog, Qt::Key_Return); }), 0U);
-    EXPECT_EQ(answerTo(alerts, question, [](QDialog& dialog) { press(dialog, Qt::Key_Escape); }), 2U);
-    EXPECT_EQ(answerTo(alerts, question, [](QDialog& dialog) { dialog.close(); }), 2U);
+    const auto close = [](QDialog& dialog) { dialog.close(); };
+    EXPECT_EQ(answerTo(alerts, question, press(Qt::Key_Return)), 0U);
+    EXPECT_EQ(answerTo(alerts, question, press(Qt::Key_Escape)), 2U);
+    EXPECT_EQ(answerTo(alerts, question, close), 2U);
     const Alert safe { .title = "Compact?", .text = "", .buttons = { "Cancel", "Compact" }, .cancel = 0 };
-    EXPECT_EQ(answerTo(alerts, safe, [](QDialog& dialog) { press(dialog, Qt::Key_Escape); }), 0U);
-    EXPECT_EQ(answerTo(alerts, { "Done", "", { "OK" } }, [](QDialog& dialog) { dialog.close(); }), 0U);
+    EXPECT_EQ(answerTo(alerts, safe, press(Qt::Key_Escape)), 0U);
+    EXPECT_EQ(answerTo(alerts, { "Done", "", { "OK" } }, close), 0U);
 }
 
 TEST(QtAlerts, TheLoopGoesOnUnderneathAndMayDropTheWindowThatTheQuestionStandsOver)
@@ -54,10 +58,9 @@ TEST(QtAlerts, TheLoopGoesOnUnderneathAndMayDropTheWindowThatTheQuestionStandsOv
                   [&](QDialog& dialog) {
                       panel->deleteLater();
                       EXPECT_TRUE(spinUntil([&] { return !panel; }));
-                      inner
-                          = answerTo(alerts, question, [](QDialog& other) { press(other, Qt::Key_Return); });
+                      inner = answerTo(alerts, question, press(Qt::Key_Return));
                       EXPECT_TRUE(alerts.isUp()) << "the first one still waits";
-                      press(dialog, Qt::Key_Escape);
+                      press(Qt::Key_Escape)(dialog);
                   }),
         2U);
     EXPECT_EQ(inner, 0U);

@@ -2,8 +2,6 @@
 #include "platform/qt/DBusMenuModel.h"
 
 #include <set>
-#include <string>
-#include <utility>
 
 #include <gtest/gtest.h>
 

@@ -2,12 +2,10 @@
 #include "platform/qt/QtHotKeyCenter.h"
 #include "platform/qt/QtKeyMonitor.h"
 
-#include "support/QtEnvironment.h"
+#include "platform/qt/OtherProgram.h"
 #include "support/VirtualTime.h"
 
 #include <QDBusArgument>
-#include <QDBusConnection>
-#include <QDBusMessage>
 #include <QDBusMetaType>
 #include <QDBusObjectPath>
 #include <QDBusVariant>
@@ -17,11 +15,6 @@
 #include <QWindow>
 
 #include <cstdlib>
-#include <memory>
-#include <optional>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -65,38 +58,37 @@ public:
         const QString member = message.member();
         const QVariantList arguments = message.arguments();
         calls.push_back(member.toStdString());
+        QDBusMessage reply = message.createReply();
         if (member == "Register") {
             program = arguments.value(0).toString().toStdString();
-            return connection.send(message.createReply());
-        }
-        if (member == "Get" && !known)
-            return connection.send(message.createErrorReply(QDBusError::InvalidArgs, "no such interface"));
-        if (member == "Get")
-            return connection.send(message.createReply(QVariant::fromValue(QDBusVariant(1U))));
-        if (member == "CreateSession" || member == "BindShortcuts") {
+        } else if (member == "Get") {
+            reply = known ? message.createReply(QVariant::fromValue(QDBusVariant(1U)))
+                          : message.createErrorReply(QDBusError::InvalidArgs, "no such interface");
+        } else if (member == "CreateSession" || member == "BindShortcuts") {
             const auto options = qdbus_cast<QVariantMap>(arguments.last());
-            const QString us = message.service().mid(1).replace('.', '_');
-            request
-                = QStringLiteral("%1/request/%2/%3").arg(path, us, options.value("handle_token").toString());
+            const auto handle = [&](const char* kind, const char* token) {
+                const QString us = message.service().mid(1).replace('.', '_');
+                return QStringLiteral("%1/%2/%3/%4").arg(path, kind, us, options.value(token).toString());
+            };
+            request = handle("request", "handle_token");
             if (member == "CreateSession")
-                session = QStringLiteral("%1/session/%2/%3")
-                              .arg(path, us, options.value("session_handle_token").toString());
+                session = handle("session", "session_handle_token");
             else
-                takeWish(arguments);
-            connection.send(message.createReply(QVariant::fromValue(QDBusObjectPath(request))));
-            if (member == "CreateSession" && sessions)
-                respond(0, { { "session_handle", session } });
-            return true;
+                for (const Bound& shortcut : qdbus_cast<QList<Bound>>(arguments[1]))
+                    wish = (shortcut.id + " " + shortcut.properties.value("preferred_trigger").toString())
+                               .toStdString();
+            reply << QVariant::fromValue(QDBusObjectPath(request));
         }
-        return connection.send(message.createReply());
+        connection.send(reply);
+        if (member == "CreateSession" && sessions)
+            respond(0, { { "session_handle", session } });
+        return true;
     }
 
     /// The answer to the last request.
-    void respond(unsigned code, const QVariantMap& results)
+    void respond(unsigned code, const QVariantMap& results) const
     {
-        QDBusMessage signal
-            = QDBusMessage::createSignal(request, "org.freedesktop.portal.Request", "Response");
-        bus.send(signal << code << results);
+        desktop.send(request.toUtf8(), "org.freedesktop.portal.Request", "Response", { code, results });
     }
 
     /// What is bound, as the bus has it.
@@ -106,33 +98,18 @@ public:
             QList<Bound> { { id, { { "description", "x" }, { "trigger_description", key } } } });
     }
 
-    void signal(const char* name, const QVariantList& arguments)
+    void activate(const QString& inSession, const char* id) const
     {
-        QDBusMessage message = QDBusMessage::createSignal(path, shortcuts, name);
-        message.setArguments(arguments);
-        bus.send(message);
-    }
-
-    void activate(const QString& inSession, const char* id)
-    {
-        signal("Activated",
+        desktop.send(path, shortcuts, "Activated",
             { QVariant::fromValue(QDBusObjectPath(inSession)), id, qulonglong { 1 }, QVariantMap() });
     }
 
-    QDBusConnection bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, "desktop");
+    OtherProgram desktop;
     bool known = true; ///< it has shortcuts
     bool sessions = true; ///< they are given at once
     std::vector<std::string> calls;
     std::string program, wish;
     QString request, session;
-
-private:
-    void takeWish(const QVariantList& arguments)
-    {
-        for (const Bound& shortcut : qdbus_cast<QList<Bound>>(arguments[1]))
-            wish = shortcut.id.toStdString() + " "
-                + shortcut.properties.value("preferred_trigger").toString().toStdString();
-    }
 };
 
 class HotKeyCenterUnderWayland : public testing::Test {
@@ -142,19 +119,15 @@ protected:
         ::setenv("WAYLAND_DISPLAY", "wayland-0", 1);
         qDBusRegisterMetaType<Bound>();
         qDBusRegisterMetaType<QList<Bound>>();
-        portal.bus.registerVirtualObject(path, &portal, QDBusConnection::SubPath);
+        portal.desktop.bus.registerVirtualObject(path, &portal, QDBusConnection::SubPath);
         center.connect({ .pressed = [this] { told.emplace_back("pressed"); },
             .refused
             = [this](HotKeyRefusal refusal) { told.push_back("refused " + std::to_string(int(refusal))); },
             .changed = [this] { told.push_back(stands()); } });
     }
-    ~HotKeyCenterUnderWayland() override
-    {
-        ::unsetenv("WAYLAND_DISPLAY");
-        QDBusConnection::disconnectFromBus("desktop");
-    }
+    ~HotKeyCenterUnderWayland() override { ::unsetenv("WAYLAND_DISPLAY"); }
 
-    void startPortal() { EXPECT_TRUE(portal.bus.registerService(service)); }
+    void startPortal() { EXPECT_TRUE(portal.desktop.bus.registerService(service)); }
 
     [[nodiscard]] std::string stands() const
     {
@@ -162,26 +135,18 @@ protected:
         return std::to_string(int(standing.kind)) + " " + standing.name;
     }
 
-    /// Waits until that was told, and forgets what was.
-    bool hears(const std::string& what)
-    {
-        const bool heard = spinUntil([&] {
-            time.runPosted();
-            return !told.empty() && told.back() == what;
-        });
-        told.clear();
-        return heard;
-    }
+    /// Waits until that is the last of what was told, or of the portal's calls, and forgets them.
+    bool hears(const std::string& what) { return endsWith(told, what); }
+    bool isAsked(const char* member) { return endsWith(portal.calls, member); }
 
-    /// Waits until the portal was called so, and forgets its calls.
-    bool isAsked(const char* member)
+    bool endsWith(std::vector<std::string>& words, const std::string& last)
     {
-        const bool asked = spinUntil([&] {
+        const bool ended = spinUntil([&] {
             time.runPosted();
-            return !portal.calls.empty() && portal.calls.back() == member;
+            return !words.empty() && words.back() == last;
         });
-        portal.calls.clear();
-        return asked;
+        words.clear();
+        return ended;
     }
 
     VirtualTime time;
@@ -207,10 +172,14 @@ TEST_F(HotKeyCenterUnderWayland, ThePortalIsAskedAndItsWordOnTheKeyCounts)
     portal.activate("/elsewhere", "toggle-panel");
     portal.activate(portal.session, "another");
     portal.activate(portal.session, "toggle-panel");
-    EXPECT_TRUE(hears("pressed"));
-    portal.signal("ShortcutsChanged",
+    portal.desktop.send(path, shortcuts, "ShortcutsChanged",
         { QVariant::fromValue(QDBusObjectPath(portal.session)), Portal::bound("toggle-panel", "") });
-    EXPECT_TRUE(hears("3 ")) << "the user took the key away";
+    EXPECT_TRUE(spinUntil([&] {
+        time.runPosted();
+        return told.size() > 1;
+    }));
+    EXPECT_EQ(std::exchange(told, {}), (std::vector<std::string> { "pressed", "3 " }))
+        << "pressed once, and then the user took the key away";
 
     const QString first = portal.session;
     portal.calls.clear();
@@ -269,7 +238,7 @@ TEST_F(HotKeyCenterUnderWayland, WithoutAPortalItSaysSoAndAsksTheOneThatComes)
     portal.known = false;
     startPortal();
     EXPECT_TRUE(hears("refused 2")) << "one without shortcuts";
-    portal.bus.unregisterService(service);
+    portal.desktop.bus.unregisterService(service);
     EXPECT_TRUE(hears("refused 2"));
     portal.known = true;
     startPortal();

@@ -2,24 +2,12 @@
 #include "platform/qt/KeyPositions.h"
 #include "platform/qt/PortalTrigger.h"
 #include "platform/qt/X11HotKey.h"
-#include "platform/qt/Xcb.h"
 
-#include "support/PrivateDisplay.h"
+#include "platform/qt/DisplayBench.h"
 
 #include <array>
-#include <cstddef>
 #include <cstdlib>
-#include <optional>
 #include <set>
-#include <tuple>
-#include <utility>
-#include <vector>
-
-#include <sys/uio.h>
-#include <xcb/xcb.h>
-#include <xcb/xcbext.h>
-
-#include <gtest/gtest.h>
 
 namespace {
 
@@ -60,7 +48,7 @@ TEST(PortalTrigger, NamesTheKeyAsKeyboardLayoutsDo)
         EXPECT_EQ(portalTrigger({ 0, flags, character }), trigger);
 }
 
-class X11HotKeyOnADisplay : public testing::Test {
+class X11HotKeyOnADisplay : public DisplayBench {
 protected:
     /// The keyboard's keys go down in this order, and up again.
     void strike(const std::vector<std::uint8_t>& keys)
@@ -71,32 +59,15 @@ protected:
             pretend(XCB_KEY_RELEASE, *key);
     }
 
-    void pretend(std::uint8_t what, std::uint8_t key)
-    {
-        static xcb_extension_t extension { "XTEST", 0 };
-        struct {
-            std::uint8_t major = 0, minor = 2;
-            std::uint16_t length = 9;
-            std::uint8_t type = 0, detail = 0;
-            std::array<std::uint8_t, 30> rest {};
-        } request { .type = what, .detail = key };
-        std::array<iovec, 3> parts { iovec {}, iovec {}, iovec { &request, 36 } };
-        const xcb_protocol_request_t form { 1, &extension, 2, 1 };
-        xcb_send_request(other.get(), 0, parts.data() + 2, &form);
-    }
-
     /// How often the hotkey was pressed since the last look.
     int pressed()
     {
-        roundTrip(other.get());
-        roundTrip(own.get());
         int count = 0;
-        while (auto* event = xcb_poll_for_event(own.get())) {
-            const Event kind = hotKey.handle(*event);
+        settle([&](const xcb_generic_event_t& event) {
+            const Event kind = hotKey.handle(event);
             count += kind == Event::pressed;
             changes += kind == Event::keyboardChanged;
-            std::free(event);
-        }
+        });
         return count;
     }
 
@@ -106,9 +77,6 @@ protected:
         xcb_change_keyboard_mapping(other.get(), 1, key, 1, &sign);
     }
 
-    PrivateDisplay display;
-    PrivateDisplay::Connection own = display.connect();
-    PrivateDisplay::Connection other = display.connect();
     X11HotKey hotKey { own.get() };
     int changes = 0;
 };

@@ -9,9 +9,7 @@
 
 #include <chrono>
 #include <cstdlib>
-#include <memory>
 #include <thread>
-#include <vector>
 
 #include <gtest/gtest.h>
 

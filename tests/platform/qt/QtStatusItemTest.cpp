@@ -1,36 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/qt/QtStatusItem.h"
 
-#include "platform/qt/QtDistributedNotificationCenter.h"
 #include "platform/qt/QtMainQueue.h"
 #include "platform/qt/StatusNotifierTypes.h"
 
-#include "support/QtEnvironment.h"
+#include "platform/qt/OtherProgram.h"
 
 #include <QAction>
 #include <QApplication>
-#include <QDBusConnection>
-#include <QDBusConnectionInterface>
-#include <QDBusMessage>
 #include <QDBusObjectPath>
-#include <QDBusPendingCall>
-#include <QDBusReply>
 #include <QDBusVirtualObject>
-#include <QGuiApplication>
 #include <QMenu>
 #include <QPointer>
 #include <QScreen>
-
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
-#include <memory>
-#include <optional>
-#include <string>
-#include <string_view>
-#include <tuple>
-#include <utility>
-#include <vector>
 
 #include <gtest/gtest.h>
 #include <sys/prctl.h>
@@ -58,7 +40,7 @@ namespace {
 
 using namespace platform;
 
-auto* const qt = testing::AddGlobalTestEnvironment(new QtEnvironment);
+[[maybe_unused]] auto* const qt = testing::AddGlobalTestEnvironment(new QtEnvironment);
 
 constexpr const char* itemInterface = "org.kde.StatusNotifierItem";
 constexpr const char* menuInterface = "com.canonical.dbusmenu";
@@ -66,11 +48,6 @@ constexpr const char* propertiesOf = "org.freedesktop.DBus.Properties";
 constexpr const char* watcherInterface = "org.kde.StatusNotifierWatcher";
 constexpr const char* itemPath = "/StatusNotifierItem";
 constexpr const char* menuPath = "/MenuBar";
-
-QDBusConnection busConnection(const char* name)
-{
-    return QDBusConnection::connectToBus(qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS"), name);
-}
 
 /// org.kde.StatusNotifierWatcher, as far as items call it, on a connection of its own from its coming to its
 /// end.
@@ -91,26 +68,25 @@ public:
     [[nodiscard]] QString introspect(const QString&) const override { return {}; }
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override
     {
+        QDBusMessage reply = message.createReply();
         if (message.member() == "GetAll") {
             QStringList items;
             for (const QVariant& item : registered)
                 items += item.toString() + "/StatusNotifierItem";
-            connection.send(message.createReply(QVariantMap {
-                { "RegisteredStatusNotifierItems", items }, { "IsStatusNotifierHostRegistered", hosted_ } }));
-            return true;
+            reply << QVariantMap { { "RegisteredStatusNotifierItems", items },
+                { "IsStatusNotifierHostRegistered", hosted_ } };
+        } else if (message.member() == "RegisterStatusNotifierItem") {
+            registered += message.arguments();
         }
-        if (message.member() != "RegisterStatusNotifierItem")
-            return false;
-        registered += message.arguments();
-        connection.send(message.createReply());
-        return true;
+        return connection.send(reply);
     }
 
     QVariantList registered;
 
 private:
     bool hosted_; ///< whether it says that somebody shows the items
-    QDBusConnection own_ = busConnection("watcher");
+    QDBusConnection own_
+        = QDBusConnection::connectToBus(qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS"), "watcher");
 };
 
 /// A square of one colour that counts how often it is drawn.
@@ -157,12 +133,6 @@ protected:
         registerStatusNotifierTypes();
     }
 
-    ~QtStatusItemOnABus() override
-    {
-        item.reset();
-        QDBusConnection::disconnectFromBus("desktop");
-    }
-
     void makeItem()
     {
         item = bar.makeItem("dev.quent.ostrel", "ostrel", "/icons");
@@ -175,16 +145,14 @@ protected:
         EXPECT_TRUE(spinUntil([this] { return item->placement().has_value(); }));
     }
 
-    /// Calls the program, whose objects live on this same thread.
     QDBusMessage call(
         const char* path, const char* interface, const char* member, const QVariantList& arguments = {})
     {
-        QDBusMessage message = QDBusMessage::createMethodCall(service, path, interface, member);
-        message.setArguments(arguments);
-        const QDBusPendingCall pending = desktop.asyncCall(message);
-        EXPECT_TRUE(spinUntil([&] { return pending.isFinished(); })) << member;
-        return pending.reply();
+        return desktop.call(service, path, interface, member, arguments);
     }
+
+    /// Whether the item's name is on the bus; behind this the bus knows all that was asked of it before.
+    bool isOnTheBus() { return desktop.bus.interface()->isServiceRegistered(service); }
 
     QVariantMap properties()
     {
@@ -206,9 +174,8 @@ protected:
 
     void listen(const char* interface)
     {
-        EXPECT_TRUE(desktop.connect(service, {}, interface, {}, &log, SLOT(received(QDBusMessage))));
-        // What is asked of the bus behind the rule is answered behind it.
-        desktop.interface()->isServiceRegistered(service);
+        EXPECT_TRUE(desktop.bus.connect(service, {}, interface, {}, &log, SLOT(received(QDBusMessage))));
+        isOnTheBus();
     }
 
     /// The signals so far: they arrive before the answer to a later call.
@@ -221,7 +188,7 @@ protected:
     QtMainQueue queue;
     X11Struts struts;
     QtStatusBar bar { queue, struts };
-    QDBusConnection desktop = busConnection("desktop");
+    OtherProgram desktop;
     QString service = QString("org.kde.StatusNotifierItem-%1-1").arg(QCoreApplication::applicationPid());
     bustest::SignalLog log;
     std::unique_ptr<StatusItem> item;
@@ -300,7 +267,7 @@ TEST_F(QtStatusItemOnABus, HostsHearOnlyOfWhatReallyChanged)
     hears({ "XAyatanaNewLabel" }, { " cpu 4%", "cpu 100%" });
     next.visible = false;
     item->setFace(next);
-    EXPECT_FALSE(desktop.interface()->isServiceRegistered(service).value()) << "a hidden item has left";
+    EXPECT_FALSE(isOnTheBus()) << "a hidden item has left";
     EXPECT_TRUE(spinUntil([&] { return log.names == QStringList { "NewStatus" }; }));
     EXPECT_EQ(log.messages.back().arguments(), QVariantList { "Passive" });
     next.visible = true;
@@ -415,7 +382,7 @@ TEST_F(QtStatusItemOnABus, RegistersWithEveryWatcherThatComesOrIsThereAndLeavesT
         else if (!item)
             makeItem();
         EXPECT_FALSE(item && item->placement()) << "nobody is there";
-        EXPECT_EQ(desktop.interface()->isServiceRegistered(service).value(), itemFirst);
+        EXPECT_EQ(isOnTheBus(), itemFirst);
         std::optional<Watcher> tray(std::in_place);
         if (!itemFirst)
             makeItem();
@@ -474,44 +441,6 @@ TEST_F(QtStatusItemOnABus, AHostThatWritesLabelsGetsTheIconAndTheOthersEverythin
         item.reset();
     }
     ::prctl(PR_SET_NAME, before);
-}
-
-TEST_F(QtStatusItemOnABus, ANotificationReachesTheOtherPrograms)
-{
-    EXPECT_TRUE(desktop.connect({}, "/dev/quent/ostrel", "dev.quent.ostrel.DistributedNotification", "Posted",
-        &log, SLOT(received(QDBusMessage))));
-    desktop.interface()->isServiceRegistered(service);
-    QtDistributedNotificationCenter(queue).post("dev.quent.ostrel.testbed", { { "action", "bänana" } });
-    ASSERT_TRUE(spinUntil([&] { return !log.names.isEmpty(); }));
-    const QVariantList arguments = log.messages[0].arguments();
-    EXPECT_EQ(arguments.value(0), "dev.quent.ostrel.testbed");
-    EXPECT_EQ(qdbus_cast<QVariantMap>(arguments.value(1)), (QVariantMap { { "action", "bänana" } }));
-}
-
-bool anItemWithoutABusIsQuiet()
-{
-    ::setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/ostrel-bus", 1);
-    QtMainQueue queue;
-    X11Struts struts;
-    const auto item = QtStatusBar(queue, struts).makeItem("dev.quent.ostrel", "ostrel", "");
-    int built = 0;
-    item->setFace(face());
-    item->setMenuBuilder([&] { return Menu(static_cast<std::size_t>(built++)); });
-    QtDistributedNotificationCenter(queue).post("dev.quent.ostrel.testbed", { { "action", "show" } });
-    QCoreApplication::processEvents();
-    return !item->placement() && built == 1;
-}
-
-TEST(QtStatusItemWithoutABusDeathTest, DoesNothing)
-{
-    // In a process of its own, which has never seen the bus.
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
-    const auto judge = [] {
-        const bool quiet = anItemWithoutABusIsQuiet();
-        qt->TearDown();
-        std::_Exit(quiet ? 0 : 1);
-    };
-    EXPECT_EXIT(judge(), testing::ExitedWithCode(0), "");
 }
 
 } // namespace

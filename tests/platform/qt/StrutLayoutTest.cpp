@@ -1,12 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/qt/StrutLayout.h"
 
+#include "platform/qt/ItemPlacement.h"
 #include "platform/qt/X11Struts.h"
-#include "platform/qt/Xcb.h"
 
-#include "support/PrivateDisplay.h"
-
-#include <gtest/gtest.h>
+#include "platform/qt/DisplayBench.h"
 
 namespace {
 
@@ -73,32 +71,64 @@ TEST(FreeArea, BarsTakeTheirRoomOnlyFromTheDisplayTheyStandOn)
     }
 }
 
-TEST(X11Struts, AreReadAnewAfterABarCameChangedOrWent)
+TEST(GuessedFrame, IsAtTheLastPressElseAtABarsEndElseAtTheUpperRight)
 {
-    const PrivateDisplay display;
-    const auto own = display.connect(), other = display.connect();
+    // A dense display, and a plain one at its right that hangs 200 pixels lower.
+    const std::vector<DisplayPlace> displays { { { 0, 0, 2880, 1800 }, { 0, 0, 1440, 900 }, 2 },
+        { { 2880, 200, 1000, 800 }, { 2880, -100, 1000, 800 }, 1 } };
+    const Strut bottom { Edge::bottom, 60, 0, 2879 };
+    const Strut inner { Edge::top, 230, 2880, 3879 };
+    const Strut side { Edge::right, 40, 0, 1799 };
+    struct Case {
+        std::vector<Strut> bars;
+        std::optional<Point> press;
+        Rect frame;
+        std::optional<double> length = 64;
+    };
+    const Case cases[] {
+        { {}, {}, { 1376, 876, 64, 24 } },
+        { { bottom }, {}, { 1376, 0, 64, 30 } },
+        { { bottom, inner }, {}, { 3816, 670, 64, 30 } },
+        { { bottom }, {}, { 1410, 0, 30, 30 }, std::nullopt },
+        { {}, {}, { 1416, 876, 24, 24 }, std::nullopt },
+        { { side }, {}, { 3840, -100, 40, 40 } },
+        { { bottom }, Point { 700, 3 }, { 685, 0, 30, 30 } },
+        { { bottom }, Point { 1439, 20 }, { 1410, 0, 30, 30 } },
+        { { inner }, Point { 3000, 690 }, { 2985, 670, 30, 30 } },
+        { {}, Point { 3000, 699 }, { 2988, 676, 24, 24 } },
+    };
+    for (const Case& c : cases) {
+        const Rect frame
+            = guessedFrame(displays, { .root = { 3880, 1800 }, .struts = c.bars }, c.press, c.length);
+        EXPECT_EQ(frame, c.frame) << frame.x << " " << frame.y << " " << frame.width << " " << frame.height;
+    }
+}
+
+TEST(MenuCorner, IsBelowTheItemAndTheMenuStandsAboveItInTheLowerHalf)
+{
+    const Rect screen { 0, 0, 1440, 900 };
+    EXPECT_EQ(menuCorner({ 1300, 872, 64, 28 }, screen, 300), (Point { 1300, 870 }));
+    EXPECT_EQ(menuCorner({ 1300, 0, 64, 30 }, screen, 300), (Point { 1300, 332 }));
+}
+
+using X11StrutsOnADisplay = DisplayBench;
+
+TEST_F(X11StrutsOnADisplay, AreReadAnewAfterABarCameChangedOrWent)
+{
     const auto atoms
         = internAtoms(own.get(), { "_NET_CLIENT_LIST", "_NET_WM_STRUT_PARTIAL", "_NET_WM_NAME" });
-    const xcb_window_t root = rootWindow(own.get()), bar = xcb_generate_id(other.get());
-    xcb_create_window(other.get(), XCB_COPY_FROM_PARENT, bar, root, 0, 0, 640, 30, 0,
-        XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, 0, nullptr);
-    const auto put
-        = [&](xcb_window_t window, xcb_atom_t name, xcb_atom_t type, std::vector<std::uint32_t> values) {
-              xcb_change_property(other.get(), XCB_PROP_MODE_REPLACE, window, name, type, 32,
-                  static_cast<std::uint32_t>(values.size()), values.data());
-          };
+    const xcb_window_t root = rootWindow(own.get()), bar = makeWindow(other.get(), { 0, 0, 640, 30 });
+    const auto put = [&](xcb_window_t window, xcb_atom_t name, xcb_atom_t type,
+                         const std::vector<std::uint32_t>& values) {
+        putProperty(other.get(), window, name, type, values);
+    };
     const auto top = [&](std::uint32_t height) {
         put(bar, atoms[1], XCB_ATOM_CARDINAL, { 0, 0, height, 0, 0, 0, 0, 0, 0, 639, 0, 0 });
     };
     X11Struts struts(own.get());
     const auto changed = [&] {
-        for (auto* one : { own.get(), other.get(), own.get() })
-            roundTrip(one);
         bool any = false;
-        while (auto* event = xcb_poll_for_event(own.get())) {
-            any |= struts.handle(*event);
-            std::free(event);
-        }
+        settle([&](const xcb_generic_event_t& event) { any |= struts.handle(event); });
         return any;
     };
     const Strut thin { Edge::top, 30, 0, 639 }, thick { Edge::top, 44, 0, 639 };
@@ -117,9 +147,7 @@ TEST(X11Struts, AreReadAnewAfterABarCameChangedOrWent)
     put(root, atoms[0], XCB_ATOM_WINDOW, {});
     EXPECT_TRUE(changed());
     EXPECT_TRUE(struts.layout().struts.empty());
-    xcb_configure_notify_event_t resized {};
-    resized.response_type = XCB_CONFIGURE_NOTIFY;
-    resized.window = root;
+    const xcb_configure_notify_event_t resized { .response_type = XCB_CONFIGURE_NOTIFY, .window = root };
     EXPECT_TRUE(struts.handle(reinterpret_cast<const xcb_generic_event_t&>(resized))) << "the whole screen";
 }
 

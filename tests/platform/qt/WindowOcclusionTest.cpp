@@ -2,45 +2,24 @@
 #include "platform/qt/X11WindowOcclusion.h"
 
 #include "platform/qt/X11CoverTracker.h"
-#include "platform/qt/Xcb.h"
 
-#include "support/PrivateDisplay.h"
+#include "platform/qt/DisplayBench.h"
 #include "support/VirtualTime.h"
-
-#include <cstdint>
-#include <memory>
-#include <tuple>
-#include <vector>
-
-#include <gtest/gtest.h>
 
 namespace {
 
 using namespace platform;
 
-xcb_window_t makeWindow(
-    xcb_connection_t* connection, std::int16_t x, std::uint16_t size, std::uint32_t events = 0)
-{
-    const xcb_window_t window = xcb_generate_id(connection);
-    xcb_create_window(connection, XCB_COPY_FROM_PARENT, window, rootWindow(connection), x, x, size, size, 0,
-        XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK, &events);
-    xcb_map_window(connection, window);
-    return window;
-}
-
 /// A window that is followed, and another program at the same display.
-class X11CoverTrackerOnADisplay : public testing::Test {
+class X11CoverTrackerOnADisplay : public DisplayBench {
 protected:
     /// Whether the window is covered once both programs' wishes are done. Every change is told, and no other.
     bool coveredNow()
     {
-        for (auto* one : { own.get(), other.get(), own.get() })
-            roundTrip(one);
-        while (auto* event = xcb_poll_for_event(own.get())) {
-            exposed |= event->response_type == XCB_EXPOSE;
-            said ^= tracker.handle(*event) == window;
-            std::free(event);
-        }
+        settle([this](const xcb_generic_event_t& event) {
+            exposed |= event.response_type == XCB_EXPOSE;
+            said ^= tracker.handle(event) == window;
+        });
         EXPECT_EQ(said, tracker.covered(window));
         return tracker.covered(window);
     }
@@ -50,17 +29,13 @@ protected:
         xcb_configure_window(other.get(), which, XCB_CONFIG_WINDOW_X, &x);
     }
 
-    void put(xcb_atom_t property, xcb_atom_t type, const std::vector<std::uint32_t>& values)
+    void put(xcb_atom_t property, xcb_atom_t type, const std::vector<std::uint32_t>& values) const
     {
-        xcb_change_property(own.get(), XCB_PROP_MODE_REPLACE, window, property, type, 32,
-            static_cast<std::uint32_t>(values.size()), values.data());
+        putProperty(own.get(), window, property, type, values);
     }
 
-    PrivateDisplay display;
-    PrivateDisplay::Connection own = display.connect();
-    PrivateDisplay::Connection other = display.connect();
     X11CoverTracker tracker { own.get() };
-    xcb_window_t window = makeWindow(own.get(), 50, 100, XCB_EVENT_MASK_EXPOSURE);
+    xcb_window_t window = makeWindow(own.get(), { 50, 50, 100, 100 }, XCB_NONE, XCB_EVENT_MASK_EXPOSURE);
     bool said = false;
     bool exposed = false;
 };
@@ -70,9 +45,9 @@ TEST_F(X11CoverTrackerOnADisplay, AWindowIsCoveredOnlyWhileItIsShownAndOthersHid
     tracker.watch(window);
     EXPECT_FALSE(coveredNow());
     EXPECT_TRUE(exposed) << "the events asked for before still come";
-    makeWindow(other.get(), -200, 300);
+    makeWindow(other.get(), { -200, -200, 300, 300 });
     EXPECT_FALSE(coveredNow()) << "a quarter of it shows";
-    const xcb_window_t wide = makeWindow(other.get(), 40, 300);
+    const xcb_window_t wide = makeWindow(other.get(), { 40, 40, 300, 300 });
     EXPECT_TRUE(coveredNow());
     move(wide, 101);
     EXPECT_FALSE(coveredNow()) << "a column of pixels shows";

@@ -4,27 +4,13 @@
 #include "platform/qt/QtMainQueue.h"
 #include "platform/qt/XSettings.h"
 #include "platform/qt/XSettingsWatch.h"
-#include "platform/qt/Xcb.h"
 
-#include "support/PrivateDisplay.h"
-#include "support/QtEnvironment.h"
+#include "platform/qt/DisplayBench.h"
+#include "platform/qt/OtherProgram.h"
 
-#include <QDBusConnection>
 #include <QDBusError>
-#include <QDBusMessage>
-#include <QDBusPendingCall>
 #include <QDBusVariant>
 #include <QDBusVirtualObject>
-
-#include <cstddef>
-#include <cstdint>
-#include <memory>
-#include <optional>
-#include <string>
-#include <string_view>
-#include <tuple>
-#include <utility>
-#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -70,31 +56,23 @@ TEST(XSettings, ANumberIsReadInEitherByteOrderAndOnlyFromWholeSoundSettings)
     }
 }
 
-TEST(XSettings, TheDisplaysManagerIsFollowedFromItsComingToItsEnd)
+using XSettingsOnADisplay = DisplayBench;
+
+TEST_F(XSettingsOnADisplay, TheManagerIsFollowedFromItsComingToItsEnd)
 {
-    const PrivateDisplay display;
-    const auto own = display.connect();
-    const auto other = display.connect();
     XSettingsWatch watch(own.get());
     const auto now = [&] {
-        roundTrip(other.get());
-        roundTrip(own.get());
-        while (auto* event = xcb_poll_for_event(own.get())) {
-            watch.handle(*event);
-            std::free(event);
-        }
+        settle([&](const xcb_generic_event_t& event) { watch.handle(event); });
         return watch.animations();
     };
     EXPECT_EQ(now(), std::nullopt);
 
     const auto atoms = internAtoms(other.get(), { "_XSETTINGS_S0", "_XSETTINGS_SETTINGS", "MANAGER" });
-    const xcb_window_t root = rootWindow(other.get()), manager = xcb_generate_id(other.get());
+    const xcb_window_t root = rootWindow(other.get()), manager = makeWindow(other.get(), { 0, 0, 1, 1 });
     const auto write = [&](std::string_view bytes) {
         xcb_change_property(other.get(), XCB_PROP_MODE_REPLACE, manager, atoms[1], atoms[1], 8,
             static_cast<std::uint32_t>(bytes.size()), bytes.data());
     };
-    xcb_create_window(other.get(), XCB_COPY_FROM_PARENT, manager, root, 0, 0, 1, 1, 0,
-        XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, 0, nullptr);
     xcb_set_selection_owner(other.get(), manager, atoms[0], XCB_CURRENT_TIME);
     write(littleOff);
     xcb_client_message_event_t announcement { .response_type = XCB_CLIENT_MESSAGE,
@@ -159,7 +137,7 @@ protected:
     QtWorkspaceOnABus()
     {
         queue.attach();
-        desktop.registerVirtualObject(Portal::path, &portal);
+        desktop.bus.registerVirtualObject(Portal::path, &portal);
     }
 
     void observe()
@@ -167,14 +145,12 @@ protected:
         observation = workspace.observeDisplayOptions([this] { ++changes; });
     }
 
-    void TearDown() override { QDBusConnection::disconnectFromBus("desktop"); }
-
-    void startPortal() { EXPECT_TRUE(desktop.registerService(Portal::service)); }
+    void startPortal() { EXPECT_TRUE(desktop.bus.registerService(Portal::service)); }
 
     void tell(const char* group, const char* key, const QVariant& value)
     {
-        QDBusMessage signal = QDBusMessage::createSignal(Portal::path, Portal::interface, "SettingChanged");
-        desktop.send(signal << group << key << QVariant::fromValue(QDBusVariant(value)));
+        desktop.send(Portal::path, Portal::interface, "SettingChanged",
+            { group, key, QVariant::fromValue(QDBusVariant(value)) });
     }
 
     /// What is so once all settings were asked for that many times, and all messages so far were read.
@@ -183,7 +159,7 @@ protected:
         EXPECT_TRUE(spinUntil([&] { return portal.answers >= keys * rounds; }));
         // The portal's answer to this comes after all that it sent before.
         const auto last = QDBusConnection::sessionBus().asyncCall(QDBusMessage::createMethodCall(
-            desktop.baseService(), Portal::path, "org.freedesktop.DBus.Peer", "Ping"));
+            desktop.bus.baseService(), Portal::path, "org.freedesktop.DBus.Peer", "Ping"));
         EXPECT_TRUE(spinUntil([&] { return last.isFinished(); }));
         bool turned = false;
         queue.post([&] { turned = true; });
@@ -195,7 +171,7 @@ protected:
 
     QtMainQueue queue;
     Portal portal;
-    QDBusConnection desktop = QDBusConnection::connectToBus(QDBusConnection::SessionBus, "desktop");
+    OtherProgram desktop;
     QtWorkspace workspace { queue };
     std::unique_ptr<Observation> observation;
     int changes = 0;
@@ -212,18 +188,12 @@ TEST_F(QtWorkspaceOnABus, EachNewPortalIsAskedInItsOwnWayAndWrongTypesReadAsUnkn
     EXPECT_FALSE(reduceAfter(rounds)) << "a portal without either setting";
     tell("org.freedesktop.appearance", "reduced-motion", 1U);
     EXPECT_TRUE(reduceAfter(rounds)) << "which gets one";
-    for (const auto& [motion, animations, reduce] : std::vector<std::tuple<QVariant, QVariant, bool>> {
-             { 1U, {}, true },
-             { 0U, false, false },
-             { {}, false, true },
-             { 1, {}, false },
-             { "1", false, true },
-             { {}, "false", false },
-             { true, 0U, false },
-             { QVariantList { 1U }, {}, false },
-         })
+    for (const auto& [motion, animations, reduce] :
+        std::vector<std::tuple<QVariant, QVariant, bool>> { { 1U, {}, true }, { 0U, false, false },
+            { {}, false, true }, { 1, {}, false }, { "1", false, true }, { {}, "false", false },
+            { true, 0U, false }, { QVariantList { 1U }, {}, false } })
         for (const bool modern : { true, false }) {
-            desktop.unregisterService(Portal::service);
+            desktop.bus.unregisterService(Portal::service);
             portal.modern = modern;
             portal.motion = motion;
             portal.animations = animations;
@@ -249,7 +219,7 @@ TEST_F(QtWorkspaceOnABus, ChangesAreFollowedAndAPortalMayComeLate)
     tell("org.gnome.desktop.interface", "reduced-motion", 0U);
     EXPECT_TRUE(reduceAfter(1));
     EXPECT_EQ(changes, 3);
-    desktop.unregisterService(Portal::service);
+    desktop.bus.unregisterService(Portal::service);
     EXPECT_TRUE(reduceAfter(1)) << "a wish outlives the portal that told it";
     observation.reset();
     portal.motion = 0U;

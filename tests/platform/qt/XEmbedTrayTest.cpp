@@ -2,17 +2,11 @@
 #include "platform/qt/XEmbedTray.h"
 
 #include "platform/qt/TrayPaint.h"
-#include "platform/qt/Xcb.h"
 
-#include "support/PrivateDisplay.h"
+#include "platform/qt/DisplayBench.h"
 #include "support/Waiting.h"
 
 #include <array>
-#include <cstdint>
-#include <memory>
-#include <string>
-#include <tuple>
-#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -45,12 +39,11 @@ public:
             values.data());
         xcb_map_window(get(), window_);
         xcb_set_selection_owner(get(), window_, atoms_.selection, XCB_CURRENT_TIME);
-        xcb_client_message_event_t here {};
-        here.response_type = XCB_CLIENT_MESSAGE;
-        here.format = 32;
-        here.window = rootWindow(get());
-        here.type = atoms_.manager;
-        here.data.data32[1] = atoms_.selection;
+        const xcb_client_message_event_t here { .response_type = XCB_CLIENT_MESSAGE,
+            .format = 32,
+            .window = rootWindow(get()),
+            .type = atoms_.manager,
+            .data = { .data32 = { XCB_CURRENT_TIME, atoms_.selection } } };
         xcb_send_event(get(), 0, rootWindow(get()), XCB_EVENT_MASK_STRUCTURE_NOTIFY,
             reinterpret_cast<const char*>(&here));
         roundTrip(get());
@@ -92,7 +85,7 @@ private:
     xcb_window_t window_;
 };
 
-class XEmbedTrayOnADisplay : public testing::Test {
+class XEmbedTrayOnADisplay : public DisplayBench {
 protected:
     void start()
     {
@@ -105,44 +98,34 @@ protected:
     /// Lets the item see all that has happened on the display.
     void settle()
     {
-        for (int turn = 0; turn < 3; ++turn) {
-            roundTrip(own.get());
-            while (auto* event = xcb_poll_for_event(own.get())) {
-                const XcbReply<xcb_generic_event_t> held(event, &std::free);
-                item->handle(*event);
-            }
-        }
+        for (int turn = 0; turn < 3; ++turn)
+            DisplayBench::settle([this](const xcb_generic_event_t& event) { item->handle(event); });
     }
 
     void button(
         xcb_window_t window, std::uint8_t kind, std::uint8_t number, std::int16_t x, std::uint16_t state)
     {
-        xcb_button_press_event_t event {};
-        event.response_type = kind;
-        event.detail = number;
-        event.event = window;
-        event.root_x = static_cast<std::int16_t>(110 + x);
-        event.root_y = 60;
-        event.event_x = x;
-        event.event_y = 6;
-        event.state = state;
+        const xcb_button_press_event_t event { .response_type = kind,
+            .detail = number,
+            .event = window,
+            .root_x = static_cast<std::int16_t>(110 + x),
+            .root_y = 60,
+            .event_x = x,
+            .event_y = 6,
+            .state = state };
         item->handle(reinterpret_cast<const xcb_generic_event_t&>(event));
     }
 
     /// The display's colour at the place.
     std::uint32_t pixel(std::int16_t x, std::int16_t y)
     {
-        const XcbReply<xcb_get_image_reply_t> reply(
-            xcb_get_image_reply(own.get(),
-                xcb_get_image(own.get(), XCB_IMAGE_FORMAT_Z_PIXMAP, rootWindow(own.get()), x, y, 1, 1, ~0U),
-                nullptr),
-            &std::free);
+        const auto reply = answerTo(own.get(),
+            xcb_get_image(own.get(), XCB_IMAGE_FORMAT_Z_PIXMAP, rootWindow(own.get()), x, y, 1, 1, ~0U),
+            xcb_get_image_reply);
         return reply ? *reinterpret_cast<const std::uint32_t*>(xcb_get_image_data(reply.get())) & 0xffffffU
                      : 0;
     }
 
-    const PrivateDisplay display;
-    PrivateDisplay::Connection own = display.connect();
     StatusItemFace face { .length = 64, .toolTip = "tip", .picture = std::make_shared<Block>() };
     std::vector<TrayPress> presses;
     std::unique_ptr<XEmbedTray> item;
@@ -186,18 +169,15 @@ TEST_F(XEmbedTrayOnADisplay, AsksForItsLengthAndTellsItsNameAndLeavesAtItsEnd)
     face.toolTip = "other tip";
     item->show(face, 2);
     settle();
-    const auto figures = [&](xcb_atom_t name, xcb_atom_t type) {
-        XcbReply<xcb_get_property_reply_t> reply(
-            xcb_get_property_reply(
-                tray.get(), xcb_get_property(tray.get(), 0, icon, name, type, 0, 64), nullptr),
-            &std::free);
-        return reply;
+    const auto property = [&](xcb_atom_t name, xcb_atom_t type) {
+        return answerTo(
+            tray.get(), xcb_get_property(tray.get(), 0, icon, name, type, 0, 64), xcb_get_property_reply);
     };
-    const auto hints = figures(XCB_ATOM_WM_NORMAL_HINTS, XCB_ATOM_WM_SIZE_HINTS);
-    ASSERT_TRUE(hints && hints->length == 18);
-    EXPECT_EQ(static_cast<const std::uint32_t*>(xcb_get_property_value(hints.get()))[5], 200U);
+    const auto hints = property(XCB_ATOM_WM_NORMAL_HINTS, XCB_ATOM_WM_SIZE_HINTS);
+    ASSERT_EQ(figuresOf(hints).size(), 18U);
+    EXPECT_EQ(figuresOf(hints)[5], 200U);
     const TrayAtoms atoms(tray.get());
-    const auto name = figures(atoms.windowName, atoms.utf8);
+    const auto name = property(atoms.windowName, atoms.utf8);
     ASSERT_TRUE(name);
     EXPECT_EQ(std::string(static_cast<const char*>(xcb_get_property_value(name.get())),
                   static_cast<std::size_t>(xcb_get_property_value_length(name.get()))),
@@ -214,8 +194,7 @@ TEST_F(XEmbedTrayOnADisplay, APressCountsWhereItEndsOverTheWindow)
     const xcb_window_t icon = tray.takeIn();
     settle();
     struct Case {
-        std::uint8_t down;
-        std::uint8_t up;
+        std::uint8_t down, up;
         std::int16_t x;
         std::uint16_t state;
         const char* told;
