@@ -24,9 +24,6 @@ namespace {
 /// At quit, how long the collector's children get to end: asking, then killing, takes half a second.
 constexpr platform::Seconds quitPatience { 0.8 };
 
-/// Of a tooltip's text, in points.
-constexpr double tipSize = 11;
-
 /// When to look for an elder instance again.
 constexpr platform::Seconds secondLook { 1.2 };
 
@@ -180,7 +177,6 @@ bool AppDelegate::applicationDidFinishLaunching(const LaunchWish& wish)
             services_.quit();
     }));
     theme_.loadTheme();
-    (void)OstrelStyle::mono(tipSize); // registers the faces, also for tooltips, before anything is drawn
     ZOLHintCard::font = OstrelStyle::mono;
     ZOLAppShellStyle::font = OstrelStyle::mono;
     settings_.loadSettings(tick_);

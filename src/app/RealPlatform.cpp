@@ -2,6 +2,7 @@
 #include "app/RealPlatform.h"
 
 #include "core/Version.h"
+#include "design/Fonts.h"
 
 #include <string>
 
@@ -13,7 +14,7 @@ RealPlatform::RealPlatform()
     : defaults_(files_, std::string(appIdentifier))
     , suites_(files_)
     , bundle_(platform::LinuxBundle::runningExecutableFolder())
-    , statusBar_(mainQueue_, struts_)
+    , statusBar_(mainQueue_, struts_, registerPlexFaces)
     , notifications_(mainQueue_)
     , workspace_(mainQueue_)
     , occlusion_(mainQueue_)

@@ -39,6 +39,18 @@ QByteArray fontData(const QString& path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
+const PlexFaces& bundledFaces()
+{
+    static const PlexFaces faces = [] {
+        initializeFontResources();
+        const PlexFaces registered = PlexFaces::registered(":/fonts");
+        // Tooltips have a font of the desktop's own.
+        QToolTip::setFont(registered.font(tooltipSize, QFont::Normal));
+        return registered;
+    }();
+    return faces;
+}
+
 } // namespace
 
 PlexFaces PlexFaces::registered(const QString& folder)
@@ -71,17 +83,9 @@ QFont PlexFaces::font(double size, QFont::Weight weight) const
     return font;
 }
 
-QFont plexMono(double size, QFont::Weight weight)
-{
-    static const PlexFaces faces = [] {
-        initializeFontResources();
-        const PlexFaces registered = PlexFaces::registered(":/fonts");
-        // Tooltips have a font of the desktop's own.
-        QToolTip::setFont(registered.font(tooltipSize, QFont::Normal));
-        return registered;
-    }();
-    return faces.font(size, weight);
-}
+QFont plexMono(double size, QFont::Weight weight) { return bundledFaces().font(size, weight); }
+
+void registerPlexFaces() { (void)bundledFaces(); }
 
 namespace OstrelStyle {
 

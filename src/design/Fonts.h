@@ -26,9 +26,14 @@ private:
     std::array<QString, weights.size()> families_;
 };
 
-/// The bundled family at that size in points. The first call registers the files, which costs a megabyte, and
-/// gives tooltips the family's face. Main thread, with an application object.
+/// The bundled family at that size in points. Registers its faces first. Main thread, with an application
+/// object.
 [[nodiscard]] QFont plexMono(double size, QFont::Weight weight = QFont::Normal);
+
+/// Registers the bundled files once, and gives tooltips the family's face. It reads the system's font
+/// settings, which takes as long as all the rest of a start in the background and costs a megabyte: only for
+/// what is about to be drawn. Main thread, with an application object.
+void registerPlexFaces();
 
 namespace OstrelStyle {
 

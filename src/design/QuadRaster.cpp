@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstring>
 #include <optional>
 
 namespace ostrel {
@@ -22,43 +23,86 @@ constexpr float rounding = 0.5F;
 /// Pixels from here on are opaque.
 constexpr std::uint32_t opaqueBlack = 0xff000000U;
 
+/// Four cells or pixels at once, as one register of any processor of today holds them.
+constexpr int lanes = 4;
+using FourFloats = float __attribute__((vector_size(16)));
+using FourPixels = std::uint32_t __attribute__((vector_size(16)));
+/// The same bits, two channels of each pixel with room for a product of two bytes.
+using EightChannels = std::uint16_t __attribute__((vector_size(16)));
+
+constexpr std::uint32_t twoChannels = 0x00ff00ffU;
+
+template <typename Four, typename Element>
+Four loaded(const Element* from)
+{
+    Four four;
+    std::memcpy(&four, from, sizeof four);
+    return four;
+}
+
+bool any(const FourPixels& four)
+{
+    std::array<std::uint64_t, 2> halves;
+    std::memcpy(halves.data(), &four, sizeof halves);
+    return (halves[0] | halves[1]) != 0;
+}
+
 /// A colour as the blending takes it: premultiplied by its own alpha, each channel from 0 to 255.
 struct Ink {
-    std::uint32_t redBlue; ///< 0x00RR00BB
-    std::uint32_t alphaGreen; ///< 0x00AA00GG
-    float alpha;
+    EightChannels redBlue; ///< 0x00RR00BB for each pixel
+    EightChannels alphaGreen; ///< 0x00AA00GG
+    float alpha; ///< from 0 to 255
 
     explicit Ink(const Color& color)
-        : alpha(static_cast<float>(std::clamp(color.alpha, 0.0, 1.0)))
+        : alpha(static_cast<float>(std::clamp(color.alpha, 0.0, 1.0) * 255))
     {
         const auto byte = [](double value) {
             return static_cast<std::uint32_t>(std::clamp(value, 0.0, 1.0) * 255 + rounding);
         };
-        redBlue = (byte(color.red) << 16U) | byte(color.blue);
-        alphaGreen = (0xffU << 16U) | byte(color.green);
+        const auto everywhere
+            = [](std::uint32_t pair) { return reinterpret_cast<EightChannels>(FourPixels {} + pair); };
+        redBlue = everywhere((byte(color.red) << 16U) | byte(color.blue));
+        alphaGreen = everywhere((0xffU << 16U) | byte(color.green));
     }
 };
 
-/// Two channels at once, each divided by 255 and rounded.
-constexpr std::uint32_t divided(std::uint32_t pair)
+/// Each divided by 255 and rounded.
+EightChannels divided(EightChannels product)
 {
-    pair += 0x00800080U;
-    return ((pair + ((pair >> 8U) & 0x00ff00ffU)) >> 8U) & 0x00ff00ffU;
+    product += 128;
+    return (product + (product >> 8)) >> 8;
 }
 
-/// How strongly an ink that covers so much of a pixel colours it, from 0 to 255.
-std::uint32_t strength(const Ink& ink, float coverage)
+/// How strongly an ink that covers so much of each pixel colours it, from 0 to 255.
+FourPixels strengths(const Ink& ink, FourFloats coverage)
 {
-    return static_cast<std::uint32_t>(std::min(std::abs(coverage), 1.0F) * ink.alpha * 255 + rounding);
+    const FourFloats size = coverage < 0 ? -coverage : coverage;
+    const FourFloats share = size < 1 ? size : FourFloats {} + 1;
+    return reinterpret_cast<FourPixels>(
+        __builtin_convertvector(share * ink.alpha + rounding, std::int32_t __attribute__((vector_size(16)))));
 }
 
-/// The ink laid behind what the pixel has already.
-std::uint32_t under(std::uint32_t pixel, const Ink& ink, std::uint32_t alpha)
+/// The ink laid behind what each pixel has already.
+FourPixels under(const FourPixels& pixels, const Ink& ink, const FourPixels& strength)
 {
-    const std::uint32_t share = divided((255 - (pixel >> 24U)) * alpha);
-    const std::uint32_t redBlue = (pixel & 0x00ff00ffU) + divided(ink.redBlue * share);
-    const std::uint32_t alphaGreen = ((pixel >> 8U) & 0x00ff00ffU) + divided(ink.alphaGreen * share);
-    return (alphaGreen << 8U) | redBlue;
+    const FourPixels redBlue = pixels & twoChannels;
+    const FourPixels alphaGreen = (pixels >> 8) & twoChannels;
+    const auto twice
+        = [](const FourPixels& four) { return reinterpret_cast<EightChannels>(four | (four << 16)); };
+    const EightChannels share = divided((255 - twice(alphaGreen >> 16)) * twice(strength));
+    const auto mixed = [&](const FourPixels& before, EightChannels channels) {
+        return before + reinterpret_cast<FourPixels>(divided(channels * share));
+    };
+    return (mixed(alphaGreen, ink.alphaGreen) << 8) | mixed(redBlue, ink.redBlue);
+}
+
+/// The changes of coverage from one cell to the next, summed up: what each of them is covered.
+FourFloats summed(FourFloats changes, float before)
+{
+    const FourFloats none {};
+    changes += __builtin_shufflevector(none, changes, 0, 4, 5, 6);
+    changes += __builtin_shufflevector(none, changes, 0, 1, 4, 5);
+    return changes + before;
 }
 
 /// The next whole number of one that isn't negative. The library's function is a call on this processor.
@@ -162,8 +206,8 @@ struct QuadRaster::Bounds {
         return bounds;
     }
 
-    /// Sums of a row: one a column, one for what ends at the right edge, one to spare.
-    [[nodiscard]] int stride() const { return width + 2; }
+    /// Sums of a row: one a column, one for what ends at the right edge, and to spare what is read at once.
+    [[nodiscard]] int stride() const { return width + 1 + lanes; }
 };
 
 bool QuadRaster::opaque(const PixelBuffer& target, const Bounds& bounds)
@@ -319,21 +363,31 @@ void QuadRaster::blend(const PixelBuffer& target, const Bounds& bounds, const Qu
         std::uint32_t* const pixels = target.pixels + (bounds.top + row) * target.stride + bounds.left;
         float filled = 0;
         float stroked = 0;
-        for (int cell = first_[at]; cell < last_[at]; ++cell) {
-            filled += fillCells[cell];
-            stroked += strokeCells[cell];
-            std::uint32_t pixel = pixels[cell];
-            if (pixel >= opaqueBlack)
+        for (int cell = first_[at]; cell < last_[at]; cell += lanes) {
+            const FourFloats fillCover = summed(loaded<FourFloats>(fillCells + cell), filled);
+            const FourFloats strokeCover = summed(loaded<FourFloats>(strokeCells + cell), stroked);
+            filled = fillCover[lanes - 1];
+            stroked = strokeCover[lanes - 1];
+            const int count = std::min(lanes, last_[at] - cell);
+            FourPixels four {};
+            if (count == lanes)
+                four = loaded<FourPixels>(pixels + cell);
+            else
+                for (int lane = 0; lane < count; ++lane)
+                    four[lane] = pixels[cell + lane];
+            if (!any(~four & opaqueBlack))
                 continue;
-            const std::uint32_t fillAlpha = strength(fill, filled);
-            const std::uint32_t strokeAlpha = strength(stroke, stroked);
-            if (strokeAlpha > 0)
-                pixel = under(pixel, stroke, strokeAlpha);
-            if (pixel == 0 && fillAlpha == 255)
-                pixel = (fill.alphaGreen << 8U) | fill.redBlue;
-            else if (fillAlpha > 0)
-                pixel = under(pixel, fill, fillAlpha);
-            pixels[cell] = pixel;
+            const FourPixels strokeStrength = strengths(stroke, strokeCover);
+            if (any(strokeStrength))
+                four = under(four, stroke, strokeStrength);
+            const FourPixels fillStrength = strengths(fill, fillCover);
+            if (any(fillStrength))
+                four = under(four, fill, fillStrength);
+            if (count == lanes)
+                std::memcpy(pixels + cell, &four, sizeof four);
+            else
+                for (int lane = 0; lane < count; ++lane)
+                    pixels[cell + lane] = four[lane];
         }
     }
 }

@@ -26,6 +26,7 @@ MIB = 1024 * 1024
 PRESSURE = r"(?:\?|normal|warn|critical)"
 TOOL_TIP = re.compile(r"ostrel · cpu (\d+)% · mem (\d+)% · swap (\d+)% · free [\d.]+ (?:mb|gb) "
                       rf"· {PRESSURE} · (?:native|local CLI|error)")
+FONT_CACHE = r"fontconfig/\S+\.cache"
 
 
 def memory() -> dict[str, int]:
@@ -47,6 +48,9 @@ class WaysIn(DesktopCase):
     def test_addresses_and_a_second_process_show_hide_and_toggle_the_panel_and_do_nothing_else(self):
         process = self.start("--background")
         self.item(process)
+        # Reading the system's fonts takes as long as all the rest of a start that shows no text.
+        fonts = Path(f"/proc/{process.pid}/maps")
+        self.assertNotRegex(fonts.read_text("utf-8"), FONT_CACHE)
         # What can't be written doesn't matter.
         state = f"{self.home}/{STATE_FILE}"
         self.wait_for("state file", lambda: os.path.exists(state))
@@ -60,6 +64,7 @@ class WaysIn(DesktopCase):
             with self.subTest(urls=urls):
                 self.route(*urls)
                 self.shows(reason)
+        self.assertRegex(fonts.read_text("utf-8"), FONT_CACHE)
         self.route("ostrel://toggle?testbed=1")
         box = screen.window_box(self.desktop, self.panel())
         left, top, width, height = self.desktop.work_area()

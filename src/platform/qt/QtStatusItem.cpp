@@ -29,12 +29,13 @@ namespace {
 class QtStatusItem final : public StatusItem {
 public:
     QtStatusItem(MainQueue& queue, X11Struts& struts, const QString& id, const QString& title,
-        const QString& iconFolder, QString service)
+        const QString& iconFolder, QString service, std::function<void()> dressToolTip)
         : queue_(queue)
         , struts_(struts)
         , title_(title.toStdString())
         , bus_(QDBusConnection::sessionBus())
         , service_(std::move(service))
+        , dressToolTip_(std::move(dressToolTip))
         , item_(bus_, id, title, iconFolder,
               [this](const StatusNotifierObject::Press& press) { hostPressed(press); })
         , menu_(queue, StatusNotifierObject::menuPath)
@@ -42,8 +43,10 @@ public:
     {
         registerStatusNotifierTypes();
         tipDelay_.setSingleShot(true);
-        QObject::connect(&tipDelay_, &QTimer::timeout, &tipDelay_,
-            [this] { QToolTip::showText(QCursor::pos(), QString::fromStdString(face_.toolTip)); });
+        QObject::connect(&tipDelay_, &QTimer::timeout, &tipDelay_, [this] {
+            dressToolTip_();
+            QToolTip::showText(QCursor::pos(), QString::fromStdString(face_.toolTip));
+        });
         if (toolkitXConnection())
             filter_.emplace([this](const xcb_generic_event_t& event) {
                 if (tray_)
@@ -223,6 +226,7 @@ private:
     std::string title_;
     QDBusConnection bus_;
     QString service_;
+    std::function<void()> dressToolTip_;
     StatusItemFace face_;
     bool faced_ = false; ///< nothing is shown before the first face
     bool offered_ = false;
@@ -242,9 +246,10 @@ private:
 
 } // namespace
 
-QtStatusBar::QtStatusBar(MainQueue& queue, X11Struts& struts)
+QtStatusBar::QtStatusBar(MainQueue& queue, X11Struts& struts, std::function<void()> dressToolTip)
     : queue_(queue)
     , struts_(struts)
+    , dressToolTip_(std::move(dressToolTip))
 {
 }
 
@@ -254,7 +259,7 @@ std::unique_ptr<StatusItem> QtStatusBar::makeItem(
     const QString service
         = QString("org.kde.StatusNotifierItem-%1-1").arg(QCoreApplication::applicationPid());
     return std::make_unique<QtStatusItem>(queue_, struts_, QString::fromStdString(id),
-        QString::fromStdString(title), QString::fromStdString(iconFolder), service);
+        QString::fromStdString(title), QString::fromStdString(iconFolder), service, dressToolTip_);
 }
 
 } // namespace platform

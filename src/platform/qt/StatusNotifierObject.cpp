@@ -10,6 +10,7 @@
 
 #include <array>
 #include <memory>
+#include <span>
 #include <utility>
 
 namespace platform {
@@ -19,11 +20,15 @@ namespace {
 /// The sizes that tray hosts draw at. Each is drawn for itself: a scaled one is blurred on dense screens.
 constexpr std::array iconSizes { 16, 22, 24, 32, 44, 48, 64 };
 
-BusImages busImages(const StatusItemPicture* picture)
+/// Of an icon that also has a name, for a host that doesn't find it: every change of the tooltip makes hosts
+/// fetch all there is, so its pixels go over the bus with each tick.
+constexpr std::array fallbackSizes { 22, 44 };
+
+BusImages busImages(const StatusItemPicture* picture, std::span<const int> sizes)
 {
     BusImages list;
     if (picture)
-        for (const int size : iconSizes)
+        for (const int size : sizes)
             list.push_back(busImage(picture->draw(size, size, neutralInk)));
     return list;
 }
@@ -119,8 +124,10 @@ void StatusNotifierObject::describe()
 
 QVariantMap StatusNotifierObject::properties(const QString& wanted)
 {
-    if ((wanted.isEmpty() || wanted == "IconPixmap") && std::exchange(picturesStale_, false))
-        properties_["IconPixmap"] = QVariant::fromValue(busImages(picture()));
+    if ((wanted.isEmpty() || wanted == "IconPixmap") && std::exchange(picturesStale_, false)) {
+        const auto sizes = shown_.iconName.empty() ? std::span<const int>(iconSizes) : fallbackSizes;
+        properties_["IconPixmap"] = QVariant::fromValue(busImages(picture(), sizes));
+    }
     return properties_;
 }
 
