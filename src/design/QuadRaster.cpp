@@ -83,7 +83,8 @@ FourPixels strengths(const Ink& ink, FourFloats coverage)
 }
 
 /// The ink laid behind what each pixel has already.
-FourPixels under(const FourPixels& pixels, const Ink& ink, const FourPixels& strength)
+[[gnu::always_inline]] inline FourPixels under(
+    const FourPixels& pixels, const Ink& ink, const FourPixels& strength)
 {
     const FourPixels redBlue = pixels & twoChannels;
     const FourPixels alphaGreen = (pixels >> 8) & twoChannels;
@@ -368,7 +369,8 @@ void QuadRaster::blend(const PixelBuffer& target, const Bounds& bounds, const Qu
             const FourFloats strokeCover = summed(loaded<FourFloats>(strokeCells + cell), stroked);
             filled = fillCover[lanes - 1];
             stroked = strokeCover[lanes - 1];
-            const int count = std::min(lanes, last_[at] - cell);
+            // Beyond its last cell a quad covers nothing, so only the picture's edge cuts a group short.
+            const int count = std::min(lanes, target.width - bounds.left - cell);
             FourPixels four {};
             if (count == lanes)
                 four = loaded<FourPixels>(pixels + cell);
@@ -377,12 +379,9 @@ void QuadRaster::blend(const PixelBuffer& target, const Bounds& bounds, const Qu
                     four[lane] = pixels[cell + lane];
             if (!any(~four & opaqueBlack))
                 continue;
-            const FourPixels strokeStrength = strengths(stroke, strokeCover);
-            if (any(strokeStrength))
-                four = under(four, stroke, strokeStrength);
-            const FourPixels fillStrength = strengths(fill, fillCover);
-            if (any(fillStrength))
-                four = under(four, fill, fillStrength);
+            // Both without a look whether it is needed, which the processor would guess wrong at every edge.
+            four = under(four, stroke, strengths(stroke, strokeCover));
+            four = under(four, fill, strengths(fill, fillCover));
             if (count == lanes)
                 std::memcpy(pixels + cell, &four, sizeof four);
             else
