@@ -21,6 +21,10 @@ set(CPACK_DEBIAN_PACKAGE_RELEASE ${OSTREL_BUILD})
 set(CPACK_DEBIAN_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_DEPENDS "python3 (>= 3.9)")
+if(OSTREL_HAS_RELATIVE_RELOCATIONS)
+    # The first that reads relocations as a bitmap, which the list of symbols doesn't tell.
+    string(APPEND CPACK_DEBIAN_PACKAGE_DEPENDS ", libc6 (>= 2.36)")
+endif()
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS
     "default-dbus-session-bus | dbus-session-bus, fonts-dejavu-core, openssh-client, xdg-utils")
 set(CPACK_DEBIAN_PACKAGE_SUGGESTS "gnome-shell-extension-appindicator, libglib2.0-bin, tmux")
