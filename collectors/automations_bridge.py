@@ -7,7 +7,7 @@ import sys
 # Python does this itself, unless the user's environment asks it not to (PYTHONSAFEPATH).
 sys.path.insert(0, os.path.dirname(os.path.realpath(__file__)))
 
-from ostrel_lib.automations.bridge import main  # noqa: E402
+from ostrel_lib import start  # noqa: E402
 
 if __name__ == "__main__":
-    sys.exit(main(sys.argv))
+    start("ostrel_lib.automations.bridge")

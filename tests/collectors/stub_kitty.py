@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
 """Answers on a socket as a kitty does that lets itself be controlled. Arguments: what to answer, the name of
-the socket, a folder. What it is asked is written down there."""
+the socket, a folder. What it is asked is written down there. A "guest" says the name, but has another."""
 import json
 import os
 import socket
@@ -12,7 +12,7 @@ mode, name, folder = sys.argv[1:]
 with open("/proc/self/comm", "w", encoding="ascii") as own:
     own.write("kitty")
 server = socket.socket(socket.AF_UNIX)
-server.bind("\0" + name[1:] if name[0] == "@" else name)
+server.bind(("\0" + name[1:] if name[0] == "@" else name) + "2" * (mode == "guest"))
 server.listen(8)
 shell = subprocess.Popen(["claude", "300"], executable="/bin/sleep", cwd=folder,
                          env={**os.environ, "KITTY_LISTEN_ON": "unix:" + name})

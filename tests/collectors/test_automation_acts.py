@@ -90,6 +90,9 @@ class ActTest(unittest.TestCase):
         for op, timer, job, ok, words, after in (
             ("disable", {}, {}, True, "disable · a.timer · now inactive, disabled", "inactive, disabled"),
             ("enable", off, {}, True, "enable · a.timer · now active, enabled", "active, enabled"),
+            ("enable", {"UnitFileState": "disabled"}, {}, True, "now active, enabled", "active, enabled"),
+            ("enable", {"ActiveState": "inactive"}, {}, True, "now active, enabled", "active, enabled"),
+            ("disable", {"UnitFileState": "disabled"}, {}, True, "now inactive, dis", "inactive, disabled"),
             ("enable", {}, {}, True, "enabled already", "active, enabled"),
             ("disable", off, {}, True, "disabled already", "inactive, disabled"),
             ("enable", {**off, "deaf": True}, {}, False, "had no full effect", "inactive, disabled"),
@@ -271,6 +274,10 @@ class ToolsTest(unittest.TestCase):
         self.assertTrue(tools.run(box.places, ["nothere"]).missing)
         box.write("bin/broken", b"\x7fELF", 0o755)
         self.assertIn("can't be started", tools.run(box.places, ["broken"]).failure)
+        end, box.places.reader = os.pipe()  # whom nobody reads any more
+        self.addCleanup(os.close, box.places.reader)
+        os.close(end)
+        self.assertRaises(tools.Interrupted, tools.run, box.places, ["bad"], 60.0)
 
     def test_what_a_tool_leaves_behind_is_not_waited_for(self):
         box = Schedulers(self)

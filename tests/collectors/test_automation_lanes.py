@@ -84,7 +84,8 @@ class CronTest(unittest.TestCase):
     def test_a_table_that_cannot_be_taken_is_named_and_the_others_count(self):
         box = self.box()
         box.write("etc/crontab", "30 6 * * * root x\n99 * * * * root y\nnonsense\n")
-        box.write("etc/cron.d/open", "* * * * * root x\n", 0o666)
+        box.write("etc/cron.d/open", "* * * * * root x\n", 0o646)
+        box.write("etc/cron.d/shared", "* * * * * root x\n", 0o664)
         box.write("etc/cron.d/binary", b"* * * * * root \0\xff\n")
         box.write("etc/cron.d/huge", b"#" * (5 << 20))
         os.symlink(box.root + "/etc/crontab", box.root + "/etc/cron.d/link")
@@ -96,6 +97,7 @@ class CronTest(unittest.TestCase):
         told = dict(alert.split(": ", 1) for alert in found.alerts)
         self.assertEqual(told["/etc/crontab"], "line 2 can't be read")
         for table, words in (("/etc/cron.d/open", "may write it"), ("/etc/cron.d/binary", "no text"),
+                             ("/etc/cron.d/shared", "may write it"),
                              ("/etc/cron.d/link", "a link"),
                              ("/etc/cron.d/huge", "larger than 4 MiB"), ("/etc/cron.d/pipe", "regular"),
                              ("crontab", "not allowed"), ("/etc/anacrontab", "line 1")):

@@ -76,7 +76,7 @@ class InventoryTest(unittest.TestCase):
             ({"UnitFileState": "static"}, {"ActiveState": "activating"}, "enabled", True, "running", False),
             ({"UnitFileState": "masked", "LoadState": "masked", "ActiveState": "inactive"}, {},
              "masked", False, "ok", False),
-            ({"LoadState": "bad-setting", "ActiveState": "inactive", "UnitFileState": "static"}, {},
+            ({"LoadState": "bad-setting", "ActiveState": "inactive"}, {},
              "bad-setting", False, "ok", False),
             ({"ActiveState": "failed"}, BROKEN, "failed", False, "failed: exit-code 3", True),
             ({}, {"Result": "timeout"}, "enabled", True, "failed: timeout", True))

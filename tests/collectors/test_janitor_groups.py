@@ -71,6 +71,7 @@ class GroupsTest(unittest.TestCase):
     def test_a_picked_cache_is_emptied_and_its_folder_stays(self):
         home = self.home
         home.write(CACHE + "/http/a/b", days=0.001)
+        home.write(CACHE + "/written/now", days=-0.01)
         home.link(CACHE + "/link", home.write(home.outside + "/a"))
         os.makedirs(home.at(CACHE + "/empty/empty"))
         for folder in ("http/a", "http", "empty/empty", "empty"):
@@ -80,7 +81,8 @@ class GroupsTest(unittest.TestCase):
         listed = home.listed("app-caches", "pip", "gone", "file")
         self.assertEqual(listed, [CACHE + "/http/a/b", CACHE + "/link"])
         self.assertEqual(home.clean("app-caches", "pip"), (2, 0, ""))
-        self.assertEqual((os.listdir(home.at(CACHE)), home.files(".cache")), ([], ["file", "other/a"]))
+        self.assertEqual((os.listdir(home.at(CACHE)), home.files(".cache")),
+                         (["written"], ["file", "other/a", "pip/written/now"]))
         self.assertTrue(os.path.exists(home.outside + "/a"))
 
     def test_a_cache_name_that_is_no_plain_name_stops_the_call(self):

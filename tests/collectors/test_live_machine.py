@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 import json
 import os
+import shutil
 import subprocess
 import time
 import unittest
@@ -30,7 +31,7 @@ for child in children:
 def run(*arguments: str, script: str = "ostrel.py", **environment: str) -> subprocess.CompletedProcess:
     """A real script, started as the panel does, with nothing but these variables."""
     return subprocess.run(
-        ["/usr/bin/python3", "-B", f"{COLLECTORS}/{script}", *arguments], stdin=subprocess.DEVNULL,
+        ["/usr/bin/python3", "-B", os.path.join(COLLECTORS, script), *arguments], stdin=subprocess.DEVNULL,
         capture_output=True, timeout=60, env=environment, check=False)
 
 
@@ -124,3 +125,17 @@ class LiveMachineTest(unittest.TestCase):
                 told = done.returncode, done.stdout, done.stderr.count(b"\n")
                 self.assertEqual(told, (2, b"", 1), (script, arguments))
         self.assertTrue(os.path.exists(kept))
+
+    def test_a_module_that_can_not_be_read_is_told_in_one_line(self):
+        copy = shutil.copytree(COLLECTORS, self.home + "/scripts", ignore=lambda *_: {"__pycache__"})
+        for module in ("output", "jsontext"):  # of which some import one only when they need it
+            path = f"{copy}/ostrel_lib/{module}.py"
+            os.rename(path, path + ".kept")
+            os.symlink("/proc/self/mem", path)  # a file that opens, and gives an error when it is read
+            for script, *words in (("ostrel.py", "clean"), ("ostrel_janitor.py", "groups"),
+                                   ("ostrel_remote.py",), ("session_bridge.py", "list"),
+                                   ("automations_bridge.py", "act")):
+                done = run(*words, script=f"{copy}/{script}", HOME=self.home)
+                self.assertEqual((done.returncode, done.stdout, done.stderr), (
+                    1, b"", f"{script}: OSError: '[Errno 5] Input/output error'\n".encode()))
+            os.rename(path + ".kept", path)

@@ -171,8 +171,14 @@ class KittyTest(unittest.TestCase):
         bench = self.bench
         expected = {"refuse": "Remote control is disabled", "list": "can't be read", "shape": "isn't a list",
                     "text": "isn't a list", "wrong": "it refused", "garbage": "can't be read",
-                    "hang": "no answer in time", "odd": ""}
+                    "hang": "no answer in time", "odd": "", "guest": ""}
+        other = socket.socket(socket.AF_UNIX)  # of no kitty, though one has its name
+        self.addCleanup(other.close)
+        other.bind(f"\0{bench.root}/guest")
+        other.listen()
         pids = {mode: bench.kitty(mode, f"@{bench.root}/{mode}").pid for mode in expected}
+        pids["guest"] = os.getpid()
+        bench.kitty("guest", f"@{bench.root}/odd")
         with mock.patch.object(kitty, "PATIENCE", 1.0):
             answer = bench.list()
         notes = answer.get("notes") or answer["error"].split("; ")

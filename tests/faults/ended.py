@@ -9,22 +9,10 @@ import tempfile
 import unittest
 
 from subjects import HEALTH, JOB_OPTIONS, Subject, nothing, put, script
-from sweep import Fault, run
+from sweep import Fault, living, run
 
 TOOL = b"#!/bin/sh\nexec /bin/sleep 60\n"
 LIBRARY = ""
-
-
-def living(home: str) -> list[str]:
-    found = []
-    for pid in filter(str.isdigit, os.listdir("/proc")):
-        try:
-            with open(f"/proc/{pid}/environ", "rb") as file:
-                if f"HOME={home}\0".encode() in file.read():
-                    found.append(pid)
-        except OSError:
-            continue
-    return found
 
 
 class Ended(unittest.TestCase):

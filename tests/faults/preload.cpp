@@ -5,9 +5,9 @@
 //
 //   OSTREL_FAULT_KIND   open, read, write, sync, rename, unlink, mkdir, chmod, spawn, descriptor
 //   OSTREL_FAULT_AT     which call of that kind, from 1
-//   OSTREL_FAULT_DO     an error number, "short" (half of what was asked, for read and write), "hang" (a
-//                       second, then as asked), "kill" (the process, before the call), or "term" (asks it to
-//                       end, then as asked)
+//   OSTREL_FAULT_DO     an error number, "short" (half of what was asked, for read and write), "hang"
+//                       (until a signal comes that doesn't end the process, then as asked), "kill" (the
+//                       process, before the call), or "term" (asks it to end, then as asked)
 //   OSTREL_FAULT_COUNT  how many calls in a row from that one on, 1 if it isn't told
 //   OSTREL_FAULT_BELOW  counts only calls whose path, or whose descriptor's, begins so; a pipe's is "pipe:"
 //   OSTREL_FAULT_TOLD   a file that gets a line for each call that was hit
@@ -23,7 +23,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <ctime>
 
 #include <dirent.h>
 #include <dlfcn.h>
@@ -57,7 +56,6 @@ struct Word {
 constexpr Word deeds[] { { "short", Deed::halve }, { "hang", Deed::hang }, { "kill", Deed::kill },
     { "term", Deed::term } };
 constexpr const char* ownerVariable = "OSTREL_FAULT_OWNER";
-constexpr time_t hangSeconds = 1;
 
 Plan plan;
 std::atomic<long> calls { 0 };
@@ -120,10 +118,8 @@ bool counts(const char* kind, const char* path, bool canHalve = false)
         ::syscall(SYS_kill, plan.process, SIGKILL);
     if (plan.deed == Deed::term)
         ::syscall(SYS_kill, plan.process, SIGTERM);
-    if (plan.deed == Deed::hang) {
-        const timespec pause { hangSeconds, 0 };
-        ::nanosleep(&pause, nullptr);
-    }
+    if (plan.deed == Deed::hang)
+        ::pause();
     if (plan.deed == Deed::hang || plan.deed == Deed::term) {
         errno = before;
         return false;

@@ -21,11 +21,12 @@ POINTS = f"{SUPPORT}/ostrel/dashboard-history.jsonl"
 RECEIPTS = f"{SUPPORT}/Ostrel/receipts"
 SETTINGS = "home/.config/zol-mini-apps/dev.quent.ostrel.json"
 CACHE = "home/.cache/ostrel/automations"
-KILLED = -9
+ASKED, KILLED = -15, -9
 FILES = [(kind, "") for kind in ("open", "read", "write", "sync", "rename", "unlink", "mkdir", "chmod")]
 KERNEL = [("open", "/proc/"), ("read", "/proc/")]
 ANYWHERE = "*"
 TOOLS = [("spawn", ANYWHERE), ("descriptor", ANYWHERE), ("read", "pipe:"), ("write", "/memfd:")]
+ANSWER = [("write", "pipe:")]
 
 
 class Run(NamedTuple):
@@ -45,7 +46,7 @@ class Run(NamedTuple):
 class Subject(NamedTuple):
     """A command. `whole` says what is broken at any time, with the answer of the last run; `settled` what is,
     once a run went undisturbed. With `reads_in_the_end` nothing is promised where reading fails for good;
-    what is `slow` is left to longer runs."""
+    of what is `alone` the program never starts two at once."""
     command: list[str]
     lay: Callable[[str], None]
     whole: Callable[[str, dict], str]
@@ -53,12 +54,12 @@ class Subject(NamedTuple):
     kinds: list[tuple[str, str]]
     stdin: bytes = b""
     reads_in_the_end: bool = False
-    slow: bool = False
+    alone: bool = False
 
-    def wrong_after(self, root: str, run: Run, killed: bool) -> str:
-        """What is wrong after a run with a fault."""
-        if killed:
-            return self.whole(root, {}) if run.code == KILLED else "it wasn't killed"
+    def wrong_after(self, root: str, run: Run, killers: tuple[int, ...] = ()) -> str:
+        """What is wrong after a run with a fault, one of `killers` if there are any."""
+        if killers:
+            return self.whole(root, {}) if run.code in killers else "it wasn't killed"
         return wrong_ending(run, self.command) or self.whole(root, run.answer())
 
     def wrong_in_the_end(self, root: str, run: Run) -> str:
@@ -160,7 +161,7 @@ def snapshot_whole(root: str, answer: dict) -> str:
 
 def snapshot_settled(root: str, answer: dict) -> str:
     added = read(f"{root}/{SAMPLES}")[len(ALL_SAMPLES):]
-    if not 1 <= len(list(objects(added))) <= 2:
+    if not 1 <= len(list(objects(added))) <= 3:  # one of each run
         return "samples weren't added"
     return left_over(root, SAMPLES, "mem-history.lock")
 
@@ -391,7 +392,7 @@ def points_whole(root: str, answer: dict) -> str:
 
 
 def points_settled(root: str, answer: dict) -> str:
-    if points(root) != 101:
+    if points(root) not in (101, 102):  # a minute may have begun between two runs
         return "no point was added"
     return left_over(root, POINTS)
 
@@ -440,17 +441,17 @@ def SUBJECTS(writer: str) -> dict[str, Subject]:  # noqa: N802
         "compaction": (script("ostrel.py", "history-clean", "--apply"), lay_samples, compaction_whole,
                        compaction_settled, FILES),
         "snapshot": (script("ostrel.py", "json"), lay_samples, snapshot_whole, snapshot_settled, FILES),
-        "cleanup": (clean, lay_cache, cleanup_whole, cleanup_settled, FILES),
+        "cleanup": (clean, lay_cache, cleanup_whole, cleanup_settled, FILES, b"", False, True),
         "receipts": (script("ostrel_janitor.py", "receipts"), lay_cache, cleanup_whole, receipts_settled,
                      FILES),
         "stops": (script("ostrel_janitor.py", "kill-preview", "--pids=" + ",".join(never_offered())), nothing,
                   stops_whole, stops_settled, KERNEL),
         "offers": (script("ostrel_janitor.py", "mcp-preview", "--depth=light"), nothing, offers_whole,
-                   nothing, KERNEL, b"", False, True),
+                   nothing, KERNEL),
         "findings": (script("ostrel_janitor.py", "findings"), lay_cache, cleanup_whole, nothing, FILES),
-        "act": ([*act, "disable"], lay_timers, act_whole, act_settled, FILES + TOOLS),
+        "act": ([*act, "disable"], lay_timers, act_whole, act_settled, FILES + TOOLS + ANSWER),
         "plan": ([*act, "plan"], lay_inventory, plan_whole, plan_settled, FILES),
         "inventory": (script("automations_bridge.py", "list", "--refresh"), lay_timers, inventory_whole,
-                      inventory_settled, FILES + TOOLS[:2]),
+                      inventory_settled, FILES + TOOLS[:2] + ANSWER),
         "server": (script("ostrel_remote.py"), lay_server, server_whole, server_settled, TOOLS, HEALTH),
         "task": (script("ostrel_remote.py"), lay_agent, task_whole, task_settled, TOOLS, TASK)}.items()}

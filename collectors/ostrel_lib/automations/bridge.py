@@ -28,17 +28,22 @@ def main(argv: list[str], places: Places | None = None) -> int:
 
 def print_inventory(places: Places, refresh: bool) -> int:
     """Prints the inventory, from the cache unless it is asked for anew or there is none."""
-    text: bytes | memoryview = b"" if refresh else cache.load(places.cache, places.clock())
-    if not text:
-        from ostrel_lib.automations.inventory import collect
-        from ostrel_lib.tools import Interrupted, end_on_request, end_without_reader
+    text = b"" if refresh else cache.load(places.cache, places.clock())
+    if text:
+        return put_inventory(places, text)
+    from ostrel_lib.automations.inventory import collect
+    from ostrel_lib.tools import Interrupted, end_on_request, end_without_reader
 
+    try:
         end_on_request()
         end_without_reader(places)
-        try:
-            text = collect(places, REFRESH if refresh else QUICK)
-        except Interrupted:
-            return 1
+        return put_inventory(places, collect(places, REFRESH if refresh else QUICK))
+    except Interrupted:
+        return 1
+
+
+def put_inventory(places: Places, text: bytes | memoryview) -> int:
+    """Prints the text of an inventory."""
     # The kept text is an object too; the time of this reading goes in front of its keys.
     head = b'{"read_at": "%s", ' % iso(places.clock()).encode("ascii")
     return 0 if put(1, head) and put(1, memoryview(text)[1:]) and put(1, b"\n") else 1
@@ -49,21 +54,21 @@ def print_answer(command: str, words: list[str], places: Places) -> int:
     from ostrel_lib.tools import Interrupted, end_on_request, end_without_reader
     from ostrel_lib.jsontext import dump
 
-    end_on_request()
-    options, problem = parse(words, ("--lane", "--id", "--op" if command == "act" else "--target"))
-    if command == "act":
-        from ostrel_lib.automations.act import act
+    try:
+        end_on_request()
+        options, problem = parse(words, ("--lane", "--id", "--op" if command == "act" else "--target"))
+        if command == "act":
+            from ostrel_lib.automations.act import act
 
-        answer = act(places, options, problem)
-    else:
-        from ostrel_lib.automations.journal import journal
+            answer = act(places, options, problem)
+        else:
+            from ostrel_lib.automations.journal import journal
 
-        end_without_reader(places)
-        try:
+            end_without_reader(places)
             answer = {"error": problem, "journal": []} if problem else journal(places, options)
-        except Interrupted:
-            return 1
-    return 0 if put(1, dump(answer) + "\n") else 1
+        return 0 if put(1, dump(answer) + "\n") else 1
+    except Interrupted:
+        return 1
 
 
 def parse(words: list[str], names: tuple[str, ...]) -> tuple[dict[str, str], str]:

@@ -40,12 +40,12 @@ FAILURES = {
 def main(argv: list[str], places: Places | None = None) -> int:
     """Answers the request on the standard input and gives the exit status: 0 whenever there is an answer,
     also one that tells an error; 1 when it was asked to end, or the reader has gone."""
-    end_on_request()
     try:
+        end_on_request()
         answer = answered(read_within(0, MOST_BYTES), places or Places())
+        return 0 if put(1, dump(answer) + "\n") else 1
     except Interrupted:
         return 1
-    return 0 if put(1, dump(answer) + "\n") else 1
 
 
 def answered(data: bytes | None, places: Places) -> dict[str, object]:

@@ -21,8 +21,8 @@ def main(argv: list[str], scene: Scene | None = None) -> int:
     """Carries out one command line and gives the exit status: 0 whenever there is an answer, also one that
     tells an error; 2 for a command that doesn't exist; 1 when it was asked to end, or the reader has gone."""
     words = argv[1:]
-    end_on_request()
     try:
+        end_on_request()
         scene = scene or Scene(Places(), os.environ)
         if words == ["list"]:
             end_without_reader(scene.places)

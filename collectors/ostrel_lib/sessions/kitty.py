@@ -87,23 +87,25 @@ def label(window: Window) -> str:
 
 
 def instances(scene: Scene) -> tuple[list[Instance], list[str]]:
-    """The kitties whose sockets can be reached, and what is wrong with others."""
+    """The kitties whose sockets can be reached, and what is wrong with others. One that was started within
+    another may hand on the other's socket."""
     tree = scene.tree
-    paths = {}
+    paths: dict[str, dict[int, str]] = {}
     for process in tree.processes:
         parent = tree.by_pid.get(process.ppid)
         if parent and parent.comm == b"kitty":
             for entry in read_list(f"{scene.places.proc}/{process.pid}/environ").split(b"\0"):
                 if entry.startswith(VARIABLE) and entry[len(VARIABLE):][:1] in (b"/", b"@"):
-                    paths[entry[len(VARIABLE):].decode("utf-8", "surrogateescape")] = parent
+                    path = entry[len(VARIABLE):].decode("utf-8", "surrogateescape")
+                    paths.setdefault(path, {})[parent.pid] = f"{parent.pid}.{parent.start}"
     found = []
     faults = []
-    for path, parent in sorted(paths.items()):
+    for path, births in sorted(paths.items()):
         pid, problem = owner_of(path)
         if problem:
-            faults.append(f"kitty {parent.pid} {problem}")
-        elif pid == parent.pid:
-            found.append(Instance(path, pid, f"{pid}.{parent.start}"))
+            faults.append(f"kitty {min(births)} {problem}")
+        elif pid in births:
+            found.append(Instance(path, pid, births[pid]))
     return found, faults
 
 
