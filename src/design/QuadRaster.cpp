@@ -77,7 +77,8 @@ EightChannels divided(EightChannels product)
 FourPixels strengths(const Ink& ink, FourFloats coverage)
 {
     const FourFloats size = coverage < 0 ? -coverage : coverage;
-    const FourFloats share = size < 1 ? size : FourFloats {} + 1;
+    const FourFloats most = FourFloats {} + 1;
+    const FourFloats share = size < most ? size : most;
     return reinterpret_cast<FourPixels>(
         __builtin_convertvector(share * ink.alpha + rounding, std::int32_t __attribute__((vector_size(16)))));
 }
