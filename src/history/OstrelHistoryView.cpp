@@ -26,7 +26,6 @@ namespace {
 constexpr std::array gridShares { 0.2, 0.5, 0.8 }; ///< of the height
 constexpr double gridWidth = 0.5;
 constexpr double lineWidth = 1.8;
-constexpr std::size_t pieceLength = 12; ///< steps of the line that are drawn at once
 constexpr double dashOn = 2;
 constexpr double dashOff = 3;
 constexpr double dotRadius = 2;
@@ -70,18 +69,12 @@ void drawLine(QPainter& painter, const std::vector<HistoryGraph::Point>& points,
 {
     if (points.size() < 2)
         return;
-    // For each row of pixels the toolkit looks through all edges that cross it, so a line in pieces takes a
-    // fraction of the time of a whole one with many peaks. Pieces end round, so that none shows where they
-    // meet; of the line's own ends one is cut off by the border and the other lies under the dot.
-    painter.setPen(QPen(color, lineWidth, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-    QPolygonF piece;
-    for (std::size_t first = 0; first + 1 < points.size(); first += pieceLength) {
-        const std::size_t last = std::min(first + pieceLength, points.size() - 1);
-        piece.clear();
-        for (std::size_t at = first; at <= last; ++at)
-            piece.append({ points[at].x, points[at].y });
-        painter.drawPolyline(piece);
-    }
+    QPolygonF polygon;
+    polygon.reserve(static_cast<qsizetype>(points.size()));
+    for (const auto& [x, y] : points)
+        polygon.append({ x, y });
+    painter.setPen(QPen(color, lineWidth, Qt::SolidLine, Qt::FlatCap, Qt::RoundJoin));
+    painter.drawPolyline(polygon);
 }
 
 void drawBoundary(QPainter& painter, double x, double width, double height, const QColor& color)
