@@ -97,6 +97,19 @@ TEST(OstrelHistoryView, TheLineEndsInARedDotOnTheRightEdge)
         EXPECT_TRUE(near(dot.pixel(dot.width() - 1, dot.height() / 2), OstrelStyle::red.in(Mode::light)));
         for (int x = 0; x < static_cast<int>(287 * ratio); ++x)
             ASSERT_TRUE(one.rows(dot, x, OstrelStyle::ink).empty()) << x;
+        // Of one height it is alike all along, and begins upright where few samples let it begin inside.
+        for (const int count : { 20, 60 }) {
+            Graph even(std::vector(static_cast<std::size_t>(count), 33.0));
+            const QImage line = rendered(even.view, ratio);
+            const auto alike = [&](int a, int b) {
+                return line.copy(a, 0, 1, line.height()) == line.copy(b, 0, 1, line.height());
+            };
+            const int start = static_cast<int>(std::max(0, 30 - count) * 10 * ratio);
+            for (int x = start; x < static_cast<int>(287 * ratio); ++x)
+                ASSERT_TRUE(alike(x, start)) << x << " of " << count;
+            for (int x = 0; x < start; ++x)
+                ASSERT_TRUE(alike(x, 0) && !alike(x, start)) << x;
+        }
     }
 }
 
