@@ -1,17 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "bar/BarPainter.h"
 
+#include "bar/BarMark.h"
 #include "design/Fonts.h"
 #include "design/StillImage.h"
 #include "design/Utf8.h"
-#include "design/ZOLAppMark.h"
 #include "design/ZOLAppMarkView.h"
 
 #include <QFontMetricsF>
 #include <QHash>
+#include <QImage>
 #include <QPainter>
 #include <QPainterPath>
-#include <QPen>
 #include <QTransform>
 
 #include <algorithm>
@@ -39,8 +39,6 @@ constexpr double wideShape = 1.6;
 constexpr double outlineSize = 100;
 /// A character of eight pixels' size is this wide; narrower ones are told from one another no more.
 constexpr double narrowestCharacter = 4.8;
-/// A mark of fewer pixels a side has no room for its square.
-constexpr double smallestSquare = 14;
 /// How high a lone figure is, of the whole.
 constexpr double loneFigure = 0.6;
 
@@ -99,33 +97,21 @@ platform::Image inked(int width, int height, std::uint32_t ink, Draw draw)
     return platformImage(still.image);
 }
 
-/// The mark in the middle of the rectangle, fitted to the pixels: its square's edges fall on whole ones, and
-/// no line is thinner than one. Where the square would leave no room inside, its glyph stands alone.
+/// The mark in the middle of the rectangle, whose corner lies on a whole pixel.
 void drawMark(QPainter& painter, const QRectF& rect)
 {
-    const double side = std::floor(std::min(rect.width(), rect.height()));
-    const double line = std::max(1.0, std::ceil(ZOLAppMarks::strokeWidth * side / ZOLAppMarks::canvas));
-    const bool alone = side < smallestSquare;
-    const QRectF drawn = ZOLAppMarkView::bezier(
-        alone ? ZOLAppMarks::glyph(ZOLAppMark::ostrel) : ZOLAppMarks::square(), 1, {})
-                             .boundingRect();
-    const double margin = alone ? 0 : std::round(drawn.x() * side / ZOLAppMarks::canvas - line / 2);
-    const double scale = (side - line - 2 * margin) / drawn.height();
-    const QPointF corner(std::floor(rect.center().x() - side / 2), std::floor(rect.center().y() - side / 2));
-    const QPointF middle = corner + QPointF(side, side) / 2;
-    const QPointF origin = middle - drawn.center() * scale;
-    const QPen pen(Qt::black, line, Qt::SolidLine, Qt::FlatCap, Qt::MiterJoin);
-    painter.strokePath(ZOLAppMarkView::bezier(ZOLAppMarks::glyph(ZOLAppMark::ostrel), scale, origin), pen);
-    if (!alone)
-        painter.strokePath(ZOLAppMarkView::bezier(ZOLAppMarks::square(), scale, origin), pen);
+    const platform::Image mark = barMark(static_cast<int>(rect.width()), static_cast<int>(rect.height()), 0);
+    // The ink comes later: its shape is all that counts.
+    const QImage image(reinterpret_cast<const uchar*>(mark.pixels.data()), mark.width, mark.height,
+        mark.width * static_cast<int>(sizeof(std::uint32_t)), QImage::Format_ARGB32);
+    painter.drawImage(rect.topLeft(), image);
 }
 
 class MarkPicture final : public platform::StatusItemPicture {
 public:
     [[nodiscard]] platform::Image draw(int width, int height, std::uint32_t ink) const override
     {
-        return inked(
-            width, height, ink, [=](QPainter& painter) { drawMark(painter, QRectF(0, 0, width, height)); });
+        return barMark(width, height, ink);
     }
     [[nodiscard]] std::string key() const override { return "mark"; }
 };
