@@ -103,7 +103,7 @@ void drawMark(QPainter& painter, const QRectF& rect)
     const platform::Image mark = barMark(static_cast<int>(rect.width()), static_cast<int>(rect.height()), 0);
     // The ink comes later: its shape is all that counts.
     const QImage image(reinterpret_cast<const uchar*>(mark.pixels.data()), mark.width, mark.height,
-        mark.width * static_cast<int>(sizeof(std::uint32_t)), QImage::Format_ARGB32);
+        qsizetype { mark.width } * qsizetype { sizeof(std::uint32_t) }, QImage::Format_ARGB32);
     painter.drawImage(rect.topLeft(), image);
 }
 
