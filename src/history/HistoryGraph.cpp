@@ -83,7 +83,7 @@ std::string hoverText(std::string_view caption, std::span<const double> samples,
     std::string text = fmt::format("{} · {}%", caption, rounded(drawn(samples[*index])));
     if (*index < minutes.size())
         if (const auto at = localTime(minutes[*index]))
-            fmt::format_to(std::back_inserter(text), " · {:02}:{:02}", at->hour, at->minute);
+            text += fmt::format(" · {:02}:{:02}", at->hour, at->minute);
     return text;
 }
 

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <iterator>
 #include <utility>
 
 #include <fmt/format.h>
@@ -149,13 +148,14 @@ std::vector<OstrelHistory::Point> OstrelHistory::parse(std::string_view text)
 
 std::string OstrelHistory::serialized() const
 {
-    fmt::memory_buffer text;
+    std::string text;
+    // A string each, since writing straight into the text would bring the formatting library's inner half
+    // into the program, eighty kilobytes of it.
     for (const Point& p : points)
-        fmt::format_to(std::back_inserter(text),
-            R"({{"m":{},"cpu":{},"swap":{},"ram":{},"load":{:.2f}}})"
-            "\n",
+        text += fmt::format(R"({{"m":{},"cpu":{},"swap":{},"ram":{},"load":{:.2f}}})"
+                            "\n",
             p.minute, p.cpu, p.swap, p.ram, std::clamp(p.load, -largestPrintedLoad, largestPrintedLoad));
-    return fmt::to_string(text);
+    return text;
 }
 
 OstrelHistory OstrelHistory::load(
