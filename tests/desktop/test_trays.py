@@ -12,6 +12,8 @@ from private_desktop import DesktopError
 from trays import HEIGHT, TRAYS
 
 MENU_HEIGHT = 60  # lower than any menu, higher than a tool tip or the pointer; in pixels
+TIP_PITCH = 6.6  # of a tool tip's characters, in pixels
+TIP_EDGES = 8  # at both ends of its text together
 ALONE = [name for name, tray in TRAYS.items() if tray.commands]
 
 
@@ -181,10 +183,19 @@ class Trays(DesktopsCase):
         self.tells(True)
         self.assertIsNone(self.docked())
         self.desktop.start_tray("trayer")
-        self.wait_for("docked item", self.docked)
+        self.tells_in_the_bundled_face(self.wait_for("docked item", self.docked))
         self.desktop.start_tray("lxqt")
         self.item(process)
         self.wait_for("undocked item", lambda: not self.docked())
+
+    def tells_in_the_bundled_face(self, item: int) -> None:
+        """Waits for the tip of the item under the pointer. In a face of fixed pitch its length is known."""
+        box = screen.window_box(self.desktop, item)
+        screen.move_pointer(self.desktop, box.x + box.width // 2, box.y + box.height // 2)
+        tip = self.wait_for("tool tip", lambda: next(iter(set(self.visible_windows()) - {item}), None))
+        text = json.loads(screen.window_property(self.desktop, item, "_NET_WM_NAME"))
+        self.assertAlmostEqual(screen.window_box(self.desktop, tip).width,
+                               len(text) * TIP_PITCH + TIP_EDGES, delta=1.5 * TIP_PITCH)  # a figure may grow
 
     def docked(self) -> Optional[int]:
         """The window that a tray took in."""
