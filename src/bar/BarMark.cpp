@@ -69,7 +69,6 @@ std::vector<Segment> flattened(std::span<const ZOLAppMarkCommand> commands)
 
 SceneRect boundsOf(std::span<const Segment> segments)
 {
-    // Each end of a piece begins the next, but for open paths' last ones.
     std::vector<ScenePoint> points;
     for (const Segment& segment : segments) {
         points.push_back(segment.from);
