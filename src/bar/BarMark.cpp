@@ -16,8 +16,7 @@ namespace {
 
 /// A mark of fewer pixels a side has no room for its square.
 constexpr int smallestSquare = 14;
-/// The largest bars have curves of some twenty pixels: pieces of a tenth of them are off by a hundredth of
-/// one.
+/// Of each curve; on a bar of 48 pixels they are off by a fortieth of one.
 constexpr int curvePieces = 10;
 
 struct Segment {

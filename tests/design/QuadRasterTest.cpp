@@ -90,6 +90,9 @@ TEST(QuadRaster, CoversTheAreaOfItsShapeWhicheverWayItTurns)
     square.paint({ rectangle(15, 15, 20, 20), none, white, 8 });
     EXPECT_NEAR(square.area(), 80 * 8 + 16 * std::numbers::pi - 64, 6) << "right angles are rounded";
     EXPECT_EQ(square.alpha(11, 11), 0);
+    Picture blunt;
+    blunt.paint({ { { { 30, 10 }, { 51, 22 }, { 30, 34 }, { 9, 22 } } }, none, white, 8 });
+    EXPECT_NEAR(blunt.alpha(30, 5), 80, 30) << "a blunt corner's point goes on beyond half the width";
 }
 
 TEST(QuadRaster, WhatLiesOutsideIsCutOffAndWhatIsNoShapeIsPassedOver)
