@@ -48,9 +48,9 @@ QRect layerOf(std::span<const Quad> quads, const QTransform& toDevice, const QPa
     for (const Quad& quad : quads) {
         const auto [left, right] = std::ranges::minmax(quad.corners, {}, &ScenePoint::x);
         const auto [top, bottom] = std::ranges::minmax(quad.corners, {}, &ScenePoint::y);
-        const double around = quad.strokeWidth / 2;
-        bounds |= QRectF(left.x - around, top.y - around, right.x - left.x + quad.strokeWidth,
-            bottom.y - top.y + quad.strokeWidth);
+        const double around = quad.strokeWidth * QuadRaster::outlineReach;
+        bounds |= QRectF(QPointF(left.x, top.y), QPointF(right.x, bottom.y))
+                      .adjusted(-around, -around, around, around);
     }
     const QPaintDevice& device = *painter.device();
     // A view tells its size in points, and a picture in pixels. A view is painted somewhere within the device

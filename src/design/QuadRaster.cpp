@@ -20,8 +20,6 @@ constexpr std::size_t joinCorners = 3;
 /// Above this cosine of the angle between two normals a join is drawn with one corner. At the obtuse corners
 /// of a figure's faces that adds less than a fiftieth of the line's width squared, which no pixel shows.
 constexpr double bluntest = 0.49;
-/// How much farther than half a line's width such a corner may lie.
-constexpr double bluntReach = 1.16;
 
 /// Rounds what isn't negative, where the library's function would be a call for each pixel.
 constexpr float rounding = 0.5F;
@@ -262,7 +260,7 @@ void QuadRaster::paint(
             return ScenePoint { (at.x - origin.x) * scale, (at.y - origin.y) * scale };
         });
         const double half = quad.strokeWidth > 0 ? quad.strokeWidth * scale / 2 : 0;
-        const auto bounds = Bounds::of(corners, half * bluntReach, target);
+        const auto bounds = Bounds::of(corners, 2 * half * outlineReach, target);
         if (bounds && !opaque(target, *bounds))
             paint(target, *bounds, quad, corners, half);
     }

@@ -24,6 +24,10 @@ struct PixelBuffer {
 /// two threads at once.
 class QuadRaster {
 public:
+    /// How far an outline goes beyond its quad's corners at most, in widths of the line: blunt ones have a
+    /// point.
+    static constexpr double outlineReach = 0.58;
+
     /// Paints the quads in order, all of them behind what the picture has already. A point p of a quad lies
     /// at (p - origin) * scale in pixels. What lies outside the picture is cut off; a quad with a corner a
     /// hundred thousand pixels away, or one that isn't a number, is passed over.
